@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "json_reader.h"
+
+#include <boost/json/basic_parser_impl.hpp>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace json_text {
+
+namespace {
+
+namespace bj = boost::json;
+
+/// Builds the value model while the parser reads, without a document in between. A handler stops the parser by
+/// setting `code`; why_ then says more than the code does.
+class Builder {
+  public:
+    static constexpr std::size_t max_object_size = most_members;
+    static constexpr std::size_t max_array_size = most_values;
+    static constexpr std::size_t max_key_size = longest_text;
+    static constexpr std::size_t max_string_size = longest_text;
+
+    explicit Builder(json::Object &root) : root_(root) { open_.reserve(8); }
+
+    std::string const &why() const { return why_; }
+
+    bool on_document_begin(bj::error_code &) { return true; }
+    bool on_document_end(bj::error_code &) { return true; }
+
+    bool on_object_begin(bj::error_code &code) {
+        if (open_.empty()) {
+            open_.push_back({&root_, nullptr});
+            return true;
+        }
+        json::UnknownElement *const element = put(json::Object(), code);
+        if (element == nullptr) {
+            return false;
+        }
+        open_.push_back({&element->ConvertTo<json::Object>(), nullptr});
+        return true;
+    }
+
+    bool on_object_end(std::size_t, bj::error_code &) {
+        open_.pop_back();
+        return true;
+    }
+
+    bool on_array_begin(bj::error_code &code) {
+        json::UnknownElement *const element = put(json::Array(), code);
+        if (element == nullptr) {
+            return false;
+        }
+        open_.push_back({nullptr, &element->ConvertTo<json::Array>()});
+        return true;
+    }
+
+    bool on_array_end(std::size_t, bj::error_code &) {
+        open_.pop_back();
+        return true;
+    }
+
+    bool on_key_part(bj::string_view part, std::size_t, bj::error_code &) {
+        key_.append(part.data(), part.size());
+        return true;
+    }
+
+    bool on_key(bj::string_view part, std::size_t, bj::error_code &) {
+        key_.append(part.data(), part.size());
+        return true;
+    }
+
+    bool on_string_part(bj::string_view part, std::size_t, bj::error_code &) {
+        text_.append(part.data(), part.size());
+        return true;
+    }
+
+    bool on_string(bj::string_view part, std::size_t, bj::error_code &code) {
+        text_.append(part.data(), part.size());
+        return put(json::String(std::exchange(text_, std::string())), code) != nullptr;
+    }
+
+    bool on_number_part(bj::string_view, bj::error_code &) { return true; }
+
+    bool on_int64(std::int64_t number, bj::string_view, bj::error_code &code) {
+        return put(json::Number(static_cast<double>(number)), code) != nullptr;
+    }
+
+    bool on_uint64(std::uint64_t number, bj::string_view, bj::error_code &code) {
+        return put(json::Number(static_cast<double>(number)), code) != nullptr;
+    }
+
+    bool on_double(double number, bj::string_view, bj::error_code &code) {
+        if (!std::isfinite(number)) {
+            return refuse("a number is too large", code);
+        }
+        return put(json::Number(number), code) != nullptr;
+    }
+
+    bool on_bool(bool flag, bj::error_code &code) { return put(json::Boolean(flag), code) != nullptr; }
+    bool on_null(bj::error_code &code) { return put(json::Null(), code) != nullptr; }
+    bool on_comment_part(bj::string_view, bj::error_code &) { return true; }
+    bool on_comment(bj::string_view, bj::error_code &) { return true; }
+
+  private:
+    /// The value whose members or elements are being read.
+    struct Open {
+        json::Object *object;
+        json::Array *array;
+    };
+
+    bool refuse(std::string why, bj::error_code &code) {
+        why_ = std::move(why);
+        code = bj::error::extra_data;
+        return false;
+    }
+
+    /// Adds a value to the innermost open one; NULL when it was refused.
+    template <typename Value>
+    json::UnknownElement *put(Value value, bj::error_code &code) {
+        if (open_.empty()) {
+            (void)refuse("it is no object", code);
+            return nullptr;
+        }
+        if (++values_ > most_values) {
+            (void)refuse("it holds more than " + std::to_string(most_values) + " values", code);
+            return nullptr;
+        }
+        if (open_.back().array != nullptr) {
+            return &open_.back().array->Emplace(std::move(value));
+        }
+        try {
+            return &open_.back().object->Emplace(std::exchange(key_, std::string()), std::move(value));
+        } catch (json::Exception const &error) {
+            (void)refuse(error.what(), code);
+            return nullptr;
+        }
+    }
+
+    json::Object &root_;
+    std::vector<Open> open_;
+    std::string key_;
+    std::string text_;
+    std::size_t values_ = 0;
+    std::string why_;
+};
+
+}  // namespace
+
+std::string read(std::string_view text, json::Object &object) {
+    if (text.size() > longest_text) {
+        return "it has more than " + std::to_string(longest_text) + " bytes";
+    }
+    bj::parse_options options;
+    options.max_depth = deepest_nesting;
+    bj::basic_parser<Builder> parser(options, object);
+    bj::error_code failure;
+    std::size_t const used = parser.write_some(false, text.data(), text.size(), failure);
+    if (!failure && used < text.size()) {
+        failure = bj::error::extra_data;
+    }
+    if (!failure) {
+        return {};
+    }
+    std::string const &why = parser.handler().why();
+    return (why.empty() ? failure.message() : why) + " (at byte " + std::to_string(used) + ")";
+}
+
+}  // namespace json_text

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: Apache-2.0
+// The part of the base class that turns JSON values into messages and messages into JSON values.
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "frame/interfaces.h"
+#include "json/numbers.h"
+#include "json_reader.h"
+#include "json_writer.h"
+#include "korvo_core_private.h"
+
+namespace {
+
+struct Free {
+    void operator()(char *text) const { std::free(text); }
+};
+
+constexpr std::size_t large_buffer = 64 * 1024;
+
+/// The text of a thread's last command; its memory serves the next one.
+std::string &command_buffer() {
+    thread_local std::string buffer;
+    buffer.clear();
+    if (buffer.capacity() > large_buffer) {
+        buffer.shrink_to_fit();
+    }
+    return buffer;
+}
+
+char const *printable(char const *text) {
+    return text != nullptr ? text : "(none)";
+}
+
+/// The value of a member of type T, or NULL.
+template <typename T>
+T const *find_value(json::Object const &object, char const *name) {
+    auto const member = object.Find(name);
+    if (member == object.end()) {
+        return nullptr;
+    }
+    json::detail::ConstFinder<T> finder;
+    member->element.Accept(finder);
+    return finder.found;
+}
+
+bool are_texts(std::initializer_list<char **> texts) {
+    for (char **const text : texts) {
+        if (text == nullptr || *text == nullptr) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Runs the handling of one incoming message. No exception leaves it, since the thread that delivers messages has
+/// nobody to hand it to.
+template <typename Handling>
+void contain(void *logging, char const *kind, Handling handling) {
+    try {
+        handling();
+    } catch (std::exception const &error) {
+        korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed: %s", kind, error.what());
+    } catch (...) {
+        korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed", kind);
+    }
+}
+
+}  // namespace
+
+korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service, char const *target,
+                                                             char const *request_id, json::Object const &command) {
+    std::string &text = command_buffer();
+    std::string const problem = json_text::write(command, text);
+    if (!problem.empty()) {
+        korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                               "a command for service %s was not sent, since it cannot be written as JSON: %s",
+                               printable(service), problem.c_str());
+        return KORVO_CORE_STATUS_INVALID_PARAMS;
+    }
+    return korvo_core_private_command_send(messaging_handle_, service, target, request_id, text.data(), text.size(),
+                                           this);
+}
+
+korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, char const *service, char const *,
+                                                                 char const *request_id, char const *method,
+                                                                 json::Object &response) {
+    char *block = nullptr;
+    std::size_t length = 0;
+    korvo_core_status const received =
+        korvo_core_private_response_receive(messaging_handle_, timeout, request_id, &block, &length);
+    if (received != KORVO_CORE_STATUS_NO_ERROR) {
+        return received;
+    }
+    std::unique_ptr<char, Free> const text(block);
+
+    json::Object read;
+    std::string const problem = json_text::read({text.get(), length}, read);
+    if (!problem.empty()) {
+        korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                               "the response of service %s to %s is no usable JSON: %s", printable(service),
+                               printable(method), problem.c_str());
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    auto const *const answered = find_value<json::String>(read, "command");
+    if (answered != nullptr && method != nullptr && answered->value() != method) {
+        korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                               "service %s answered %s with a response to %s", printable(service), method,
+                               answered->value().c_str());
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    auto const *const status = find_value<json::Number>(read, "status");
+    if (status == nullptr) {
+        korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                               "the response of service %s to %s has no status", printable(service),
+                               printable(method));
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    auto const outcome = static_cast<korvo_core_status>(json::ToUnsigned(status->value()));
+    if (outcome == KORVO_CORE_STATUS_NO_ERROR) {
+        response = std::move(read);
+    }
+    return outcome;
+}
+
+void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **target, char **request_id,
+                                                         char **response) {
+    contain(logging_handle_, "a response", [&] {
+        if (!are_texts({service, target, request_id, response})) {
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR, "a response without texts came in");
+            return;
+        }
+        json::Object read;
+        std::string const problem = json_text::read(*response, read);
+        if (!problem.empty()) {
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                                   "a response of service %s is no usable JSON: %s", *service, problem.c_str());
+            return;
+        }
+        auto const *const method = find_value<json::String>(read, "command");
+        if (method == nullptr) {
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                                   "a response of service %s does not say to what command", *service);
+            return;
+        }
+        // A copy, since the one who is called may change the response.
+        std::string const name = method->value();
+        subclassResponseDispatch(name.c_str(), *target, *request_id, read);
+    });
+}
+
+void korvoInitiatorInterfaces::initiatorCallback(char **service, char **source, char **event) {
+    contain(logging_handle_, "an event", [&] {
+        if (!are_texts({service, source, event})) {
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR, "an event without texts came in");
+            return;
+        }
+        json::Object read;
+        std::string const problem = json_text::read(*event, read);
+        if (!problem.empty()) {
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                                   "an event of service %s is no usable JSON: %s", *service, problem.c_str());
+            return;
+        }
+        auto const *const event_name = find_value<json::String>(read, "event");
+        if (event_name == nullptr) {
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                                   "an event of service %s does not say which one it is", *service);
+            return;
+        }
+        std::string const name = event_name->value();
+        subclassEventDispatch(*source, name.c_str(), read);
+    });
+}

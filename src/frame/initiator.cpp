@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "frame/initiator.h"
+
+#include <stdexcept>
+
+#include "frame/function_name.h"
+#include "frame/messaging_entries.h"
+#include "frame/protocol.h"
+
+IAction_engineInitiator::IAction_engineInitiator(void *messaging_handle, void *logging_handle,
+                                                 unsigned char subscribe_events, char const *initiator_name)
+    : korvoInitiatorInterfaces(messaging_handle, logging_handle, protocol::major_version,
+                               protocol::minor_version, initiator_name, protocol::bookkeeping_count) {
+    try {
+        initializeMethodStructures();
+        initializeEventStructures(subscribe_events);
+    } catch (...) {
+        // Events may arrive from here on; the tables must not go before the messages stop.
+        closeOwnedMessaging();
+        throw;
+    }
+}
+
+IAction_engineInitiator::~IAction_engineInitiator() {
+    // First of all, so that no message meets a half-destroyed object.
+    closeOwnedMessaging();
+}
+
+void IAction_engineInitiator::initializeMethodStructures() {
+    methods_ = {
+#define OPERATION(op, Method, INPUTS, RESULTS) \
+    {#Method, &IAction_engineInitiator::action_engine##Method##Callback},
+#define VERSION_QUERY OPERATION
+#include "operations/operations.def"
+    };
+}
+
+void IAction_engineInitiator::initializeEventStructures(unsigned char subscribe_events) {
+    {
+        MutexLock const lock(event_handlers_mutex_);
+        event_handlers_.clear();
+    }
+    if (subscribe_events == 0) {
+        return;
+    }
+    // Before the messaging layer knows the object: it may deliver at once, on a thread of its own.
+    events_ = {{"Action_completed", &IAction_engineInitiator::action_engineAction_completed}};
+
+    auto const require = [this](korvo_core_status status, char const *failure) {
+        if (status != KORVO_CORE_STATUS_NO_ERROR) {
+            IPC_LOG_ERR("%s", failure);
+            throw std::runtime_error(failure);
+        }
+    };
+    require(korvo_core_ipc_initiator_event_subscribe(messaging_handle_, protocol::service),
+            "initializeEventStructures:failed call to subscribe to events");
+    require(
+        korvo_core_ipc_initiator_event_receive_callback(messaging_handle_, messaging_entries::event, this),
+        "initializeEventStructures:failed call to receive callbacks");
+}
+
+void IAction_engineInitiator::subclassResponseDispatch(char const *method, char *target, char *request_id,
+                                                       json::Object &response) {
+    auto const entry = methods_.find(method);
+    if (entry != methods_.end()) {
+        (this->*entry->second)(target, request_id, response);
+    }
+}
+
+void IAction_engineInitiator::subclassEventDispatch(char const *source, char const *event,
+                                                    json::Object &payload) {
+    auto const entry = events_.find(event);
+    if (entry != events_.end()) {
+        (this->*entry->second)(source, payload);
+    }
+}
+
+void IAction_engineInitiator::logException(char const *function) noexcept {
+    try {
+        IPC_LOG_ERR("Threw an exception in function %s", function);
+    } catch (...) {
+        // Called from handlers of exceptions, which have nothing left to do but to go on.
+    }
+}

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_FRAME_INITIATOR_H
+#define KORVO_FRAME_INITIATOR_H
+
+// The object behind a client handle.
+//
+// Locks: one mutex per method guards the method's registry, one guards the event handlers; never two at once.
+// User callbacks run under their method's mutex, event handlers under the handlers' mutex. A call from there that
+// would lock the same mutex throws the lock error, which the exported functions turn into a status or a log line.
+
+#include <initializer_list>
+#include <list>
+#include <map>
+#include <string>
+#include <utility>
+
+#include "frame/callback_registry.h"
+#include "frame/function_ref.h"
+#include "frame/interfaces.h"
+#include "frame/values.h"
+#include "korvo_api_action_engine.h"
+#include "operations/operation.h"
+
+class IAction_engineInitiator : public korvoInitiatorInterfaces {
+  public:
+    using EventHandler = korvo_api_action_engine_action_completed_event_callback_func_ptr;
+
+    /// Calls a method's callback, whose signature it knows, with the results of a response.
+    using Deliver = void (*)(IAction_engineInitiator &initiator, AnyCallback callback, char *target,
+                             korvo_core_status status, Result const *results, void *context);
+
+    /// Throws, after logging the reason, when messaging cannot be opened or events cannot be subscribed to.
+    IAction_engineInitiator(void *messaging_handle, void *logging_handle, unsigned char subscribe_events,
+                            char const *initiator_name);
+
+    /// Does not wait for callbacks unless the object owns its messaging handle, whose closing waits for them.
+    ~IAction_engineInitiator() override;
+
+    void subclassResponseDispatch(char const *method, char *target, char *request_id,
+                                  json::Object &response) override;
+    void subclassEventDispatch(char const *source, char const *event, json::Object &payload) override;
+
+    void initializeMethodStructures();
+    void initializeEventStructures(unsigned char subscribe_events);
+
+    // Three members per operation: the request builder, which returns 1 after a warning when a text or list is
+    // NULL; the synchronous reader, which frees the request identifier when it returns 0, and only then; and the
+    // reader of asynchronous responses, which never throws.
+
+#define INPUT(kind, member) , operations::InputOf<operations::Kind::kind> member
+#define OUT_POINTER(kind, member) , operations::OutPointerOf<operations::Kind::kind> member
+#define OPERATION(op, Method, INPUTS, RESULTS)                                                               \
+    korvo_core_status action_engine_##op##_utility_send(char const *target, char *request_id INPUTS(INPUT)); \
+    korvo_core_status action_engine_##op##_receive(char const *target, int timeout,                          \
+                                                   void *request_id RESULTS(OUT_POINTER));                   \
+    void action_engine##Method##Callback(char *target, char *request_id, json::Object const &response);
+#define NO_INPUTS(INPUT)
+#define VERSION_QUERY(op, Method, INPUTS, RESULTS) OPERATION(op, Method, NO_INPUTS, RESULTS)
+#include "operations/operations.def"
+#undef NO_INPUTS
+#undef OUT_POINTER
+#undef INPUT
+
+    void action_engineAction_completed(char const *source, json::Object const &payload);
+
+    // A change that cannot be made, because a handler makes it or memory is short, is logged under the name of the
+    // exported function.
+    void registerEventHandler(EventHandler handler, void *context) noexcept;
+    void unregisterEventHandler(EventHandler handler) noexcept;
+    void unregisterEventHandler(EventHandler handler, void *context) noexcept;
+
+  private:
+    using ResponseMember = void (IAction_engineInitiator::*)(char *target, char *request_id,
+                                                             json::Object const &response);
+    using EventHandlers = std::list<std::pair<EventHandler, void *>>;
+    using EventMember = void (IAction_engineInitiator::*)(char const *source, json::Object const &payload);
+
+    korvo_core_status sendCommand(operations::Operation const &operation, char const *target,
+                                  char const *request_id, std::initializer_list<Input> inputs);
+    korvo_core_status receiveResponse(operations::Operation const &operation, char const *target, int timeout,
+                                      void *request_id, std::initializer_list<OutPointer> outs);
+    void handleResponse(operations::Operation const &operation, AnyCallbackRegistry &registry, char *target,
+                        char *request_id, json::Object const &response, Deliver deliver) noexcept;
+    void deliverResponse(operations::Operation const &operation, AnyCallbackRegistry &registry, char *target,
+                         char *request_id, json::Object const &response, Deliver deliver);
+    void changeEventHandlers(char const *function, FunctionRef<void(EventHandlers &)> change) noexcept;
+    void logException(char const *function) noexcept;
+    void reportVersionMismatch(unsigned int target_major, unsigned int target_minor);
+
+    std::map<std::string, ResponseMember> methods_;
+
+  public:
+    // Each registry with its mutex; the exported forms insert and cancel.
+#define OPERATION(op, Method, INPUTS, RESULTS) \
+    CallbackRegistry<korvo_api_action_engine_##op##_method_callback_func_ptr> op##_callbacks;
+#define VERSION_QUERY OPERATION
+#include "operations/operations.def"
+
+  private:
+    std::map<std::string, EventMember> events_;
+    EventHandlers event_handlers_ KORVO_GUARDED_BY(event_handlers_mutex_);
+    Mutex event_handlers_mutex_;
+};
+
+#endif
