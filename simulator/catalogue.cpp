@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/catalogue.h"
+
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
+#include <string>
+
+#include "simulator/refused.h"
+
+namespace simulator {
+
+namespace {
+
+using Table = Catalogue::Table;
+
+std::string text(operations::Member const *row, Values const &values) {
+    std::string written;
+    JsonWriter writer(written);
+    writeMembers(writer, row, values);
+    writer.close();
+    return written;
+}
+
+Values parse(std::string_view text, operations::Member const *row) {
+    boost::json::error_code error;
+    boost::json::value const value =
+        boost::json::parse(boost::json::string_view(text.data(), text.size()), error);
+    boost::json::object const *const object = value.if_object();
+    if (error || object == nullptr) {
+        throw malformed("its settings are no JSON object");
+    }
+    Values values;
+    readMembers(*object, row, values);
+    return values;
+}
+
+char const *nameOf(Table table) {
+    return table == Table::actions ? "action" : "trigger";
+}
+
+EntryKind const *kindOf(Table table, std::uint32_t type) {
+    if (table == Table::actions) {
+        return type < std::size(action_kinds) ? &action_kinds[type] : nullptr;
+    }
+    return type < std::size(trigger_kinds) ? &trigger_kinds[type] : nullptr;
+}
+
+Values noFilters() {
+    return {Numbers(), Numbers(), Numbers()};
+}
+
+Refused unknown(Table table, std::uint32_t id) {
+    return impossible(std::string("there is no ") + nameOf(table) + " " + std::to_string(id));
+}
+
+std::vector<std::uint32_t> partners(std::set<std::pair<std::uint32_t, std::uint32_t>> const &pairs,
+                                    std::uint32_t id) {
+    std::vector<std::uint32_t> found;
+    for (auto pair = pairs.lower_bound({id, 0}); pair != pairs.end() && pair->first == id; ++pair) {
+        found.push_back(pair->second);
+    }
+    return found;
+}
+
+}  // namespace
+
+Catalogue::Catalogue(Store &store) : store_(store) {
+    for (Table const table : {Table::actions, Table::triggers}) {
+        store.readEntries(table, [&](std::uint32_t id, std::uint32_t type, std::string_view settings,
+                                     std::string_view filters) {
+            std::string const entry = std::string("the store's ") + nameOf(table) + " " + std::to_string(id);
+            EntryKind const *const kind = kindOf(table, type);
+            if (kind == nullptr) {
+                throw StoreError(entry + " has the unknown type " + std::to_string(type));
+            }
+            try {
+                changeable(table).emplace(
+                    id, Entry{kind, parse(settings, settingsRow(*kind)),
+                              table == Table::actions ? parse(filters, filters_row) : Values()});
+            } catch (Refused const &refused) {
+                throw StoreError(entry + " cannot be read: " + refused.what());
+            }
+        });
+    }
+    store.readAssociations([this](std::uint32_t trigger_id, std::uint32_t action_id) {
+        by_trigger_.emplace(trigger_id, action_id);
+        by_action_.emplace(action_id, trigger_id);
+    });
+}
+
+Catalogue::Entry const &Catalogue::at(Table table, std::uint32_t id) const {
+    Entry const *const entry = find(table, id);
+    if (entry == nullptr) {
+        throw unknown(table, id);
+    }
+    return *entry;
+}
+
+Catalogue::Entry const *Catalogue::find(Table table, std::uint32_t id) const {
+    auto const found = entries(table).find(id);
+    return found == entries(table).end() ? nullptr : &found->second;
+}
+
+std::uint32_t Catalogue::create(Table table, EntryKind const &kind, Values settings) {
+    if (entries(table).size() >= most_entries) {
+        throw impossible(std::string("there are ") + std::to_string(most_entries) + " " + nameOf(table) +
+                         "s already; delete some first");
+    }
+    Entry entry{&kind, std::move(settings), table == Table::actions ? noFilters() : Values()};
+    std::string const written = text(settingsRow(kind), entry.settings);
+    std::uint32_t const id = table == Table::actions
+                                 ? store_.addAction(kind.type, written, text(filters_row, entry.filters))
+                                 : store_.addTrigger(kind.type, written);
+    changeable(table).emplace(id, std::move(entry));
+    return id;
+}
+
+Catalogue::Entry const &Catalogue::ofKind(Table table, EntryKind const &kind, std::uint32_t id) const {
+    Entry const &entry = at(table, id);
+    if (entry.kind != &kind) {
+        throw impossible(std::string(nameOf(table)) + " " + std::to_string(id) + " is no " + kind.noun +
+                         ", it is of type " + std::to_string(entry.kind->type) + " (" + entry.kind->noun +
+                         ")");
+    }
+    return entry;
+}
+
+Values const &Catalogue::settings(Table table, EntryKind const &kind, std::uint32_t id) const {
+    return ofKind(table, kind, id).settings;
+}
+
+void Catalogue::modify(Table table, EntryKind const &kind, std::uint32_t id, Values settings) {
+    (void)ofKind(table, kind, id);
+    store_.setSettings(table, id, text(settingsRow(kind), settings));
+    changeable(table).at(id).settings = std::move(settings);
+}
+
+void Catalogue::remove(Table table, std::uint32_t id) {
+    (void)at(table, id);
+    store_.remove(table, id);
+    changeable(table).erase(id);
+    Pairs &own = table == Table::actions ? by_action_ : by_trigger_;
+    Pairs &others = table == Table::actions ? by_trigger_ : by_action_;
+    for (std::uint32_t const partner : partners(own, id)) {
+        others.erase({partner, id});
+        own.erase({id, partner});
+    }
+}
+
+void Catalogue::setFilters(std::uint32_t action_id, Values filters) {
+    (void)at(Table::actions, action_id);
+    store_.setFilters(action_id, text(filters_row, filters));
+    actions_.at(action_id).filters = std::move(filters);
+}
+
+void Catalogue::associate(std::uint32_t trigger_id, std::uint32_t action_id) {
+    (void)at(Table::triggers, trigger_id);
+    (void)at(Table::actions, action_id);
+    if (by_trigger_.count({trigger_id, action_id}) != 0) {
+        return;
+    }
+    if (by_trigger_.size() >= most_associations) {
+        throw impossible("there are " + std::to_string(most_associations) +
+                         " associations already; delete some first");
+    }
+    store_.addAssociation(trigger_id, action_id);
+    by_trigger_.emplace(trigger_id, action_id);
+    by_action_.emplace(action_id, trigger_id);
+}
+
+void Catalogue::dissociate(std::uint32_t trigger_id, std::uint32_t action_id) {
+    if (by_trigger_.count({trigger_id, action_id}) == 0) {
+        throw impossible("trigger " + std::to_string(trigger_id) + " is not bound to action " +
+                         std::to_string(action_id));
+    }
+    store_.removeAssociation(trigger_id, action_id);
+    by_trigger_.erase({trigger_id, action_id});
+    by_action_.erase({action_id, trigger_id});
+}
+
+std::vector<std::uint32_t> Catalogue::actionsOf(std::uint32_t trigger_id) const {
+    (void)at(Table::triggers, trigger_id);
+    return partners(by_trigger_, trigger_id);
+}
+
+std::vector<std::uint32_t> Catalogue::triggersOf(std::uint32_t action_id) const {
+    (void)at(Table::actions, action_id);
+    return partners(by_action_, action_id);
+}
+
+}  // namespace simulator

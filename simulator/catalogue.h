@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_SIMULATOR_CATALOGUE_H
+#define KORVO_SIMULATOR_CATALOGUE_H
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "simulator/kinds.h"
+#include "simulator/store.h"
+#include "simulator/values.h"
+
+namespace simulator {
+
+/// What the service knows: actions with their filters, triggers, and which trigger runs which action. All of it is in
+/// memory, and reads are answered from there; a change is in the store before it is in memory, so that what a
+/// client was told is there after a restart.
+///
+/// Changes throw StoreError when the store does not take them, and then nothing has changed. Functions that are given
+/// an identifier throw Refused (status 9) when there is no such entry. Not safe to share between threads without a lock.
+class Catalogue {
+  public:
+    using Table = Store::Table;
+
+    /// Bounds that keep every list of the service within one message, and its memory bounded. What goes beyond is
+    /// refused with status 9.
+    static constexpr std::size_t most_entries = 50'000;
+    static constexpr std::size_t most_associations = 500'000;
+
+    struct Entry {
+        EntryKind const *kind;
+        Values settings;
+        /// Actions only: the lists of Get_action_filters.
+        Values filters;
+    };
+    using Entries = std::map<std::uint32_t, Entry>;
+
+    /// Reads what the store holds. The store must outlive the catalogue. Throws StoreError for contents that cannot be
+    /// understood.
+    explicit Catalogue(Store &store);
+
+    /// Actions or triggers, identifiers ascending.
+    Entries const &entries(Table table) const { return table == Table::actions ? actions_ : triggers_; }
+    Entry const &at(Table table, std::uint32_t id) const;
+    /// NULL when there is no such entry.
+    Entry const *find(Table table, std::uint32_t id) const;
+
+    /// Adds an entry with the settings of its kind and gives its identifier: 1 and upward, none ever used again.
+    std::uint32_t create(Table table, EntryKind const &kind, Values settings);
+    /// Refused with status 9 for an entry of another kind.
+    Values const &settings(Table table, EntryKind const &kind, std::uint32_t id) const;
+    void modify(Table table, EntryKind const &kind, std::uint32_t id, Values settings);
+    /// Removes the entry with its associations and filters.
+    void remove(Table table, std::uint32_t id);
+
+    void setFilters(std::uint32_t action_id, Values filters);
+
+    /// Binding a pair that is bound already changes nothing and is no error.
+    void associate(std::uint32_t trigger_id, std::uint32_t action_id);
+    /// Refused with status 9 for a pair that is not bound.
+    void dissociate(std::uint32_t trigger_id, std::uint32_t action_id);
+    /// Identifiers ascending.
+    std::vector<std::uint32_t> actionsOf(std::uint32_t trigger_id) const;
+    std::vector<std::uint32_t> triggersOf(std::uint32_t action_id) const;
+
+  private:
+    using Pairs = std::set<std::pair<std::uint32_t, std::uint32_t>>;
+
+    Entries &changeable(Table table) { return table == Table::actions ? actions_ : triggers_; }
+    Entry const &ofKind(Table table, EntryKind const &kind, std::uint32_t id) const;
+
+    Store &store_;
+    Entries actions_;
+    Entries triggers_;
+    /// (trigger, action), and the same pairs the other way round.
+    Pairs by_trigger_;
+    Pairs by_action_;
+};
+
+}  // namespace simulator
+
+#endif

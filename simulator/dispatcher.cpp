@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/dispatcher.h"
+
+#include <exception>
+
+#include "simulator/handlers/handlers.h"
+#include "simulator/refused.h"
+
+namespace simulator {
+
+namespace {
+
+/// A message is at most 1 MiB, with what the core adds to a response.
+constexpr std::size_t longest_response = 1'000'000;
+
+/// Begins every response.
+void writeEnvelope(JsonWriter &writer, std::string_view method, std::uint32_t status) {
+    writer.text("command", method);
+    writer.number("status", status);
+}
+
+}  // namespace
+
+Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log)
+    : engine_(engine), settings_(settings), log_(log) {}
+
+Dispatcher::Answer Dispatcher::answer(std::string_view command) {
+    response_.clear();
+    std::chrono::milliseconds delay{0};
+    try {
+        reader_.read(command);
+        Fault const &fault = settings_.faults[reader_.method()];
+        if (fault.drop) {
+            return {response_, delay};
+        }
+        delay = fault.delay;
+        if (fault.status) {
+            writeStatus(*fault.status);
+        } else {
+            respond();
+        }
+    } catch (Refused const &refused) {
+        logRefusal(commandName() + " refused: " + refused.what());
+        writeStatus(refused.status());
+    } catch (std::exception const &error) {
+        log_.error(commandName() + " failed: " + error.what());
+        writeStatus(KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE);
+    }
+    return {response_, delay};
+}
+
+void Dispatcher::respond() {
+    Values &inputs = reader_.inputs();
+    Engine::Time const now = engine_.now();
+    engine_.change([&](EngineState &state) {
+        JsonWriter response(response_);
+        writeEnvelope(response, reader_.name(), KORVO_CORE_STATUS_NO_ERROR);
+        handlers::Call call{inputs, state, response, now, settings_.version, nullptr};
+        handlers::carryOut(reader_.method(), call);
+        response.close();
+    });
+    if (response_.size() > longest_response) {
+        throw impossible("the answer is longer than a message may be");
+    }
+}
+
+std::string Dispatcher::commandName() const {
+    return reader_.name().empty() ? "a command" : quoted(reader_.name());
+}
+
+void Dispatcher::writeStatus(std::uint32_t status) {
+    response_.clear();
+    JsonWriter response(response_);
+    writeEnvelope(response, reader_.name(), status);
+    response.close();
+}
+
+void Dispatcher::logRefusal(std::string const &why) {
+    // A client that sends nothing but nonsense must not fill the log.
+    constexpr unsigned int most_a_second = 20;
+    Engine::Time const now = engine_.now();
+    if (now - refusals_since_ >= std::chrono::seconds(1)) {
+        if (refusals_ > most_a_second) {
+            log_.warning(std::to_string(refusals_ - most_a_second) + " more commands were refused");
+        }
+        refusals_since_ = now;
+        refusals_ = 0;
+    }
+    if (++refusals_ <= most_a_second) {
+        log_.warning(why);
+    }
+}
+
+}  // namespace simulator

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_SIMULATOR_DISPATCHER_H
+#define KORVO_SIMULATOR_DISPATCHER_H
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+#include "simulator/command.h"
+#include "simulator/engine.h"
+#include "simulator/faults.h"
+#include "simulator/handlers/call.h"
+#include "simulator/log.h"
+
+namespace simulator {
+
+/// Makes the answer of each command. For one thread at a time.
+class Dispatcher {
+  public:
+    struct Settings {
+        handlers::Version version{1, 19};
+        Faults faults{};
+    };
+
+    struct Answer {
+        /// The response (JSON), valid until the next call; empty when there is to be none.
+        std::string const &text;
+        /// How long the response is to be held back.
+        std::chrono::milliseconds delay;
+    };
+
+    Dispatcher(Engine &engine, Settings settings, Log const &log);
+
+    /// Carries out a command (JSON). Never throws for what a command holds: a command that cannot be carried out is
+    /// answered with its status, and the log says why.
+    Answer answer(std::string_view command);
+
+  private:
+    void respond();
+    void writeStatus(std::uint32_t status);
+    /// For log lines.
+    std::string commandName() const;
+    void logRefusal(std::string const &why);
+
+    Engine &engine_;
+    Settings settings_;
+    Log const &log_;
+    CommandReader reader_;
+    std::string response_;
+    Engine::Time refusals_since_{};
+    unsigned int refusals_ = 0;
+};
+
+}  // namespace simulator
+
+#endif

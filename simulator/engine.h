@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_SIMULATOR_ENGINE_H
+#define KORVO_SIMULATOR_ENGINE_H
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "simulator/catalogue.h"
+#include "simulator/deadlines.h"
+#include "simulator/filters.h"
+#include "simulator/guarded.h"
+#include "simulator/log.h"
+#include "simulator/onvif/event.h"
+
+namespace simulator {
+
+/// One run of one action: a copy, so that the run needs no lock.
+struct Job {
+    std::uint32_t action_id;
+    EntryKind const *kind;
+    Values settings;
+    /// What made the trigger fire, in words.
+    std::string cause;
+
+    template <typename T>
+    T const &setting(std::string_view name) const {
+        return valueOf<T>(settings, settingsRow(*kind), name);
+    }
+    std::string const &name() const { return setting<std::string>("action_name"); }
+};
+
+/// What the engine's lock guards: the catalogue, which trigger is due when, and what has fired and still is to run. The
+/// member functions keep the deadlines in step with the triggers.
+class EngineState {
+  public:
+    using Table = Catalogue::Table;
+    using Time = Deadlines::Time;
+    /// The event that made a trigger fire, in words; NULL for timers.
+    using Cause = std::shared_ptr<std::string const>;
+
+    struct Firing {
+        std::uint32_t trigger_id;
+        Cause cause;
+    };
+
+    /// While so many triggers have fired and wait for their actions to run, events are refused with status 9.
+    static constexpr std::size_t most_waiting = 10'000;
+
+    /// Timers start anew at `now`.
+    EngineState(Catalogue catalogue, Time now);
+
+    Catalogue catalogue;
+
+    /// After a trigger was created or modified: its timer starts, or starts anew; what it waited for is forgotten.
+    void restartTrigger(std::uint32_t trigger_id, Time now);
+    /// After a trigger was deleted.
+    void forgetTrigger(std::uint32_t trigger_id);
+
+    /// Hands an event to the triggers. An ONVIF trigger fires when its filters let the event through. A stable one begins
+    /// to wait then, and fires when its stability time is over, unless an event of its topic that its content filter
+    /// does not let through comes first; further events of its kind do not begin the wait anew.
+    void inject(onvif::Event const &event, Time now);
+
+    /// The trigger that fires next, due timers included; nothing when none does.
+    std::optional<Firing> takeFiring(Time now);
+    std::optional<Time> nextDeadline() const { return deadlines_.next(); }
+
+    /// Whether there is something new to do since the last call.
+    bool takeChanged();
+
+  private:
+    Deadlines deadlines_;
+    /// What the stable triggers that wait were set off by.
+    std::map<std::uint32_t, Cause> unstable_;
+    std::deque<Firing> fired_;
+    bool changed_ = false;
+};
+
+/// Fires triggers and runs what is bound to them.
+class Engine {
+  public:
+    using Time = Deadlines::Time;
+
+    struct Surroundings {
+        /// The monotonic clock.
+        std::function<Time()> now;
+        std::function<LocalTime()> local_time;
+        /// Runs an action, without the engine's lock; false when it failed. It does not throw.
+        std::function<bool(Job const &)> run;
+        /// Publishes an event (JSON), without the engine's lock.
+        std::function<void(std::string const &)> publish;
+        /// Asks for step() and nextDeadline() on their thread, since there is something new to do. Called on any
+        /// thread, without the engine's lock.
+        std::function<void()> wake;
+    };
+
+    Engine(Catalogue catalogue, Surroundings surroundings, Log const &log);
+
+    Time now() const { return surroundings_.now(); }
+
+    /// Calls the function with the state, under the engine's lock. On any thread.
+    template <typename Function>
+    void change(Function function) {
+        bool const changed = state_.with([&](EngineState &state) {
+            function(state);
+            return state.takeChanged();
+        });
+        if (changed) {
+            surroundings_.wake();
+        }
+    }
+
+    /// Runs one action that is due, if any, and publishes its completion; false when there is nothing to do until
+    /// nextDeadline() or the next wake(). One thread at a time.
+    bool step();
+    std::optional<Time> nextDeadline();
+
+  private:
+    struct Run {
+        std::uint32_t action_id;
+        std::uint32_t trigger_id;
+        EngineState::Cause cause;
+    };
+
+    bool takeRuns();
+    std::optional<Job> prepare(Run const &run);
+    void publish(Job const &job, bool success);
+
+    Surroundings surroundings_;
+    Log const &log_;
+    Guarded<EngineState> state_;
+    /// What the trigger that fired last still has to run. Only step() touches it.
+    std::deque<Run> runs_;
+};
+
+}  // namespace simulator
+
+#endif

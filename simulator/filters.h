@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_SIMULATOR_FILTERS_H
+#define KORVO_SIMULATOR_FILTERS_H
+
+#include <cstdint>
+
+#include "simulator/values.h"
+
+namespace simulator {
+
+/// A moment of the week as a clock on the wall shows it.
+struct LocalTime {
+    /// 0 is Sunday.
+    unsigned int weekday;
+    /// Seconds since midnight.
+    std::uint32_t seconds;
+};
+
+/// The time now in the time zone of the process.
+LocalTime localTime();
+
+/// Whether an action with these filters (the three lists of Get_action_filters) may run at this moment.
+///
+/// The n-th entries of the three lists are one filter: a set of weekdays and a time window from its start up to, but not
+/// with, its end, in seconds since local midnight. One filter that fits is enough; an action without filters may always
+/// run. Where a list is shorter than another one, what it lacks sets no bound: any weekday, from midnight, to midnight.
+///
+/// A window whose end comes before its start goes on past midnight and belongs to the weekday on which it started. Equal
+/// start and end are a window of 24 hours. A weekday set of 0 fits no day; flags from 128 on mean nothing.
+bool mayRun(Values const &filters, LocalTime now);
+
+}  // namespace simulator
+
+#endif

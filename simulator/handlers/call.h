@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_SIMULATOR_HANDLERS_CALL_H
+#define KORVO_SIMULATOR_HANDLERS_CALL_H
+
+#include <cstdint>
+
+#include "simulator/engine.h"
+#include "simulator/json_writer.h"
+#include "simulator/kinds.h"
+#include "simulator/values.h"
+
+namespace simulator::handlers {
+
+struct Version {
+    std::uint32_t major;
+    std::uint32_t minor;
+};
+
+/// What a handler works with. It adds the results to the response in the order of the operation table, or throws
+/// Refused or StoreError.
+struct Call {
+    /// As the operation's inputs say; may be moved from.
+    Values &inputs;
+    EngineState &state;
+    JsonWriter &response;
+    EngineState::Time now;
+    Version version;
+    /// For operations on one kind of action or trigger.
+    EntryKind const *kind;
+
+    template <typename T>
+    T &input(std::size_t n) {
+        return std::get<T>(inputs[n]);
+    }
+    /// The identifier that most commands begin with.
+    std::uint32_t id() { return input<std::uint32_t>(0); }
+
+    /// The inputs from the n-th on.
+    Values inputsFrom(std::ptrdiff_t n) {
+        return Values(std::make_move_iterator(inputs.begin() + n), std::make_move_iterator(inputs.end()));
+    }
+};
+
+}  // namespace simulator::handlers
+
+#endif

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/signal_set.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include "korvo_core.h"
+#include "simulator/catalogue.h"
+#include "simulator/folders.h"
+#include "simulator/log.h"
+#include "simulator/options.h"
+#include "simulator/runners/runner.h"
+#include "simulator/service.h"
+#include "simulator/store.h"
+
+namespace {
+
+constexpr char const *program = "korvo-action-engine-simulator";
+
+enum ExitStatus : int { exit_good = 0, exit_failure = 1, exit_usage = 2 };
+
+void check(korvo_core_status status, char const *what) {
+    if (status != KORVO_CORE_STATUS_NO_ERROR) {
+        throw std::runtime_error(std::string(what) + ": " + korvo_core_status_to_string(status));
+    }
+}
+
+/// The platform core, for as long as the program uses it.
+class Core {
+  public:
+    Core() { check(korvo_core_init(), "cannot start the platform core"); }
+    ~Core() { (void)korvo_core_deinit(); }
+    Core(Core const &) = delete;
+    Core &operator=(Core const &) = delete;
+};
+
+class CoreLogging {
+  public:
+    CoreLogging() { check(korvo_core_logging_init("action_engine", &handle_), "cannot open the log"); }
+    ~CoreLogging() { (void)korvo_core_logging_deinit(handle_); }
+    CoreLogging(CoreLogging const &) = delete;
+    CoreLogging &operator=(CoreLogging const &) = delete;
+
+    void *handle() const { return handle_; }
+
+  private:
+    void *handle_ = nullptr;
+};
+
+/// The folder to use, made where it does not exist.
+std::string folder(std::string const &chosen, char const *otherwise) {
+    std::string const path = chosen.empty() ? simulator::stateFolder() + "/" + otherwise : chosen;
+    simulator::makeFolder(path);
+    return path;
+}
+
+void serve(simulator::Options const &options) {
+    if (!options.log_level.empty() &&
+        ::setenv("KORVO_LOG_LEVEL", options.log_level.c_str(), /*overwrite*/ 1) != 0) {
+        throw std::runtime_error("cannot set KORVO_LOG_LEVEL: out of memory");
+    }
+    // A reader of our output that is gone is an error of writing, not the end.
+    std::signal(SIGPIPE, SIG_IGN);
+    boost::asio::io_context io;
+    // Before anything else, so that a signal always ends the program in good order.
+    boost::asio::signal_set signals(io, SIGINT, SIGTERM);
+    signals.async_wait([&io](boost::system::error_code const &, int) { io.stop(); });
+
+    Core const core;
+    CoreLogging const logging;
+    simulator::Log const log([&logging](korvo_core_log_priority priority, std::string const &text) {
+        (void)korvo_core_logging_log(logging.handle(), priority, "%s", text.c_str());
+    });
+    simulator::Store store(options.store);
+    simulator::runners::Runner runner(
+        {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")}, log);
+    simulator::Service const service(io, logging.handle(), options.target, simulator::Catalogue(store),
+                                     options.answers, runner, log);
+    std::cout << program << ": ready (target \"" << options.target << "\")" << std::endl;
+    io.run();
+}
+
+}  // namespace
+
+int main(int argc, char *argv[]) {
+    try {
+        simulator::Options const options = simulator::parseOptions(argc, argv);
+        switch (options.mode) {
+            case simulator::Options::Mode::help:
+                std::cout << simulator::helpText();
+                break;
+            case simulator::Options::Mode::version:
+                std::cout << program << " " << KORVO_VERSION << "\n";
+                break;
+            case simulator::Options::Mode::serve:
+                serve(options);
+                break;
+        }
+        return exit_good;
+    } catch (simulator::UsageError const &error) {
+        std::cerr << program << ": " << error.what() << "\n";
+        return exit_usage;
+    } catch (std::exception const &error) {
+        std::cerr << program << ": " << error.what() << "\n";
+        return exit_failure;
+    }
+}

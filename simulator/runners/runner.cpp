@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/runners/runner.h"
+
+#include <chrono>
+#include <ctime>
+#include <exception>
+#include <stdexcept>
+#include <utility>
+
+#include "simulator/runners/file.h"
+#include "simulator/runners/mail.h"
+#include "simulator/runners/test_picture.h"
+
+namespace simulator::runners {
+
+Runner::Runner(Folders folders, Log const &log) : folders_(std::move(folders)), log_(log) {}
+
+bool Runner::run(Job const &job) noexcept {
+    try {
+        std::string const action =
+            std::string(job.kind->noun) + " " + std::to_string(job.action_id) + " " + quoted(job.name());
+        try {
+            log_.notice(action + ": " + perform(job));
+            return true;
+        } catch (std::exception const &error) {
+            log_.warning(action + " failed: " + error.what());
+        }
+    } catch (std::exception const &) {
+        // Not even the log line could be made.
+    }
+    return false;
+}
+
+std::string Runner::perform(Job const &job) {
+    switch (job.kind->type) {
+        case send_email:
+            return sendEmail(job);
+        case ftp_upload:
+            return upload(job);
+        case save_snapshot:
+            return saveSnapshot(job);
+        case ptz_pattern:
+            return moveHead(job, "pattern", "pattern_id");
+        case ptz_preset:
+            return moveHead(job, "preset", "preset_id");
+        case ptz_tour:
+            return moveHead(job, "tour", "tour_id");
+        case ptz_scan:
+            return moveHead(job, "scan", "scan_id");
+        case run_wiper:
+            return "the wiper ran";
+        case run_washer:
+            return "the washer ran";
+        case switch_relay:
+            return switchRelay(job);
+        default:
+            throw std::runtime_error("there is nothing to do for type " + std::to_string(job.kind->type));
+    }
+}
+
+std::string Runner::sendEmail(Job const &job) {
+    std::string const picture = job.setting<bool>("attach_jpeg") ? takeSnapshot() : std::string();
+    std::string const mail = composeMail(job, picture, std::time(nullptr));
+    std::string const name = outboxName(job, "mail", ".eml");
+    writeFile(folders_.outbox, name, mail);
+    return "mail put into the outbox as " + quoted(name);
+}
+
+std::string Runner::upload(Job const &job) {
+    auto const &filename = job.setting<std::string>("filename");
+    auto const &server = job.setting<std::string>("server_name");
+    if (filename.empty() || server.empty()) {
+        throw std::runtime_error("it names no server or no file");
+    }
+    std::string const name = outboxName(job, "upload", ".jpg");
+    writeFile(folders_.outbox, name, takeSnapshot());
+    // The password is nobody's business, in a log least of all.
+    return "picture for " + quoted(filename) + " in " + quoted(job.setting<std::string>("path")) + " on " +
+           quoted(server) + " (as " + quoted(job.setting<std::string>("username")) +
+           ") put into the outbox as " + quoted(name);
+}
+
+std::string Runner::saveSnapshot(Job const &job) {
+    auto const &name = job.setting<std::string>("filename");
+    writeFile(folders_.snapshots, name, takeSnapshot());
+    return "picture saved as " + quoted(name);
+}
+
+std::string Runner::moveHead(Job const &job, char const *what, char const *id_member) {
+    auto const &id = job.setting<std::string>(id_member);
+    if (id.empty()) {
+        throw std::runtime_error(std::string("it names no ") + what);
+    }
+    head_.moveTo(positionOf(what, id));
+    return std::string(what) + " " + quoted(id) + ", head now at " + describe(head_.position());
+}
+
+std::string Runner::switchRelay(Job const &job) {
+    auto const number = [&job](char const *name) { return std::to_string(job.setting<std::uint32_t>(name)); };
+    return "relay " + quoted(job.setting<std::string>("relay_target")) + " switched (mode " +
+           number("config_mode") + ", normally " +
+           (job.setting<bool>("config_normally_closed") ? "closed" : "open") + ", " +
+           number("config_repeat_cycles") + " cycles, " + number("config_on_time_ms") + " ms on, " +
+           number("config_off_time_ms") + " ms off)";
+}
+
+std::string Runner::outboxName(Job const &job, char const *what, char const *ending) {
+    auto const now = std::chrono::system_clock::now().time_since_epoch();
+    std::time_t const seconds = std::chrono::duration_cast<std::chrono::seconds>(now).count();
+    auto const milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count() % 1000;
+    std::tm utc{};
+    gmtime_r(&seconds, &utc);
+    char moment[48];
+    std::size_t const length = std::strftime(moment, sizeof moment, "%Y%m%dT%H%M%S", &utc);
+    std::string const time =
+        std::string(moment, length) + "." + std::to_string(1000 + milliseconds).substr(1);
+    return std::string(what) + "-" + std::to_string(job.action_id) + "-" + time + "Z-" +
+           std::to_string(++outbox_count_) + ending;
+}
+
+}  // namespace simulator::runners

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_SIMULATOR_RUNNERS_RUNNER_H
+#define KORVO_SIMULATOR_RUNNERS_RUNNER_H
+
+#include <string>
+
+#include "simulator/engine.h"
+#include "simulator/log.h"
+#include "simulator/runners/ptz_head.h"
+
+namespace simulator::runners {
+
+/// Runs actions on what stands in for a camera's picture, head, outputs and network. Nothing ever leaves the machine.
+/// For one thread at a time.
+class Runner {
+  public:
+    struct Folders {
+        /// For the pictures of snapshot actions.
+        std::string snapshots;
+        /// For the mails and uploads that a camera would send.
+        std::string outbox;
+    };
+
+    Runner(Folders folders, Log const &log);
+
+    /// Runs an action and logs what it did or why it failed. Throws nothing.
+    bool run(Job const &job) noexcept;
+
+    Position const &headPosition() const { return head_.position(); }
+
+  private:
+    /// These give what was done, in words, and throw when it could not be done.
+    std::string perform(Job const &job);
+    std::string sendEmail(Job const &job);
+    std::string upload(Job const &job);
+    std::string saveSnapshot(Job const &job);
+    std::string moveHead(Job const &job, char const *what, char const *id_member);
+    std::string switchRelay(Job const &job);
+
+    /// A name in the outbox that no file has had.
+    std::string outboxName(Job const &job, char const *what, char const *ending);
+
+    Folders folders_;
+    Log const &log_;
+    PtzHead head_;
+    unsigned int outbox_count_ = 0;
+};
+
+}  // namespace simulator::runners
+
+#endif

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/store.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <limits>
+
+#include "simulator/schema.h"
+
+namespace simulator {
+
+namespace {
+
+/// Settings hold passwords, so a new store is for its owner only. SQLite gives its side files the same mode.
+void makeFile(std::string const &path) {
+    int const file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    if (file >= 0) {
+        ::close(file);
+    }
+    // Where this fails, opening the database gives the reason.
+}
+
+sqlite::Database open(std::string const &path, std::string const &name) {
+    if (!path.empty()) {
+        makeFile(path);
+    }
+    try {
+        return sqlite::Database(path);
+    } catch (sqlite::Error const &error) {
+        throw StoreError("cannot open the store " + name + ": " + error.what() +
+                         ". Name a file in a folder that exists and that you may write to.");
+    }
+}
+
+/// True for a new store, false for one that is there; throws for anything else. Only reads.
+bool isNew(sqlite::Database &database, std::string const &name) {
+    int const application = database.readNumber("PRAGMA application_id");
+    int const version = database.readNumber("PRAGMA user_version");
+    if (application == 0 && version == 0 && database.readNumber("SELECT count(*) FROM sqlite_schema") == 0) {
+        return true;
+    }
+    if (application != store_application_id) {
+        throw StoreError("the store " + name +
+                         " is a database of another program. Name another file; this one was not changed.");
+    }
+    if (version != store_version) {
+        throw StoreError("the store " + name + " has version " + std::to_string(version) +
+                         ", and this program knows version " + std::to_string(store_version) +
+                         ". Use the program that wrote it, or name another file; this one was not changed.");
+    }
+    return false;
+}
+
+void prepare(sqlite::Database &database, std::string const &name) {
+    // The file belongs to this process until the database is closed. Without that a second process would answer from
+    // its own memory what the first one has changed.
+    database.execute("PRAGMA locking_mode = EXCLUSIVE");
+    bool const create = isNew(database, name);
+    // The write-ahead log needs no flush of the disk for each change, and a killed process loses nothing in it.
+    database.execute("PRAGMA journal_mode = WAL");
+    database.execute("PRAGMA synchronous = NORMAL");
+    database.execute("PRAGMA foreign_keys = ON");
+    database.execute("BEGIN EXCLUSIVE");
+    if (create) {
+        std::string const statements = store_schema +
+                                       ("PRAGMA application_id = " + std::to_string(store_application_id)) +
+                                       "; PRAGMA user_version = " + std::to_string(store_version);
+        database.execute(statements.c_str());
+    }
+    database.execute("COMMIT");
+}
+
+std::string reason(sqlite::Error const &error, std::string const &name) {
+    switch (error.code()) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return "the store " + name +
+                   " is in use by another process. Stop that one, or name another file.";
+        case SQLITE_NOTADB:
+            return "the store " + name +
+                   " is no SQLite database. Name another file; this one was not changed.";
+        default:
+            return "cannot use the store " + name + ": " + error.what();
+    }
+}
+
+}  // namespace
+
+struct Store::Statements {
+    explicit Statements(sqlite::Database &database)
+        : read_actions(database, "SELECT id, type, settings, filters FROM actions ORDER BY id"),
+          read_triggers(database, "SELECT id, type, settings, '' FROM triggers ORDER BY id"),
+          read_associations(database, "SELECT trigger_id, action_id FROM associations"),
+          add_action(database, "INSERT INTO actions (type, settings, filters) VALUES (?, ?, ?)"),
+          add_trigger(database, "INSERT INTO triggers (type, settings) VALUES (?, ?)"),
+          set_action(database, "UPDATE actions SET settings = ? WHERE id = ?"),
+          set_trigger(database, "UPDATE triggers SET settings = ? WHERE id = ?"),
+          set_filters(database, "UPDATE actions SET filters = ? WHERE id = ?"),
+          remove_action(database, "DELETE FROM actions WHERE id = ?"),
+          remove_trigger(database, "DELETE FROM triggers WHERE id = ?"),
+          add_association(database, "INSERT INTO associations (trigger_id, action_id) VALUES (?, ?)"),
+          remove_association(database, "DELETE FROM associations WHERE trigger_id = ? AND action_id = ?") {}
+
+    sqlite::Statement read_actions;
+    sqlite::Statement read_triggers;
+    sqlite::Statement read_associations;
+    sqlite::Statement add_action;
+    sqlite::Statement add_trigger;
+    sqlite::Statement set_action;
+    sqlite::Statement set_trigger;
+    sqlite::Statement set_filters;
+    sqlite::Statement remove_action;
+    sqlite::Statement remove_trigger;
+    sqlite::Statement add_association;
+    sqlite::Statement remove_association;
+};
+
+void Store::DeleteStatements::operator()(Statements *statements) const {
+    delete statements;
+}
+
+namespace {
+
+/// Runs one change, with SQLite's errors as the store's.
+template <typename Change>
+auto change(std::string const &name, Change make) {
+    try {
+        return make();
+    } catch (sqlite::Error const &error) {
+        throw StoreError("the store " + name + " did not take the change: " + error.what());
+    }
+}
+
+}  // namespace
+
+Store::Store(std::string const &path)
+    : name_(path.empty() ? "in memory" : "\"" + path + "\""), database_(open(path, name_)) {
+    try {
+        prepare(database_, name_);
+        statements_.reset(new Statements(database_));
+    } catch (sqlite::Error const &error) {
+        throw StoreError(reason(error, name_));
+    }
+}
+
+void Store::readEntries(Table table, Entry const &entry) {
+    auto &rows = table == Table::actions ? statements_->read_actions : statements_->read_triggers;
+    try {
+        for (rows.with(); rows.step();) {
+            entry(static_cast<std::uint32_t>(rows.number(0)), static_cast<std::uint32_t>(rows.number(1)),
+                  rows.text(2), rows.text(3));
+        }
+    } catch (sqlite::Error const &error) {
+        throw StoreError(reason(error, name_));
+    }
+}
+
+void Store::readAssociations(Association const &association) {
+    auto &rows = statements_->read_associations;
+    try {
+        for (rows.with(); rows.step();) {
+            association(static_cast<std::uint32_t>(rows.number(0)),
+                        static_cast<std::uint32_t>(rows.number(1)));
+        }
+    } catch (sqlite::Error const &error) {
+        throw StoreError(reason(error, name_));
+    }
+}
+
+std::uint32_t Store::add(sqlite::Statement &statement) {
+    database_.execute("BEGIN");
+    try {
+        statement.run();
+        std::int64_t const id = database_.lastInsertId();
+        if (id > std::numeric_limits<std::uint32_t>::max()) {
+            throw StoreError("the store " + name_ +
+                             " has given out every identifier there is. Start with a new file.");
+        }
+        database_.execute("COMMIT");
+        return static_cast<std::uint32_t>(id);
+    } catch (...) {
+        // Some failures have ended the transaction already.
+        if (sqlite3_get_autocommit(database_.handle()) == 0) {
+            database_.execute("ROLLBACK");
+        }
+        throw;
+    }
+}
+
+std::uint32_t Store::addAction(std::uint32_t type, std::string const &settings, std::string const &filters) {
+    return change(name_, [&] { return add(statements_->add_action.with(type, settings, filters)); });
+}
+
+std::uint32_t Store::addTrigger(std::uint32_t type, std::string const &settings) {
+    return change(name_, [&] { return add(statements_->add_trigger.with(type, settings)); });
+}
+
+void Store::setSettings(Table table, std::uint32_t id, std::string const &settings) {
+    auto &statement = table == Table::actions ? statements_->set_action : statements_->set_trigger;
+    change(name_, [&] { statement.with(settings, id).run(); });
+}
+
+void Store::setFilters(std::uint32_t action_id, std::string const &filters) {
+    change(name_, [&] { statements_->set_filters.with(filters, action_id).run(); });
+}
+
+void Store::remove(Table table, std::uint32_t id) {
+    auto &statement = table == Table::actions ? statements_->remove_action : statements_->remove_trigger;
+    change(name_, [&] { statement.with(id).run(); });
+}
+
+void Store::addAssociation(std::uint32_t trigger_id, std::uint32_t action_id) {
+    change(name_, [&] { statements_->add_association.with(trigger_id, action_id).run(); });
+}
+
+void Store::removeAssociation(std::uint32_t trigger_id, std::uint32_t action_id) {
+    change(name_, [&] { statements_->remove_association.with(trigger_id, action_id).run(); });
+}
+
+}  // namespace simulator

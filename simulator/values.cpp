@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/values.h"
+
+#include <boost/json/object.hpp>
+#include <boost/json/value.hpp>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+
+#include "simulator/refused.h"
+
+namespace simulator {
+
+namespace {
+
+namespace json = boost::json;
+using operations::Kind;
+
+/// Numbers may be written in any form as long as they are whole: a client's numbers are doubles.
+std::optional<std::uint32_t> wholeNumber(json::value const &value) {
+    constexpr std::uint32_t most = std::numeric_limits<std::uint32_t>::max();
+    if (std::int64_t const *const number = value.if_int64()) {
+        if (*number >= 0 && *number <= std::int64_t{most}) {
+            return static_cast<std::uint32_t>(*number);
+        }
+    } else if (double const *const real = value.if_double()) {
+        if (*real >= 0 && *real <= double{most}) {
+            auto const whole = static_cast<std::uint32_t>(*real);
+            if (static_cast<double>(whole) == *real) {
+                return whole;
+            }
+        }
+    }
+    // What is left as an unsigned 64-bit number is beyond the range of a signed one.
+    return std::nullopt;
+}
+
+std::optional<std::string> plainText(json::value const &value) {
+    json::string const *const text = value.if_string();
+    return text == nullptr ? std::nullopt
+                           : std::optional<std::string>(std::in_place, text->data(), text->size());
+}
+
+template <typename Element, typename Read>
+std::optional<Value> readList(json::value const &value, Read readElement) {
+    json::array const *const array = value.if_array();
+    if (array == nullptr) {
+        return std::nullopt;
+    }
+    std::vector<Element> list;
+    list.reserve(array->size());
+    for (json::value const &element : *array) {
+        std::optional<Element> read = readElement(element);
+        if (!read) {
+            return std::nullopt;
+        }
+        list.push_back(std::move(*read));
+    }
+    return list;
+}
+
+template <typename T>
+std::optional<Value> asValue(std::optional<T> read) {
+    return read ? std::optional<Value>(std::move(*read)) : std::nullopt;
+}
+
+std::optional<Value> readValue(Kind kind, json::value const &value) {
+    switch (kind) {
+        case Kind::number:
+            return asValue(wholeNumber(value));
+        case Kind::flag:
+            return value.is_bool() ? std::optional<Value>(value.get_bool()) : std::nullopt;
+        case Kind::text:
+            return asValue(plainText(value));
+        case Kind::texts:
+            return readList<std::string>(value, plainText);
+        case Kind::numbers:
+            return readList<std::uint32_t>(value, wholeNumber);
+        case Kind::none:
+            break;
+    }
+    return std::nullopt;
+}
+
+char const *expectation(Kind kind) {
+    switch (kind) {
+        case Kind::number:
+            return "a whole number from 0 to 4294967295";
+        case Kind::flag:
+            return "true or false";
+        case Kind::text:
+            return "a string";
+        case Kind::texts:
+            return "an array of strings";
+        case Kind::numbers:
+            return "an array of whole numbers from 0 to 4294967295";
+        case Kind::none:
+            break;
+    }
+    return "nothing";
+}
+
+}  // namespace
+
+void readMembers(json::object const &object, operations::Member const *row, Values &values) {
+    values.clear();
+    for (operations::Member const *member = row; member->kind != Kind::none; ++member) {
+        json::value const *const found = object.if_contains(member->name);
+        if (found == nullptr) {
+            throw malformed(std::string("the member \"") + member->name + "\" is missing");
+        }
+        std::optional<Value> value = readValue(member->kind, *found);
+        if (!value) {
+            throw malformed(std::string("the member \"") + member->name + "\" must be " +
+                            expectation(member->kind));
+        }
+        values.push_back(std::move(*value));
+    }
+}
+
+void writeMembers(JsonWriter &writer, operations::Member const *row, Values const &values) {
+    for (std::size_t n = 0; row[n].kind != Kind::none; ++n) {
+        char const *const name = row[n].name;
+        Value const &value = values[n];
+        switch (row[n].kind) {
+            case Kind::number:
+                writer.number(name, std::get<std::uint32_t>(value));
+                break;
+            case Kind::flag:
+                writer.flag(name, std::get<bool>(value));
+                break;
+            case Kind::text:
+                writer.text(name, std::get<std::string>(value));
+                break;
+            case Kind::texts:
+                writer.list(name, std::get<Texts>(value));
+                break;
+            case Kind::numbers:
+                writer.list(name, std::get<Numbers>(value));
+                break;
+            case Kind::none:
+                break;
+        }
+    }
+}
+
+std::size_t memberIndex(operations::Member const *row, std::string_view name) {
+    std::size_t n = 0;
+    while (row[n].kind != Kind::none) {
+        if (name == row[n].name) {
+            return n;
+        }
+        ++n;
+    }
+    throw std::logic_error("no member " + std::string(name) + " in this row of the operation table");
+}
+
+}  // namespace simulator
