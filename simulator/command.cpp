@@ -13,8 +13,7 @@ namespace simulator {
 namespace json = boost::json;
 
 CommandReader::CommandReader()
-    : resource_(value_memory_, sizeof value_memory_),
-      parser_(json::storage_ptr(), json::parse_options(), parser_memory_, sizeof parser_memory_) {}
+    : parser_(json::storage_ptr(), json::parse_options(), parser_memory_, sizeof parser_memory_) {}
 
 void CommandReader::read(std::string_view text) {
     name_ = {};
@@ -22,9 +21,10 @@ void CommandReader::read(std::string_view text) {
     // The old value goes before its memory does.
     value_.reset();
     parser_.reset();
-    resource_.release();
+    // Made anew, since a released one remembers how large its last block was and asks for twice as much the next time.
+    resource_.emplace(value_memory_, sizeof value_memory_);
 
-    parser_.reset(&resource_);
+    parser_.reset(&*resource_);
     json::error_code error;
     parser_.write(text.data(), text.size(), error);
     if (error) {

@@ -39,7 +39,7 @@ class CommandReader {
   private:
     unsigned char parser_memory_[4096];
     unsigned char value_memory_[16384];
-    boost::json::monotonic_resource resource_;
+    std::optional<boost::json::monotonic_resource> resource_;
     boost::json::parser parser_;
     std::optional<boost::json::value> value_;
     std::string_view name_;

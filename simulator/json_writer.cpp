@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <boost/json/serializer.hpp>
-#include <charconv>
 
 namespace simulator {
 
@@ -33,7 +32,7 @@ void JsonWriter::member(std::string_view name) {
 }
 
 void JsonWriter::append(std::uint32_t value) {
-    char digits[10];
+    char digits[most_digits];
     auto const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
     out_.append(digits, end);
 }

@@ -2,9 +2,12 @@
 #ifndef KORVO_SIMULATOR_JSON_WRITER_H
 #define KORVO_SIMULATOR_JSON_WRITER_H
 
+#include <charconv>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace simulator {
 
@@ -27,9 +30,20 @@ class JsonWriter {
         member(name);
         out_ += '[';
         std::size_t const start = out_.size();
-        for (auto const &element : range) {
-            append(get(element));
-            out_ += ',';
+        if constexpr (std::is_convertible_v<decltype(get(*std::begin(range))), std::uint32_t>) {
+            // Room for all of them at once: lists of numbers are the longest responses there are.
+            out_.resize(start + std::size(range) * (most_digits + 1));
+            char *end = out_.data() + start;
+            for (auto const &element : range) {
+                end = std::to_chars(end, end + most_digits, static_cast<std::uint32_t>(get(element))).ptr;
+                *end++ = ',';
+            }
+            out_.resize(static_cast<std::size_t>(end - out_.data()));
+        } else {
+            for (auto const &element : range) {
+                append(get(element));
+                out_ += ',';
+            }
         }
         if (out_.size() != start) {
             out_.pop_back();
@@ -46,6 +60,9 @@ class JsonWriter {
     void close() { out_ += '}'; }
 
   private:
+    /// Of a std::uint32_t.
+    static constexpr std::size_t most_digits = 10;
+
     void member(std::string_view name);
     void append(std::uint32_t value);
     void append(std::string_view value);

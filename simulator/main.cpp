@@ -79,7 +79,7 @@ void serve(simulator::Options const &options) {
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")}, log);
     simulator::Service const service(io, logging.handle(), options.target, simulator::Catalogue(store),
                                      options.answers, runner, log);
-    std::cout << program << ": ready (target \"" << options.target << "\")" << std::endl;
+    std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     io.run();
 }
 

@@ -8,46 +8,53 @@ namespace simulator::handlers {
 
 namespace {
 
+using Handler = void (*)(Call &);
+
 struct Route {
-    void (*handler)(Call &) = nullptr;
+    Handler handler = nullptr;
     EntryKind const *kind = nullptr;
+    // Compilers with checks of undefined behaviour do not compare a function with NULL at compile time.
+    bool set = false;
 };
 using Routes = std::array<Route, method_count>;
 
 constexpr Routes makeRoutes() {
     Routes routes{};
+    auto const set = [&routes](std::size_t method, Handler handler, EntryKind const *kind = nullptr) {
+        routes[method] = {handler, kind, true};
+    };
     for (EntryKind const &kind : action_kinds) {
-        routes[kind.create] = {createAction, &kind};
-        routes[kind.get] = {getAction, &kind};
-        routes[kind.modify] = {modifyAction, &kind};
+        set(kind.create, createAction, &kind);
+        set(kind.get, getAction, &kind);
+        set(kind.modify, modifyAction, &kind);
     }
     for (EntryKind const &kind : trigger_kinds) {
-        routes[kind.create] = {createTrigger, &kind};
-        routes[kind.get] = {getTrigger, &kind};
-        routes[kind.modify] = {modifyTrigger, &kind};
+        set(kind.create, createTrigger, &kind);
+        set(kind.get, getTrigger, &kind);
+        set(kind.modify, modifyTrigger, &kind);
     }
-    routes[operations::get_actions] = {getActions, nullptr};
-    routes[operations::get_action_counts] = {getActionCounts, nullptr};
-    routes[operations::get_action_type] = {getActionType, nullptr};
-    routes[operations::delete_action] = {deleteAction, nullptr};
-    routes[operations::get_action_filters] = {getActionFilters, nullptr};
-    routes[operations::set_action_filters] = {setActionFilters, nullptr};
-    routes[operations::get_triggers] = {getTriggers, nullptr};
-    routes[operations::get_trigger_counts] = {getTriggerCounts, nullptr};
-    routes[operations::get_trigger_type] = {getTriggerType, nullptr};
-    routes[operations::delete_trigger] = {deleteTrigger, nullptr};
-    routes[operations::onvif_event] = {onvifEvent, nullptr};
-    routes[operations::create_association] = {createAssociation, nullptr};
-    routes[operations::delete_association] = {deleteAssociation, nullptr};
-    routes[operations::get_trigger_associations] = {getTriggerAssociations, nullptr};
-    routes[operations::get_action_associations] = {getActionAssociations, nullptr};
-    routes[version_query_method] = {getTargetVersion, nullptr};
+    set(operations::get_actions, getActions);
+    set(operations::get_action_counts, getActionCounts);
+    set(operations::get_action_type, getActionType);
+    set(operations::delete_action, deleteAction);
+    set(operations::get_action_filters, getActionFilters);
+    set(operations::set_action_filters, setActionFilters);
+    set(operations::get_triggers, getTriggers);
+    set(operations::get_trigger_counts, getTriggerCounts);
+    set(operations::get_trigger_type, getTriggerType);
+    set(operations::delete_trigger, deleteTrigger);
+    set(operations::onvif_event, onvifEvent);
+    set(operations::create_association, createAssociation);
+    set(operations::delete_association, deleteAssociation);
+    set(operations::get_trigger_associations, getTriggerAssociations);
+    set(operations::get_action_associations, getActionAssociations);
+    set(version_query_method, getTargetVersion);
     return routes;
 }
 
 constexpr bool complete(Routes const &routes) {
     for (Route const &route : routes) {
-        if (route.handler == nullptr) {
+        if (!route.set) {
             return false;
         }
     }

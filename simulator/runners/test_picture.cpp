@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <csetjmp>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -72,11 +73,11 @@ bool encode(Picture const &picture, unsigned char *&buffer, unsigned long &size,
 }  // namespace
 
 Picture drawTestPicture(unsigned int width, unsigned int height, std::chrono::milliseconds time) {
-    constexpr std::int64_t crossing_ms = 10'000;
+    constexpr unsigned int crossing_ms = 10'000;
     Picture picture{width, height, {}};
     picture.pixels.reserve(std::size_t{width} * height * 3);
     unsigned int const side = std::min(width, height) / 4;
-    auto const phase = static_cast<unsigned int>(time.count() % crossing_ms);
+    auto const phase = static_cast<unsigned int>(time.count() % std::int64_t{crossing_ms});
     unsigned int const left = (width - side) * phase / crossing_ms;
     unsigned int const top = (height - side) / 2;
     for (unsigned int y = 0; y < height; ++y) {
