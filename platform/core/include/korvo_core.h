@@ -2,6 +2,33 @@
 #ifndef KORVO_CORE_H
 #define KORVO_CORE_H
 
+/* The platform core: messaging between processes, logging, and lists. C11 and C++17.
+ *
+ * Handles. A `void *` from one of the ..._init functions, given back to the matching ..._deinit. A handle
+ * that is NULL, closed or of the wrong kind gives status 1.
+ *
+ * Texts. `char const *` parameters are borrowed for the call. What comes back through `char **` belongs to
+ * the caller, who frees it with free(). A callback gets pointers to texts that the core frees when the
+ * callback returns; a callback that wants to keep a text takes it over by setting the pointer to NULL, and
+ * frees it with free().
+ *
+ * Time-outs are in milliseconds. 0 only looks; a negative one waits without limit.
+ *
+ * Threads. Every function may be called from every thread at any time, unless it says otherwise, and from
+ * inside callbacks too. Callbacks run on a thread of the messaging handle, one at a time for each handle,
+ * with no lock held. The core starts that thread when a callback is registered and ends it when there is
+ * none.
+ *
+ * Statuses. Where a function lists none, it returns 0, or 1 for a bad handle or a missing argument. Besides,
+ * all functions with a messaging handle return 2 when memory runs out, 3 in a process that was forked after
+ * the handle was opened (nothing is done there), and 4 when the handle is closed during the call.
+ *
+ * Errors that a person can do something about are logged: what was wrong, with what, and what to do.
+ *
+ * Environment. KORVO_RUNTIME_DIR is the folder in which services and initiators meet; it must belong to the
+ * user, and nobody else may write to it. KORVO_LOG_LEVEL and KORVO_LOG_TARGET: see korvo_core_logging_init().
+ */
+
 #include <stdarg.h>
 
 #if defined(__GNUC__)
@@ -23,98 +50,231 @@
 extern "C" {
 #endif
 
-KORVO_CORE_ENUM(korvo_core_status) {
+KORVO_CORE_ENUM(korvo_core_status){
     KORVO_CORE_STATUS_NO_ERROR = 0,
-    KORVO_CORE_STATUS_INVALID_PARAMS = 1,
-    KORVO_CORE_STATUS_ALLOC_FAILED = 2,
+    /* A missing argument, or a handle that is none. */
+    KORVO_CORE_STATUS_INVALID_PARAMS = 1, KORVO_CORE_STATUS_ALLOC_FAILED = 2,
+    /* Another thread does what only one may do, or the handle belongs to the process that this one was forked
+       from. */
     KORVO_CORE_STATUS_MULTI_THREAD_ACCESS = 3,
-    KORVO_CORE_STATUS_IPC_FAILED = 4,
-    KORVO_CORE_STATUS_INCORRECT_SETTING_TYPE = 5,
-    KORVO_CORE_STATUS_SETTING_NOT_PRESENT = 6,
-    KORVO_CORE_STATUS_INTERNAL_EXCEPTION_CAUGHT = 7,
+    /* A time-out, a lost connection, a message that is broken or too large. */
+    KORVO_CORE_STATUS_IPC_FAILED = 4, KORVO_CORE_STATUS_INCORRECT_SETTING_TYPE = 5,
+    KORVO_CORE_STATUS_SETTING_NOT_PRESENT = 6, KORVO_CORE_STATUS_INTERNAL_EXCEPTION_CAUGHT = 7,
+    /* The service does not know the command. */
     KORVO_CORE_STATUS_UNSUPPORTED_FUNCTION = 8,
+    /* The service knows the command and could not do it. */
     KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE = 9,
-    KORVO_CORE_STATUS_DISABLED_TARGET = 10
-};
+    /* There is no such service or target. */
+    KORVO_CORE_STATUS_DISABLED_TARGET = 10};
 typedef enum korvo_core_status korvo_core_status;
 
-KORVO_CORE_ENUM(korvo_core_log_priority) {
-    KORVO_CORE_LOG_PRIORITY_EMERG = 0,
-    KORVO_CORE_LOG_PRIORITY_ALERT = 1,
-    KORVO_CORE_LOG_PRIORITY_CRIT = 2,
-    KORVO_CORE_LOG_PRIORITY_ERR = 3,
-    KORVO_CORE_LOG_PRIORITY_WARNING = 4,
-    KORVO_CORE_LOG_PRIORITY_NOTICE = 5,
-    KORVO_CORE_LOG_PRIORITY_INFO = 6,
-    KORVO_CORE_LOG_PRIORITY_DEBUG = 7,
-    KORVO_CORE_LOG_PRIORITY_AUDIT = 8,
-    KORVO_CORE_LOG_PRIORITY_NOTSET = 9
-};
+KORVO_CORE_ENUM(korvo_core_log_priority){
+    KORVO_CORE_LOG_PRIORITY_EMERG = 0,   KORVO_CORE_LOG_PRIORITY_ALERT = 1,
+    KORVO_CORE_LOG_PRIORITY_CRIT = 2,    KORVO_CORE_LOG_PRIORITY_ERR = 3,
+    KORVO_CORE_LOG_PRIORITY_WARNING = 4, KORVO_CORE_LOG_PRIORITY_NOTICE = 5,
+    KORVO_CORE_LOG_PRIORITY_INFO = 6,    KORVO_CORE_LOG_PRIORITY_DEBUG = 7,
+    KORVO_CORE_LOG_PRIORITY_AUDIT = 8,   KORVO_CORE_LOG_PRIORITY_NOTSET = 9};
 typedef enum korvo_core_log_priority korvo_core_log_priority;
 
-KORVO_CORE_ENUM(korvo_core_settings_type) {
-    KORVO_CORE_SETTING_TYPE_STRING = 0,
-    KORVO_CORE_SETTING_TYPE_JSON = 1,
-    KORVO_CORE_SETTING_TYPE_INT = 2,
-    KORVO_CORE_SETTING_TYPE_BOOL = 3,
-    KORVO_CORE_SETTING_TYPE_DOUBLE = 4,
-    KORVO_CORE_SETTING_TYPE_ARRAYOFSTRING = 5,
-    KORVO_CORE_SETTING_TYPE_ARRAYOFINT = 6,
-    KORVO_CORE_SETTING_TYPE_ARRAYOFBOOL = 7,
-    KORVO_CORE_SETTING_TYPE_ARRAYOFDOUBLE = 8,
-    KORVO_CORE_SETTING_TYPE_UNKNOWN = 9
-};
+KORVO_CORE_ENUM(korvo_core_settings_type){
+    KORVO_CORE_SETTING_TYPE_STRING = 0,        KORVO_CORE_SETTING_TYPE_JSON = 1,
+    KORVO_CORE_SETTING_TYPE_INT = 2,           KORVO_CORE_SETTING_TYPE_BOOL = 3,
+    KORVO_CORE_SETTING_TYPE_DOUBLE = 4,        KORVO_CORE_SETTING_TYPE_ARRAYOFSTRING = 5,
+    KORVO_CORE_SETTING_TYPE_ARRAYOFINT = 6,    KORVO_CORE_SETTING_TYPE_ARRAYOFBOOL = 7,
+    KORVO_CORE_SETTING_TYPE_ARRAYOFDOUBLE = 8, KORVO_CORE_SETTING_TYPE_UNKNOWN = 9};
 typedef enum korvo_core_settings_type korvo_core_settings_type;
 
+/* ---- Statuses and the core as a whole
+ * ------------------------------------------------------------------------ */
+
+/* A short text for a status, one for all values without a name; never NULL, never freed. */
 KORVO_CORE_EXPORT char const *korvo_core_status_to_string(korvo_core_status status);
 
+/* Called by a process before its first and after its last use of the core, as often as it likes. Returns 0.
+ * Handles are not closed by korvo_core_deinit(). */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_init(void);
 KORVO_CORE_EXPORT korvo_core_status korvo_core_deinit(void);
 
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name, void **messaging,
-                                                                  int flag);
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char const *service,
-                                                                          char const *target, char const *request_id,
-                                                                          char const *command);
+/* ---- Messaging: initiators
+ * ----------------------------------------------------------------------------------- */
+
+/* Opens the client side of the messaging. Connects to nothing yet.
+ *
+ * logging    where the core logs what happens to this handle; NULL is the default logger. Closed after the
+ * handle. name       of the process or part of it, for people; NULL is an empty one. messaging  receives the
+ * handle, which korvo_core_ipc_deinit() closes. flag       1.
+ *
+ * Status 4: the runtime folder cannot be used (logged). */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name,
+                                                                  void **messaging, int flag);
+
+/* Sends a command. The first one to a target connects to it; so does the first one after a connection was
+ * lost. Waits only while the socket is full, at most 5 seconds. A command is never sent twice.
+ *
+ * service     name of the service.
+ * target      which one of the service's targets; NULL is the default target, as an empty text is.
+ * request_id  the sender's mark, which comes back with the response; not in use for a command that is still
+ *             unanswered.
+ * command     any text; by convention a JSON object with a member "command". Together with request_id less
+ * than 1 MiB.
+ *
+ * Status 10: nobody listens there. 4: the connection was lost meanwhile, the service took nothing for 5
+ * seconds, or the message is too large; the service has not got it, or not all of it. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_command_send(
+    void *messaging, char const *service, char const *target, char const *request_id, char const *command);
+
+/* Waits for the next response to any command sent by korvo_core_ipc_initiator_command_send() on this handle,
+ * on the calling thread. Responses that arrive while nobody waits are kept, the latest 1024 and at most 8 MiB
+ * of them.
+ *
+ * timeout  in milliseconds; 0 only looks, a negative one waits without limit.
+ * service, target, request_id, response  receive the texts of the command that is answered, and the response;
+ * the caller frees each with free(). Untouched unless 0 is returned.
+ *
+ * Status 4: none came in time, or a connection with unanswered commands was lost. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive(void *messaging, int timeout,
                                                                               char **service, char **target,
-                                                                              char **request_id, char **response);
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
-    void *messaging, void (*callback)(char **service, char **target, char **request_id, char **response, void *context),
-    void *context);
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_subscribe(void *messaging, char const *service);
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_unsubscribe(void *messaging, char const *service);
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_receive_callback(
-    void *messaging, void (*callback)(char **service, char **source, char **event, void *context), void *context);
+                                                                              char **request_id,
+                                                                              char **response);
 
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_init(void *logging, char const *service, char const *target,
-                                                               char const *name, void **messaging);
-KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_command_receive(void *messaging, unsigned int timeout,
-                                                                          char **source, char **request_id,
-                                                                          char **command);
+/* Registers a callback for responses; they then do not wait for korvo_core_ipc_initiator_response_receive().
+ *
+ * callback  called with the texts that korvo_core_ipc_initiator_response_receive() gives, and the context.
+ * NULL removes the registration of the context, or all of them when the context is NULL too; when the call
+ * returns, the callback does not run any more (unless it is the one that calls). context   passed on. One
+ * registration for each context; registering again replaces it. Responses go to the last one that was
+ * registered. For a client object that is registered with itself as context: its next command sent by the
+ * same thread is asynchronous, and its response comes to this callback.
+ *
+ * Status 4: no thread can be started (logged). */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
+    void *messaging,
+    void (*callback)(char **service, char **target, char **request_id, char **response, void *context),
+    void *context);
+
+/* Asks for the events of all targets of a service, those that start later and those that are restarted
+ * included. Events that are published while a service is not connected are missed; the gap is logged. Events
+ * wait for a callback, 1024 and 8 MiB of them at most; what comes beyond that is dropped, counted and logged.
+ *
+ * Status 4: the runtime folder cannot be watched (logged). */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_subscribe(void *messaging,
+                                                                             char const *service);
+
+/* Ends a subscription. Status 1: there is none. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_unsubscribe(void *messaging,
+                                                                               char const *service);
+
+/* Registers a callback for events: called with the name of the service, its source (the target's text) and
+ * the event, and the context. One registration for each context; each gets every event. NULL removes as with
+ * korvo_core_ipc_initiator_response_receive_callback(). Status 4: no thread can be started (logged). */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_receive_callback(
+    void *messaging, void (*callback)(char **service, char **source, char **event, void *context),
+    void *context);
+
+/* ---- Messaging: targets
+ * -------------------------------------------------------------------------------------- */
+
+/* Opens a target of a service and listens. Only processes of the same user, and of root, are let in.
+ *
+ * logging    as with korvo_core_ipc_initiator_init().
+ * service    name of the service.
+ * target     tells targets of a service apart; NULL is the default target, as an empty text is.
+ * name       name of the process in log lines; NULL is an empty one.
+ * messaging  receives the handle, which korvo_core_ipc_deinit() closes.
+ *
+ * Status 4: another process listens under service and target, or the runtime folder cannot be used (logged).
+ */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_init(void *logging, char const *service,
+                                                               char const *target, char const *name,
+                                                               void **messaging);
+
+/* Waits for the next command, on the calling thread. A target without a callback does all its work in this
+ * call and, briefly, when it sends: one that stops polling accepts nobody.
+ *
+ * timeout  in milliseconds; 0 only looks, and one above 2147483647 waits without limit.
+ * source, request_id, command  receive the texts, which the caller frees with free(). `source` is the address
+ * of the initiator, for the response. Untouched unless 0 is returned.
+ *
+ * Status 4: none came in time. 3: a command callback is registered. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_command_receive(void *messaging,
+                                                                          unsigned int timeout, char **source,
+                                                                          char **request_id, char **command);
+
+/* Registers the callback for commands: called with the texts that korvo_core_ipc_target_command_receive()
+ * gives, and the context. Registering again replaces it. NULL removes it; when the call returns, the callback
+ * does not run any more (unless it is the one that calls). Status 4: no thread can be started (logged). */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_command_receive_callback(
-    void *messaging, void (*callback)(char **source, char **request_id, char **command, void *context), void *context);
+    void *messaging, void (*callback)(char **source, char **request_id, char **command, void *context),
+    void *context);
+
+/* Sends the response to a command, at any time and from any thread; never waits. `source` and `request_id`
+ * are those of the command. By convention `response` is a JSON object with the command's name in "command"
+ * and the outcome in "status".
+ *
+ * Status 10: the initiator is gone. 4: the response is too large (1 MiB with its identifier), or the
+ * initiator has left 8 MiB unread and was disconnected. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_response_send(void *messaging, char const *source,
-                                                                        char const *request_id, char const *response);
+                                                                        char const *request_id,
+                                                                        char const *response);
+
+/* Publishes an event to every subscriber; never waits. By convention `event` is a JSON object with the
+ * event's name in "event". A subscriber that has left 1 MiB unread misses it; that is counted and logged, and
+ * delays nobody else. Status 4: the event is too large. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_event_send(void *messaging, char const *event);
 
+/* ---- Messaging: both
+ * ----------------------------------------------------------------------------------------- */
+
+/* Closes a handle. Calls that wait in other threads return with status 4. Waits for a callback that is
+ * running, so that none runs any more when it returns; so it must not be called with a lock held that a
+ * callback takes. From inside a callback of the same handle it returns at once, and no other callback is
+ * made. What was sent before is delivered. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_deinit(void *messaging);
 
+/* ---- Logging
+ * ------------------------------------------------------------------------------------------------- */
+
+/* Opens a logger. Records go to standard error, one line each: time, priority, process[name]: text. Line ends
+ * and other control characters in a text are escaped.
+ *
+ * Read from the environment when a logger is opened: KORVO_LOG_LEVEL is the last priority that is written, a
+ * name (emerg, alert, crit, err, warning, notice, info, debug) or its number; without it, notice.
+ * KORVO_LOG_TARGET=syslog sends records to the system log instead.
+ *
+ * name     of the part of the process that logs; NULL is an empty one.
+ * logging  receives the handle.
+ *
+ * Status 2: memory ran out. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_logging_init(char const *name, void **logging);
+
+/* Closes a logger. Records for a closed one go to the default logger. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_logging_deinit(void *logging);
+
+/* Gives 1 where records of a priority are written, else 0. NULL asks the default logger. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_logging_is_priority_active(void *logging,
                                                                           korvo_core_log_priority priority,
                                                                           int *active);
+
+/* Writes a record, formatted as by printf(), at most 16 KiB of it. NULL is the default logger. Audit records
+ * are always written; a record without a priority, or with an unknown one, counts as debug. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority priority,
                                                            char const *format, ...) KORVO_CORE_PRINTF(3, 4);
-KORVO_CORE_EXPORT void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority, char const *format,
-                                               va_list arguments) KORVO_CORE_PRINTF(3, 0);
+KORVO_CORE_EXPORT void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority,
+                                               char const *format, va_list arguments) KORVO_CORE_PRINTF(3, 0);
 
+/* ---- Lists
+ * --------------------------------------------------------------------------------------------------- */
+
+/* Makes a list: a NULL-terminated array of pointers to `count` elements, the array and each element a block
+ * of their own from malloc(). Elements are 0; the slots of a list of texts are NULL, to be filled from the
+ * first on. Returns NULL when memory runs out. The caller frees the list with the matching function below. */
 KORVO_CORE_EXPORT unsigned char **korvo_core_alloc_bool_array(unsigned int count);
 KORVO_CORE_EXPORT unsigned int **korvo_core_alloc_uint_array(unsigned int count);
 KORVO_CORE_EXPORT int **korvo_core_alloc_int_array(unsigned int count);
 KORVO_CORE_EXPORT double **korvo_core_alloc_double_array(unsigned int count);
 KORVO_CORE_EXPORT char **korvo_core_alloc_string_array(unsigned int count);
+
+/* Frees every element up to the first NULL, and the list, whoever made them; NULL is allowed. */
 KORVO_CORE_EXPORT void korvo_core_free_bool_array(unsigned char **list);
 KORVO_CORE_EXPORT void korvo_core_free_uint_array(unsigned int **list);
 KORVO_CORE_EXPORT void korvo_core_free_int_array(int **list);

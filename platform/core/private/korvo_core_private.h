@@ -13,24 +13,26 @@
 extern "C" {
 #endif
 
-/* Sends a command for an object, so that its response finds the way back to that object: to the thread that waits
- * for it; else to the response callback that was registered with the object as its context, if the calling thread
- * has registered it (again) since its last command for the object; else it is kept for a receive.
+/* Sends a command for an object, so that its response finds the way back to that object: to the thread that
+ * waits for it; else to the response callback that was registered with the object as its context, if the
+ * calling thread has registered it (again) since its last command for the object; else it is kept for a
+ * receive.
  *
  * `command` holds `length` bytes and no zero byte. `owner` is the object; it is compared and never followed.
  * Returns what korvo_core_ipc_initiator_command_send() returns. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_private_command_send(void *messaging, char const *service,
-                                                                    char const *target, char const *request_id,
+                                                                    char const *target,
+                                                                    char const *request_id,
                                                                     char const *command, size_t length,
                                                                     void const *owner);
 
-/* Waits for the response to one request that was sent by korvo_core_private_command_send(): milliseconds, 0 polls,
- * a negative time-out waits without limit. On status 0 `*response` is a text of `*length` bytes, which the caller
- * frees with free(). Status 4: no response within the time, or none can come any more. Status 3: another thread
- * waits for the same request. */
+/* Waits for the response to one request that was sent by korvo_core_private_command_send(): milliseconds, 0
+ * polls, a negative time-out waits without limit. On status 0 `*response` is a text of `*length` bytes, which
+ * the caller frees with free(). Status 4: no response within the time, or none can come any more. Status 3:
+ * another thread waits for the same request. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_private_response_receive(void *messaging, int timeout,
-                                                                        char const *request_id, char **response,
-                                                                        size_t *length);
+                                                                        char const *request_id,
+                                                                        char **response, size_t *length);
 
 #ifdef __cplusplus
 }

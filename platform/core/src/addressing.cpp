@@ -69,34 +69,38 @@ RuntimeFolder RuntimeFolder::from_environment() {
 
 process::Descriptor RuntimeFolder::open(Log const &log) const {
     if (mkdir(path_.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
-        log.error("cannot make the runtime folder %s: %s; create it, or name another one in KORVO_RUNTIME_DIR",
-                  path_.c_str(), error_text(errno).c_str());
+        log.error(
+            "cannot make the runtime folder %s: %s; create it, or name another one in KORVO_RUNTIME_DIR",
+            path_.c_str(), error_text(errno).c_str());
         return {};
     }
     int const flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (shared_parent_ ? O_NOFOLLOW : 0);
     process::Descriptor folder(::open(path_.c_str(), flags));
     struct stat found = {};
     if (!folder || fstat(folder.get(), &found) != 0) {
-        log.error("cannot open the runtime folder %s: %s; name another one in KORVO_RUNTIME_DIR", path_.c_str(),
-                  error_text(errno).c_str());
+        log.error("cannot open the runtime folder %s: %s; name another one in KORVO_RUNTIME_DIR",
+                  path_.c_str(), error_text(errno).c_str());
         return {};
     }
     if (found.st_uid != geteuid()) {
-        log.error("refused the runtime folder %s: it belongs to user %u and not to user %u, who runs this process; "
-                  "name another one in KORVO_RUNTIME_DIR",
-                  path_.c_str(), found.st_uid, geteuid());
+        log.error(
+            "refused the runtime folder %s: it belongs to user %u and not to user %u, who runs this process; "
+            "name another one in KORVO_RUNTIME_DIR",
+            path_.c_str(), found.st_uid, geteuid());
         return {};
     }
     if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        log.error("refused the runtime folder %s: others can write to it (mode %04o); "
-                  "run \"chmod 700\" on it, or name another one in KORVO_RUNTIME_DIR",
-                  path_.c_str(), found.st_mode & 07777U);
+        log.error(
+            "refused the runtime folder %s: others can write to it (mode %04o); "
+            "run \"chmod 700\" on it, or name another one in KORVO_RUNTIME_DIR",
+            path_.c_str(), found.st_mode & 07777U);
         return {};
     }
     return folder;
 }
 
-std::optional<sockaddr_un> RuntimeFolder::address(process::Descriptor const &folder, std::string const &name) const {
+std::optional<sockaddr_un> RuntimeFolder::address(process::Descriptor const &folder,
+                                                  std::string const &name) const {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     std::string path = path_ + "/" + name;
@@ -129,8 +133,8 @@ bool is_trusted_peer(int connection, Log const &log) {
         return false;
     }
     if (peer.uid != geteuid() && peer.uid != 0) {
-        log.error("refused a connection with process %d of user %u: only user %u and root are let in", peer.pid,
-                  peer.uid, geteuid());
+        log.error("refused a connection with process %d of user %u: only user %u and root are let in",
+                  peer.pid, peer.uid, geteuid());
         return false;
     }
     return true;

@@ -22,23 +22,25 @@ class RuntimeFolder {
 
     std::string const &path() const { return path_; }
 
-    /// Makes the folder when it is missing, and opens it. Gives nothing, and logs why, when that fails or when
-    /// anybody else could put sockets into it: it must belong to the user, and only the user may write to it.
+    /// Makes the folder when it is missing, and opens it. Gives nothing, and logs why, when that fails or
+    /// when anybody else could put sockets into it: it must belong to the user, and only the user may write
+    /// to it.
     process::Descriptor open(Log const &log) const;
 
     /// The address of socket `name` in the folder that `folder` was opened on.
     std::optional<sockaddr_un> address(process::Descriptor const &folder, std::string const &name) const;
 
   private:
-    RuntimeFolder(std::string path, bool shared_parent) : path_(std::move(path)), shared_parent_(shared_parent) {}
+    RuntimeFolder(std::string path, bool shared_parent)
+        : path_(std::move(path)), shared_parent_(shared_parent) {}
 
     std::string path_;
     /// Anybody can put things beside the folder, symbolic links of its name included.
     bool shared_parent_;
 };
 
-/// The file name of the socket of a service's target. It is made of digests, since the texts may be long, empty or
-/// hold anything that means something to a file system.
+/// The file name of the socket of a service's target. It is made of digests, since the texts may be long,
+/// empty or hold anything that means something to a file system.
 std::string socket_name(std::string_view service, std::string_view target);
 
 /// Whether `name` is the file name of a socket of any target of `service`.

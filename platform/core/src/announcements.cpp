@@ -14,7 +14,9 @@ struct Announcement {
     std::uint64_t initiator;
     void const *owner;
 
-    bool operator==(Announcement const &other) const { return initiator == other.initiator && owner == other.owner; }
+    bool operator==(Announcement const &other) const {
+        return initiator == other.initiator && owner == other.owner;
+    }
 };
 
 /// Oldest first.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// NULL-terminated lists. Elements are single blocks from malloc(), since either side of the interface frees lists
-// that the other has made.
+// NULL-terminated lists. Elements are single blocks from malloc(), since either side of the interface frees
+// lists that the other has made.
 #include <cstdlib>
 #include <limits>
 

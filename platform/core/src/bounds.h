@@ -33,16 +33,20 @@ constexpr std::size_t waiting_event_bytes = 8 * mebibyte;
 /// Announcements of asynchronous requests that one thread has made and not used.
 constexpr std::size_t announcements = 8;
 
-/// Bytes for one peer that a service holds back: beyond the first, events for that peer are dropped; beyond the
-/// second, the peer is disconnected.
+/// Bytes for one peer that a service holds back: beyond the first, events for that peer are dropped; beyond
+/// the second, the peer is disconnected.
 constexpr std::size_t outgoing_event_bytes = 1 * mebibyte;
 constexpr std::size_t outgoing_bytes = 8 * mebibyte;
-/// From here on the thread that publishes an event sends by itself instead of leaving it to the service's thread.
+/// From here on the thread that publishes an event sends by itself instead of leaving it to the service's
+/// thread.
 constexpr std::size_t outgoing_gathered_bytes = 16 * kibibyte;
 /// Commands that wait for a polling service; beyond that it reads no more until some are taken.
 constexpr std::size_t waiting_commands = 1024;
 /// Initiators that are connected to a service at one time.
 constexpr std::size_t peers = 512;
+/// Connections that a service takes in before it looks at those it has again. Some of them may have ended,
+/// and a burst of new ones must hold nobody up.
+constexpr unsigned int accepted_at_once = 16;
 
 /// How long a send may find a socket full before the connection is given up.
 constexpr std::chrono::milliseconds send_patience{5000};

@@ -16,8 +16,8 @@
 
 namespace platform {
 
-/// An initiator's connection to one target of a service. What is read from it is read by the one thread that has
-/// the reader role; see initiator.h.
+/// An initiator's connection to one target of a service. What is read from it is read by the one thread that
+/// has the reader role; see initiator.h.
 struct Connection {
     Connection(process::Descriptor descriptor, std::uint64_t number, std::string name_of_socket,
                std::shared_ptr<Address const> leads_to, bool target_is_known)
@@ -34,7 +34,8 @@ struct Connection {
 
     // Guarded by the initiator's mutex.
     std::shared_ptr<Address const> address;
-    /// False while the connection is only known from the name of its socket, which does not tell the target's text.
+    /// False while the connection is only known from the name of its socket, which does not tell the target's
+    /// text.
     bool knows_target;
     bool is_alive = true;
     bool has_reader = false;

@@ -24,7 +24,8 @@ class Deadline {
 
     bool has_passed() const { return timeout_ == 0 || (timeout_ > 0 && Clock::now() >= end_); }
 
-    /// What is left in milliseconds, rounded up, so that waiting so long does reach the end; -1 without an end.
+    /// What is left in milliseconds, rounded up, so that waiting so long does reach the end; -1 without an
+    /// end.
     int remaining() const {
         if (timeout_ <= 0) {
             return timeout_ == 0 ? 0 : -1;

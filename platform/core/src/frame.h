@@ -44,8 +44,8 @@ void append(std::string &out, Type type, std::string_view first, std::string_vie
 /// Appends a frame without texts.
 void append(std::string &out, Type type);
 
-/// Cuts a stream of bytes into frames. Whoever reads the stream asks for space(), fills a part of it, says how much
-/// with filled(), and takes frames with next() until there is none.
+/// Cuts a stream of bytes into frames. Whoever reads the stream asks for space(), fills a part of it, says
+/// how much with filled(), and takes frames with next() until there is none.
 class Decoder {
   public:
     enum class Result { frame, incomplete, broken };
@@ -55,8 +55,8 @@ class Decoder {
         std::size_t size;
     };
 
-    /// Room for the next bytes, never empty. Invalidates the texts of frames taken before. Memory grows with what
-    /// has arrived and not with what a header announces. Throws std::bad_alloc.
+    /// Room for the next bytes, never empty. Invalidates the texts of frames taken before. Memory grows with
+    /// what has arrived and not with what a header announces. Throws std::bad_alloc.
     Space space();
 
     /// `count` bytes were written at the beginning of space().

@@ -37,8 +37,8 @@ inline Target *narrow(Messaging &messaging, Target *) {
     return messaging.as_target();
 }
 
-/// Calls `call` with the Initiator or Target behind the handle. The object outlives the call, also when another
-/// thread closes the handle meanwhile.
+/// Calls `call` with the Initiator or Target behind the handle. The object outlives the call, also when
+/// another thread closes the handle meanwhile.
 template <typename Kind, typename Call>
 korvo_core_status with_handle(char const *function, void *handle, Call call) {
     return guarded_call(function, [&] {
@@ -46,10 +46,12 @@ korvo_core_status with_handle(char const *function, void *handle, Call call) {
         if (found.inherited) {
             return KORVO_CORE_STATUS_MULTI_THREAD_ACCESS;
         }
-        Kind *const object = found.object != nullptr ? narrow(*found.object, static_cast<Kind *>(nullptr)) : nullptr;
+        Kind *const object =
+            found.object != nullptr ? narrow(*found.object, static_cast<Kind *>(nullptr)) : nullptr;
         if (object == nullptr) {
-            Log(nullptr).error("%s was called with %p, which is no open messaging handle of the kind it needs",
-                               function, handle);
+            Log(nullptr).error(
+                "%s was called with %p, which is no open messaging handle of the kind it needs", function,
+                handle);
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
         return call(*object);

@@ -12,8 +12,8 @@
 
 namespace platform {
 
-/// What a handle names: handles are numbers and never addresses, so a closed or invented one is noticed, and an
-/// object lives until the last call that uses it has returned.
+/// What a handle names: handles are numbers and never addresses, so a closed or invented one is noticed, and
+/// an object lives until the last call that uses it has returned.
 template <typename Object>
 class HandleTable {
   public:

@@ -5,18 +5,19 @@
 // The client side of the messaging.
 //
 // Who reads. No thread stands between a caller and its socket: the thread that waits for a response reads the
-// socket itself. Each connection has one reader role. Of several threads that wait on a connection one has it; it
-// hands each response to the thread that waits for it, keeps what nobody waits for, and when it leaves it wakes
-// another waiting thread, which takes the role. While a callback is registered there is a messaging thread too,
-// which reads every connection whose role is free, and makes the callbacks. It has no role and no lock during a
-// callback, so a callback may call the core again and read for itself.
+// socket itself. Each connection has one reader role. Of several threads that wait on a connection one has
+// it; it hands each response to the thread that waits for it, keeps what nobody waits for, and when it leaves
+// it wakes another waiting thread, which takes the role. While a callback is registered there is a messaging
+// thread too, which reads every connection whose role is free, and makes the callbacks. It has no role and no
+// lock during a callback, so a callback may call the core again and read for itself.
 //
-// How the messaging thread waits. Its epoll set holds all connections. A thread that takes a reader role switches
-// that connection's interest off, and on again when it leaves; since epoll looks at the level, nothing is missed.
+// How the messaging thread waits. Its epoll set holds all connections. A thread that takes a reader role
+// switches that connection's interest off, and on again when it leaves; since epoll looks at the level,
+// nothing is missed.
 //
 // Locks. One mutex guards all bookkeeping and is never held during a system call that could wait. Each
-// connection's send mutex is held while a frame is written. Order: connect mutex, send mutex, mutex; a sender that
-// finds the socket full reads meanwhile, so that it never waits for somebody who waits for it.
+// connection's send mutex is held while a frame is written. Order: connect mutex, send mutex, mutex; a sender
+// that finds the socket full reads meanwhile, so that it never waits for somebody who waits for it.
 
 #include <condition_variable>
 #include <deque>
@@ -98,7 +99,9 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
         std::size_t bytes = 0;
         DropCounter dropped;
 
-        static std::size_t size_of(Delivery const &delivery) { return delivery.first.size() + delivery.body.size(); }
+        static std::size_t size_of(Delivery const &delivery) {
+            return delivery.first.size() + delivery.body.size();
+        }
         bool has_room(std::size_t more, std::size_t most_items, std::size_t most_bytes) const {
             return items.size() < most_items && more <= most_bytes - std::min(bytes, most_bytes);
         }
@@ -121,7 +124,8 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     korvo_core_status connect(Address const &address, ConnectionPointer &connection);
     korvo_core_status connect_by_name(std::string const &socket_name, std::shared_ptr<Address const> address,
                                       bool knows_target, ConnectionPointer &connection);
-    process::Descriptor open_socket(std::string const &socket_name, Address const &address, korvo_core_status &status);
+    process::Descriptor open_socket(std::string const &socket_name, Address const &address,
+                                    korvo_core_status &status);
     void watch(Connection &connection, bool wanted);
     void lose(Hold &hold, Connection &connection, char const *reason);
     void adopt_subscription(Hold &hold, Connection &connection);
@@ -138,8 +142,8 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     void route_response(Hold &hold, Connection &connection, frame::Frame const &frame);
     void route_event(Hold &hold, Connection &connection, frame::Frame const &frame);
     void keep(Hold &hold, Request &request, Text response);
-    void queue_response(Hold &hold, Route route, void const *owner, std::shared_ptr<Address const> address, Text id,
-                        Text body);
+    void queue_response(Hold &hold, Route route, void const *owner, std::shared_ptr<Address const> address,
+                        Text id, Text body);
     void withdraw(std::string_view request_id);
     static void set_receive_timeout(Connection &connection, int timeout);
 
@@ -149,12 +153,12 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     void stop_polling();
     void watch_folder();
     void run();
-    bool deliver(Hold &hold);
+    void deliver(Hold &hold);
     bool take_delivery(Delivery &delivery, bool &is_event);
-    bool call_response(Hold &hold, Delivery delivery);
-    bool call_event(Hold &hold, Delivery const &delivery);
+    void call_response(Hold &hold, Delivery delivery);
+    void call_event(Hold &hold, Delivery const &delivery);
     template <typename Callback>
-    bool call(Hold &hold, void *context, Callback callback);
+    void call(Hold &hold, void *context, Callback callback);
     void handle_epoll_event(Hold &hold, std::uint64_t tag);
     void wake_thread();
     void wake_receivers();
@@ -188,7 +192,8 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     DropCounter dropped_kept_;
     DropCounter dropped_unknown_;
 
-    /// One per context, in the order in which the contexts came; responses for anyone go to the last registered.
+    /// One per context, in the order in which the contexts came; responses for anyone go to the last
+    /// registered.
     std::vector<Registration<ResponseCallback>> response_callbacks_;
     void *last_response_context_ = nullptr;
     std::vector<Registration<EventCallback>> event_callbacks_;

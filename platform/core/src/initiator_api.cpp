@@ -11,7 +11,8 @@ korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name,
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
         RuntimeFolder folder = RuntimeFolder::from_environment();
-        // Checked here, so that a wrong folder shows when a program starts and not when it first has work to do.
+        // Checked here, so that a wrong folder shows when a program starts and not when it first has work to
+        // do.
         if (!folder.open(Log(logging))) {
             return KORVO_CORE_STATUS_IPC_FAILED;
         }
@@ -21,32 +22,37 @@ korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name,
     });
 }
 
-korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char const *service, char const *target,
-                                                        char const *request_id, char const *command) {
-    return with_handle<Initiator>("korvo_core_ipc_initiator_command_send", messaging, [&](Initiator &initiator) {
-        if (service == nullptr || request_id == nullptr || command == nullptr) {
-            return KORVO_CORE_STATUS_INVALID_PARAMS;
-        }
-        return initiator.send(service, or_empty(target), request_id, command, Initiator::For::anyone, nullptr);
-    });
+korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char const *service,
+                                                        char const *target, char const *request_id,
+                                                        char const *command) {
+    return with_handle<Initiator>("korvo_core_ipc_initiator_command_send", messaging,
+                                  [&](Initiator &initiator) {
+                                      if (service == nullptr || request_id == nullptr || command == nullptr) {
+                                          return KORVO_CORE_STATUS_INVALID_PARAMS;
+                                      }
+                                      return initiator.send(service, or_empty(target), request_id, command,
+                                                            Initiator::For::anyone, nullptr);
+                                  });
 }
 
 korvo_core_status korvo_core_ipc_initiator_response_receive(void *messaging, int timeout, char **service,
-                                                            char **target, char **request_id, char **response) {
-    return with_handle<Initiator>("korvo_core_ipc_initiator_response_receive", messaging, [&](Initiator &initiator) {
-        if (service == nullptr || target == nullptr || request_id == nullptr || response == nullptr) {
-            return KORVO_CORE_STATUS_INVALID_PARAMS;
-        }
-        Initiator::Response received;
-        korvo_core_status const status = initiator.receive_any(timeout, received);
-        if (status == KORVO_CORE_STATUS_NO_ERROR) {
-            *service = received.service.release();
-            *target = received.target.release();
-            *request_id = received.request_id.release();
-            *response = received.response.release();
-        }
-        return status;
-    });
+                                                            char **target, char **request_id,
+                                                            char **response) {
+    return with_handle<Initiator>(
+        "korvo_core_ipc_initiator_response_receive", messaging, [&](Initiator &initiator) {
+            if (service == nullptr || target == nullptr || request_id == nullptr || response == nullptr) {
+                return KORVO_CORE_STATUS_INVALID_PARAMS;
+            }
+            Initiator::Response received;
+            korvo_core_status const status = initiator.receive_any(timeout, received);
+            if (status == KORVO_CORE_STATUS_NO_ERROR) {
+                *service = received.service.release();
+                *target = received.target.release();
+                *request_id = received.request_id.release();
+                *response = received.response.release();
+            }
+            return status;
+        });
 }
 
 korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
@@ -57,15 +63,17 @@ korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
 }
 
 korvo_core_status korvo_core_ipc_initiator_event_subscribe(void *messaging, char const *service) {
-    return with_handle<Initiator>("korvo_core_ipc_initiator_event_subscribe", messaging, [&](Initiator &initiator) {
-        return service == nullptr ? KORVO_CORE_STATUS_INVALID_PARAMS : initiator.subscribe(service);
-    });
+    return with_handle<Initiator>(
+        "korvo_core_ipc_initiator_event_subscribe", messaging, [&](Initiator &initiator) {
+            return service == nullptr ? KORVO_CORE_STATUS_INVALID_PARAMS : initiator.subscribe(service);
+        });
 }
 
 korvo_core_status korvo_core_ipc_initiator_event_unsubscribe(void *messaging, char const *service) {
-    return with_handle<Initiator>("korvo_core_ipc_initiator_event_unsubscribe", messaging, [&](Initiator &initiator) {
-        return service == nullptr ? KORVO_CORE_STATUS_INVALID_PARAMS : initiator.unsubscribe(service);
-    });
+    return with_handle<Initiator>(
+        "korvo_core_ipc_initiator_event_unsubscribe", messaging, [&](Initiator &initiator) {
+            return service == nullptr ? KORVO_CORE_STATUS_INVALID_PARAMS : initiator.unsubscribe(service);
+        });
 }
 
 korvo_core_status korvo_core_ipc_initiator_event_receive_callback(
@@ -82,8 +90,8 @@ korvo_core_status korvo_core_private_command_send(void *messaging, char const *s
         if (service == nullptr || request_id == nullptr || command == nullptr) {
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
-        return initiator.send(service, or_empty(target), request_id, {command, length}, Initiator::For::object,
-                              owner);
+        return initiator.send(service, or_empty(target), request_id, {command, length},
+                              Initiator::For::object, owner);
     });
 }
 

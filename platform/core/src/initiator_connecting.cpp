@@ -40,12 +40,13 @@ Initiator::ConnectionPointer Initiator::find_connection(std::uint64_t serial) {
 }
 
 korvo_core_status Initiator::connect(Address const &address, ConnectionPointer &connection) {
-    return connect_by_name(socket_name(address.service, address.target), std::make_shared<Address const>(address), true,
-                           connection);
+    return connect_by_name(socket_name(address.service, address.target),
+                           std::make_shared<Address const>(address), true, connection);
 }
 
-korvo_core_status Initiator::connect_by_name(std::string const &socket_name, std::shared_ptr<Address const> address,
-                                             bool knows_target, ConnectionPointer &connection) {
+korvo_core_status Initiator::connect_by_name(std::string const &socket_name,
+                                             std::shared_ptr<Address const> address, bool knows_target,
+                                             ConnectionPointer &connection) {
     std::lock_guard<std::mutex> const only_one(connect_mutex_);
     std::uint64_t serial = 0;
     {
@@ -69,8 +70,8 @@ korvo_core_status Initiator::connect_by_name(std::string const &socket_name, std
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
         return status;
     }
-    auto const made =
-        std::make_shared<Connection>(std::move(socket), serial, socket_name, std::move(address), knows_target);
+    auto const made = std::make_shared<Connection>(std::move(socket), serial, socket_name, std::move(address),
+                                                   knows_target);
     bool subscribe = false;
     {
         Hold hold(mutex_, log_);
@@ -115,9 +116,11 @@ process::Descriptor Initiator::open_socket(std::string const &socket_name, Addre
         log_.error("cannot make a socket: %s", error_text(errno).c_str());
         return {};
     }
-    if (::connect(socket.get(), reinterpret_cast<sockaddr const *>(&*socket_address), sizeof *socket_address) != 0) {
+    if (::connect(socket.get(), reinterpret_cast<sockaddr const *>(&*socket_address),
+                  sizeof *socket_address) != 0) {
         if (errno == ENOENT || errno == ECONNREFUSED) {
-            log_.info("service %s, target \"%s\" is not there", address.service.c_str(), address.target.c_str());
+            log_.info("service %s, target \"%s\" is not there", address.service.c_str(),
+                      address.target.c_str());
             status = KORVO_CORE_STATUS_DISABLED_TARGET;
         } else {
             log_.error("cannot connect to service %s, target \"%s\": %s", address.service.c_str(),
@@ -161,13 +164,15 @@ void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
             hold.warn("lost the connection to service " + service + " (" + reason +
                       "): its events are missed until it is back");
             auto const now = Clock::now();
-            auto const due = now - connection.made < limits::reconnect_pause ? now + limits::reconnect_pause : now;
+            auto const due =
+                now - connection.made < limits::reconnect_pause ? now + limits::reconnect_pause : now;
             lost_subscriptions_[connection.socket_name] = LostSubscription{service, now, due};
             wake_thread();
         }
     }
-    auto const place = std::find_if(connections_.begin(), connections_.end(),
-                                    [&](ConnectionPointer const &other) { return other.get() == &connection; });
+    auto const place =
+        std::find_if(connections_.begin(), connections_.end(),
+                     [&](ConnectionPointer const &other) { return other.get() == &connection; });
     if (place != connections_.end()) {
         connections_.erase(place);
     }

@@ -60,7 +60,8 @@ korvo_core_status Initiator::set_response_callback(ResponseCallback callback, vo
     if (callback == nullptr) {
         remove(response_callbacks_, context);
         if (find(response_callbacks_, last_response_context_) == response_callbacks_.end()) {
-            last_response_context_ = response_callbacks_.empty() ? nullptr : response_callbacks_.back().context;
+            last_response_context_ =
+                response_callbacks_.empty() ? nullptr : response_callbacks_.back().context;
         }
         wait_for_callback(hold, context);
         return KORVO_CORE_STATUS_NO_ERROR;
@@ -105,7 +106,8 @@ void Initiator::wait_for_callback(Hold &hold, void *context) {
     }
     std::uint64_t const number = calling_number_;
     called_.wait(hold.mutex(), [&] {
-        return !is_calling_ || calling_number_ != number || (context != nullptr && calling_context_ != context);
+        return !is_calling_ || calling_number_ != number ||
+               (context != nullptr && calling_context_ != context);
     });
 }
 
@@ -168,9 +170,7 @@ void Initiator::run() {
     Hold hold(mutex_, log_);
     for (;;) {
         try {
-            if (!deliver(hold)) {
-                return;
-            }
+            deliver(hold);
             if (is_closing_ || !has_callbacks()) {
                 break;
             }
@@ -215,15 +215,16 @@ void Initiator::handle_epoll_event(Hold &hold, std::uint64_t tag) {
     (void)read(hold, *connection, MSG_DONTWAIT);
 }
 
-bool Initiator::deliver(Hold &hold) {
+void Initiator::deliver(Hold &hold) {
     Delivery delivery;
     bool is_event = false;
     while (!is_closing_ && take_delivery(delivery, is_event)) {
-        if (!(is_event ? call_event(hold, delivery) : call_response(hold, std::move(delivery)))) {
-            return false;
+        if (is_event) {
+            call_event(hold, delivery);
+        } else {
+            call_response(hold, std::move(delivery));
         }
     }
-    return true;
 }
 
 bool Initiator::take_delivery(Delivery &delivery, bool &is_event) {
@@ -242,15 +243,16 @@ bool Initiator::take_delivery(Delivery &delivery, bool &is_event) {
     return true;
 }
 
-bool Initiator::call_response(Hold &hold, Delivery delivery) {
+void Initiator::call_response(Hold &hold, Delivery delivery) {
     auto const registration =
-        find(response_callbacks_, delivery.route == Route::owner_callback ? delivery.owner : last_response_context_);
+        find(response_callbacks_,
+             delivery.route == Route::owner_callback ? delivery.owner : last_response_context_);
     if (registration == response_callbacks_.end()) {
-        return true;
+        return;
     }
     ResponseCallback const callback = registration->callback;
     void *const context = registration->context;
-    return call(hold, context, [&] {
+    call(hold, context, [&] {
         LentText service(delivery.address->service);
         LentText target(delivery.address->target);
         LentText request_id(std::move(delivery.first));
@@ -259,29 +261,24 @@ bool Initiator::call_response(Hold &hold, Delivery delivery) {
     });
 }
 
-bool Initiator::call_event(Hold &hold, Delivery const &delivery) {
+void Initiator::call_event(Hold &hold, Delivery const &delivery) {
     auto const registrations = event_callbacks_;
     for (auto const &[callback, context] : registrations) {
         // A callback may have unregistered one that comes after it.
         if (is_closing_ || find(event_callbacks_, context) == event_callbacks_.end()) {
             continue;
         }
-        bool const is_here = call(hold, context, [&, callback = callback, context = context] {
+        call(hold, context, [&, callback = callback, context = context] {
             LentText service(delivery.address->service);
             LentText source(delivery.first.view());
             LentText event(delivery.body.view());
             callback(service.address(), source.address(), event.address(), context);
         });
-        if (!is_here) {
-            return false;
-        }
     }
-    return true;
 }
 
-/// Returns false in a process that the callback has forked: nothing of the initiator may be touched there.
 template <typename Callback>
-bool Initiator::call(Hold &hold, void *context, Callback callback) {
+void Initiator::call(Hold &hold, void *context, Callback callback) {
     is_calling_ = true;
     calling_context_ = context;
     ++calling_number_;
@@ -293,13 +290,10 @@ bool Initiator::call(Hold &hold, void *context, Callback callback) {
     } catch (...) {
         log_.error("a callback threw something that is no exception");
     }
-    if (process::generation() != generation_) {
-        return false;
-    }
+    process::end_orphan(generation_);
     hold.lock();
     is_calling_ = false;
     called_.notify_all();
-    return true;
 }
 
 void Initiator::wake_thread() {

@@ -166,8 +166,8 @@ Initiator::ReadResult Initiator::read(Hold &hold, Connection &connection, int fl
             case frame::Decoder::Result::incomplete:
                 return ReadResult::some;
             case frame::Decoder::Result::broken:
-                hold.warn("service " + connection.address->service + " sent a broken frame: " +
-                          connection.decoder.problem());
+                hold.warn("service " + connection.address->service +
+                          " sent a broken frame: " + connection.decoder.problem());
                 lose(hold, connection, "it sent a broken frame");
                 return ReadResult::lost;
         }
@@ -189,8 +189,9 @@ void Initiator::route_response(Hold &hold, Connection &connection, frame::Frame 
     // Only the service that was asked may answer.
     if (request == nullptr || request->connection != connection.serial) {
         if (dropped_unknown_.count()) {
-            hold.warn("service " + connection.address->service + " answered a request that is unknown, or known no " +
-                      "longer; dropped (" + std::to_string(dropped_unknown_.total()) + " so far)");
+            hold.warn("service " + connection.address->service +
+                      " answered a request that is unknown, or known no " + "longer; dropped (" +
+                      std::to_string(dropped_unknown_.total()) + " so far)");
         }
         return;
     }
@@ -263,13 +264,13 @@ void Initiator::keep(Hold &hold, Request &request, Text response) {
         tell = dropped_kept_.count() || tell;
     }
     if (tell) {
-        hold.warn("responses are not received; the oldest were dropped (" + std::to_string(dropped_kept_.total()) +
-                  " so far)");
+        hold.warn("responses are not received; the oldest were dropped (" +
+                  std::to_string(dropped_kept_.total()) + " so far)");
     }
 }
 
-void Initiator::queue_response(Hold &hold, Route route, void const *owner, std::shared_ptr<Address const> address,
-                               Text id, Text body) {
+void Initiator::queue_response(Hold &hold, Route route, void const *owner,
+                               std::shared_ptr<Address const> address, Text id, Text body) {
     if (!waiting_responses_.has_room(id.size() + body.size(), limits::waiting_responses,
                                      limits::waiting_response_bytes)) {
         if (waiting_responses_.dropped.count()) {

@@ -19,8 +19,9 @@ constexpr int look_again_ms = 20;
 
 }  // namespace
 
-korvo_core_status Initiator::send(std::string_view service, std::string_view target, std::string_view request_id,
-                                  std::string_view command, For purpose, void const *owner) {
+korvo_core_status Initiator::send(std::string_view service, std::string_view target,
+                                  std::string_view request_id, std::string_view command, For purpose,
+                                  void const *owner) {
     Route route = Route::anyone;
     if (purpose == For::object) {
         route = announcements::take(serial_, owner) ? Route::owner_callback : Route::receiver;
@@ -55,8 +56,9 @@ korvo_core_status Initiator::send(std::string_view service, std::string_view tar
         }
         if (Request *const earlier = requests_.find(request_id)) {
             if (earlier->waiter != nullptr) {
-                hold.warn("a command was not sent: a thread waits for the response to an earlier one with the "
-                          "same request identifier");
+                hold.warn(
+                    "a command was not sent: a thread waits for the response to an earlier one with the "
+                    "same request identifier");
                 return KORVO_CORE_STATUS_MULTI_THREAD_ACCESS;
             }
             requests_.erase(*earlier);

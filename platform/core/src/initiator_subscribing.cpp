@@ -40,7 +40,8 @@ korvo_core_status Initiator::unsubscribe(std::string_view service) {
             return KORVO_CORE_STATUS_IPC_FAILED;
         }
         if (subscriptions_.erase(std::string(service)) == 0) {
-            hold.warn("cannot unsubscribe from service " + std::string(service) + ": it is not subscribed to");
+            hold.warn("cannot unsubscribe from service " + std::string(service) +
+                      ": it is not subscribed to");
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
         for (auto lost = lost_subscriptions_.begin(); lost != lost_subscriptions_.end();) {

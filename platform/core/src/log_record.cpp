@@ -4,8 +4,8 @@
 #include <strings.h>
 #include <time.h>
 
-#include <array>
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -69,7 +69,8 @@ korvo_core_log_priority priority_from(char const *text, korvo_core_log_priority 
     if (text[0] >= '0' && text[0] <= '7' && text[1] == '\0') {
         return static_cast<korvo_core_log_priority>(text[0] - '0');
     }
-    for (unsigned int value = KORVO_CORE_LOG_PRIORITY_EMERG; value <= KORVO_CORE_LOG_PRIORITY_DEBUG; ++value) {
+    for (unsigned int value = KORVO_CORE_LOG_PRIORITY_EMERG; value <= KORVO_CORE_LOG_PRIORITY_DEBUG;
+         ++value) {
         if (strcasecmp(text, names.at(value)) == 0) {
             return static_cast<korvo_core_log_priority>(value);
         }
@@ -94,7 +95,8 @@ std::string line(korvo_core_log_priority priority, std::string_view name, std::s
     (void)strftime(date.data(), date.size(), "%Y-%m-%dT%H:%M:%S", &local);
     (void)strftime(zone.data(), zone.size(), "%z", &local);
     std::array<char, 64> stamp;
-    (void)std::snprintf(stamp.data(), stamp.size(), "%s.%03ld%s", date.data(), now.tv_nsec / 1000000, zone.data());
+    (void)std::snprintf(stamp.data(), stamp.size(), "%s.%03ld%s", date.data(), now.tv_nsec / 1000000,
+                        zone.data());
 
     std::string record = stamp.data();
     record += ' ';

@@ -20,12 +20,12 @@ std::string one_line(std::string_view text);
 /// "emerg" to "debug", "audit", "notset", or "priority N" for other values.
 std::string priority_name(korvo_core_log_priority priority);
 
-/// Reads what KORVO_LOG_LEVEL holds: a name as above or a number from 0 to 7. NULL, an empty text and everything
-/// else give `otherwise`.
+/// Reads what KORVO_LOG_LEVEL holds: a name as above or a number from 0 to 7. NULL, an empty text and
+/// everything else give `otherwise`.
 korvo_core_log_priority priority_from(char const *text, korvo_core_log_priority otherwise);
 
-/// Whether a record of `priority` is written when `level` is the last one wanted. Audit records always are; one
-/// without a priority, or with an unknown one, counts as debug.
+/// Whether a record of `priority` is written when `level` is the last one wanted. Audit records always are;
+/// one without a priority, or with an unknown one, counts as debug.
 bool is_wanted(korvo_core_log_priority priority, korvo_core_log_priority level);
 
 /// One line, its end included: local time, priority, process[name], text.

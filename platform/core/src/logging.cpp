@@ -32,7 +32,7 @@ class Logger {
 
     void write(korvo_core_log_priority priority, std::string_view text) const {
         if (to_syslog_) {
-            int const level = priority <= KORVO_CORE_LOG_PRIORITY_DEBUG    ? static_cast<int>(priority)
+            int const level = priority <= KORVO_CORE_LOG_PRIORITY_DEBUG   ? static_cast<int>(priority)
                               : priority == KORVO_CORE_LOG_PRIORITY_AUDIT ? LOG_NOTICE
                                                                           : LOG_DEBUG;
             syslog(level, "%s: %s", name_.c_str(), log_record::one_line(text).c_str());
@@ -67,6 +67,9 @@ Logger const &default_logger() {
     return *logger;
 }
 
+void write_formatted(void *handle, korvo_core_log_priority priority, char const *format, va_list arguments)
+    KORVO_CORE_PRINTF(3, 0);
+
 void write_formatted(void *handle, korvo_core_log_priority priority, char const *format, va_list arguments) {
     // A callback that logs may be reading errno of its own work.
     int const kept_errno = errno;
@@ -78,7 +81,11 @@ void write_formatted(void *handle, korvo_core_log_priority priority, char const 
     errno = kept_errno;
 }
 
-void write_own(void *handle, korvo_core_log_priority priority, char const *format, va_list arguments) noexcept {
+void write_own(void *handle, korvo_core_log_priority priority, char const *format, va_list arguments) noexcept
+    KORVO_CORE_PRINTF(3, 0);
+
+void write_own(void *handle, korvo_core_log_priority priority, char const *format,
+               va_list arguments) noexcept {
     try {
         write_formatted(handle, priority, format, arguments);
     } catch (...) {
@@ -137,7 +144,8 @@ korvo_core_status korvo_core_logging_deinit(void *logging) {
     return found.object != nullptr ? KORVO_CORE_STATUS_NO_ERROR : KORVO_CORE_STATUS_INVALID_PARAMS;
 }
 
-korvo_core_status korvo_core_logging_is_priority_active(void *logging, korvo_core_log_priority priority, int *active) {
+korvo_core_status korvo_core_logging_is_priority_active(void *logging, korvo_core_log_priority priority,
+                                                        int *active) {
     if (active == nullptr) {
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
@@ -149,7 +157,8 @@ korvo_core_status korvo_core_logging_is_priority_active(void *logging, korvo_cor
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority priority, char const *format, ...) {
+korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority priority, char const *format,
+                                         ...) {
     if (format == nullptr) {
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
@@ -160,7 +169,8 @@ korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority 
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority, char const *format, va_list arguments) {
+void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority, char const *format,
+                             va_list arguments) {
     if (format != nullptr) {
         write_own(logging, priority, format, arguments);
     }

@@ -8,8 +8,9 @@
 
 namespace platform {
 
-/// Where the core writes its own lines: the logging handle that a messaging handle was opened with. Writing to a
-/// handle that was closed meanwhile goes to the default logger. Never throws and takes no lock while it writes.
+/// Where the core writes its own lines: the logging handle that a messaging handle was opened with. Writing
+/// to a handle that was closed meanwhile goes to the default logger. Never throws and takes no lock while it
+/// writes.
 class Log {
   public:
     explicit Log(void *handle) : handle_(handle) {}

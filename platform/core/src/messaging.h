@@ -17,8 +17,8 @@ class Messaging {
     Messaging(Messaging const &) = delete;
     Messaging &operator=(Messaging const &) = delete;
 
-    /// Ends all traffic: calls that wait in other threads return, connections are closed, and no callback is made
-    /// any more. Waits for a callback that is running, unless it is the one that called. Called once.
+    /// Ends all traffic: calls that wait in other threads return, connections are closed, and no callback is
+    /// made any more. Waits for a callback that is running, unless it is the one that called. Called once.
     virtual void close() = 0;
 
     virtual Initiator *as_initiator() { return nullptr; }

@@ -39,7 +39,8 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
     }
     (void)unlinkat(folder_.get(), unfinished.c_str(), 0);
     process::Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!listener || bind(listener.get(), reinterpret_cast<sockaddr const *>(&*address), sizeof *address) != 0 ||
+    if (!listener ||
+        bind(listener.get(), reinterpret_cast<sockaddr const *>(&*address), sizeof *address) != 0 ||
         listen(listener.get(), SOMAXCONN) != 0 ||
         renameat(folder_.get(), unfinished.c_str(), folder_.get(), socket_name.c_str()) != 0) {
         log.error("%s cannot listen in the runtime folder %s: %s", owner.c_str(), folder.path().c_str(),
@@ -54,22 +55,24 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
 bool NameClaim::lock(std::string const &owner, Log const &log) {
     std::string const lock_name = socket_name_ + lock_suffix;
     for (;;) {
-        process::Descriptor file(
-            openat(folder_.get(), lock_name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+        process::Descriptor file(openat(folder_.get(), lock_name.c_str(),
+                                        O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
         if (!file) {
             log.error("%s cannot make its lock file: %s", owner.c_str(), error_text(errno).c_str());
             return false;
         }
         if (flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
             if (errno == EWOULDBLOCK) {
-                log.error("%s is already running; stop it, or choose another target or another KORVO_RUNTIME_DIR",
-                          owner.c_str());
+                log.error(
+                    "%s is already running; stop it, or choose another target or another KORVO_RUNTIME_DIR",
+                    owner.c_str());
             } else {
                 log.error("%s cannot lock its name: %s", owner.c_str(), error_text(errno).c_str());
             }
             return false;
         }
-        // The one who had the name may have removed the file between the two calls; then this lock is on nothing.
+        // The one who had the name may have removed the file between the two calls; then this lock is on
+        // nothing.
         struct stat locked = {};
         struct stat visible = {};
         if (fstat(file.get(), &locked) == 0 &&

@@ -10,8 +10,9 @@
 
 namespace platform {
 
-/// A service's hold on its name: a lock file that says that the name is taken, and the socket that listens under it.
-/// A process that dies loses the lock by itself; the socket file it leaves is replaced by the next one.
+/// A service's hold on its name: a lock file that says that the name is taken, and the socket that listens
+/// under it. A process that dies loses the lock by itself; the socket file it leaves is replaced by the next
+/// one.
 class NameClaim {
   public:
     NameClaim() = default;
@@ -20,9 +21,10 @@ class NameClaim {
     NameClaim(NameClaim const &) = delete;
     NameClaim &operator=(NameClaim const &) = delete;
 
-    /// Locks the name and listens. Returns false, and logs why in terms of `owner`, when that fails; another live
-    /// process that has the name is one reason. A socket that can be seen in the folder always listens.
-    bool take(RuntimeFolder const &folder, std::string const &socket_name, std::string const &owner, Log const &log);
+    /// Locks the name and listens. Returns false, and logs why in terms of `owner`, when that fails; another
+    /// live process that has the name is one reason. A socket that can be seen in the folder always listens.
+    bool take(RuntimeFolder const &folder, std::string const &socket_name, std::string const &owner,
+              Log const &log);
 
     /// Removes the socket and gives the name back.
     void release() noexcept;

@@ -12,8 +12,8 @@
 
 namespace platform {
 
-/// Holds a mutex and collects the log lines of the work done under it; they are written after the mutex is free,
-/// since whoever reads the log may be slow or stopped.
+/// Holds a mutex and collects the log lines of the work done under it; they are written after the mutex is
+/// free, since whoever reads the log may be slow or stopped.
 class Hold {
   public:
     Hold(std::mutex &mutex, Log const &log) : lock_(mutex), log_(log) {}
@@ -50,8 +50,8 @@ class Hold {
     std::vector<std::string> notes_;
 };
 
-/// Counts what was dropped, and says when to tell of it: at the 1st, 2nd, 4th, 8th and so on, so that a flood does
-/// not become a flood of log lines.
+/// Counts what was dropped, and says when to tell of it: at the 1st, 2nd, 4th, 8th and so on, so that a flood
+/// does not become a flood of log lines.
 class DropCounter {
   public:
     bool count() {

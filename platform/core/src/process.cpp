@@ -74,6 +74,12 @@ unsigned int generation() noexcept {
     return current_generation.load(std::memory_order_relaxed);
 }
 
+void end_orphan(unsigned int generation_of_thread) noexcept {
+    if (generation_of_thread != generation()) {
+        _exit(0);
+    }
+}
+
 ForkSafeMutex::ForkSafeMutex() {
     State &shared = state();
     std::lock_guard<std::mutex> const lock(shared.mutex);

@@ -2,10 +2,11 @@
 #ifndef KORVO_PLATFORM_PROCESS_H
 #define KORVO_PLATFORM_PROCESS_H
 
-// What a fork means for the core. The child gets copies of all objects, but not the threads that used them and no
-// promise about their locks. So everything made before a fork belongs to an earlier generation, which the child
-// recognises without a lock and leaves alone. Its copies of the descriptors are closed at once: a connection that
-// only a child still holds would look alive to the peer, and a service's name would stay taken.
+// What a fork means for the core. The child gets copies of all objects, but not the threads that used them
+// and no promise about their locks. So everything made before a fork belongs to an earlier generation, which
+// the child recognises without a lock and leaves alone. Its copies of the descriptors are closed at once: a
+// connection that only a child still holds would look alive to the peer, and a service's name would stay
+// taken.
 
 #include <mutex>
 
@@ -14,9 +15,10 @@ namespace platform::process {
 /// Grows by one in a child process; what was made under another number is inherited.
 unsigned int generation() noexcept;
 
-/// Thrown on a thread of the core that finds itself in a child process after a callback: what it was doing belongs to
-/// the parent, so it ends without touching anything.
-struct Orphaned {};
+/// To be called after a callback on a thread of the core, with the generation that the thread was started in. A
+/// callback may have forked; then this is the only thread of the child, what it was doing belongs to the
+/// parent, and the child ends here, without exit handlers and with status 0.
+void end_orphan(unsigned int generation_of_thread) noexcept;
 
 /// A mutex that is free in a child process whatever other threads of the parent did while it forked. Only for
 /// objects that live as long as the process. Locked in the order of construction.

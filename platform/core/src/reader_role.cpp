@@ -7,7 +7,8 @@
 
 namespace platform {
 
-Initiator::ReaderRole::ReaderRole(Hold &hold, Initiator &initiator, Connection &connection, bool by_messaging_thread)
+Initiator::ReaderRole::ReaderRole(Hold &hold, Initiator &initiator, Connection &connection,
+                                  bool by_messaging_thread)
     : hold_(hold), initiator_(initiator), connection_(connection), by_messaging_thread_(by_messaging_thread) {
     connection_.has_reader = true;
     set_interest(0);

@@ -6,11 +6,13 @@
 
 namespace platform {
 
-/// Has the reader role of a connection, which must be free, from construction to destruction. Both happen with the
-/// initiator's mutex held; between them the thread may release it to read. The connection must outlive the role.
+/// Has the reader role of a connection, which must be free, from construction to destruction. Both happen
+/// with the initiator's mutex held; between them the thread may release it to read. The connection must
+/// outlive the role.
 class Initiator::ReaderRole {
   public:
-    /// @param by_messaging_thread  the thread that waits on the epoll set is the one that reads, so the set need
+    /// @param by_messaging_thread  the thread that waits on the epoll set is the one that reads, so the set
+    /// need
     ///                             not change.
     ReaderRole(Hold &hold, Initiator &initiator, Connection &connection, bool by_messaging_thread = false);
     ~ReaderRole();

@@ -69,7 +69,8 @@ void RequestTable::remember_answered(Request &request, Text copy) {
     request.response = std::move(copy);
     request.shelf = Request::Shelf::answered;
     answered_.put(request);
-    while (answered_.count > limits::answered_responses || answered_.bytes > limits::answered_response_bytes) {
+    while (answered_.count > limits::answered_responses ||
+           answered_.bytes > limits::answered_response_bytes) {
         erase(answered_.list.front());
     }
 }

@@ -42,7 +42,8 @@ enum class Route {
 };
 
 /// One command that was sent, from then until its response has been taken.
-struct Request : boost::intrusive::list_base_hook<boost::intrusive::link_mode<boost::intrusive::auto_unlink>> {
+struct Request
+    : boost::intrusive::list_base_hook<boost::intrusive::link_mode<boost::intrusive::auto_unlink>> {
     enum class Shelf { outstanding, kept, answered };
 
     std::string_view id;
@@ -62,11 +63,11 @@ class RequestTable {
     /// The request, or NULL.
     Request *find(std::string_view id);
 
-    /// Adds an outstanding request; the identifier must not be in the table. When the table is full, the oldest
-    /// outstanding request that nobody waits for makes room; its response will be dropped. Returns whether the
-    /// request was added: false when every request in the table is being waited for.
-    bool add(std::string_view id, std::uint64_t connection, std::shared_ptr<Address const> address, Route route,
-             void const *owner);
+    /// Adds an outstanding request; the identifier must not be in the table. When the table is full, the
+    /// oldest outstanding request that nobody waits for makes room; its response will be dropped. Returns
+    /// whether the request was added: false when every request in the table is being waited for.
+    bool add(std::string_view id, std::uint64_t connection, std::shared_ptr<Address const> address,
+             Route route, void const *owner);
 
     /// Keeps the response of an outstanding request until it is taken. Returns how many older ones had to go.
     unsigned int keep(Request &request, Text response);

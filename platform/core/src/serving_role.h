@@ -10,8 +10,8 @@ namespace platform {
 constexpr std::uint64_t wake_tag = 0;
 constexpr std::uint64_t listener_tag = 1;
 
-/// Makes the calling thread the one that serves, which nobody else may be, while it lives. The mutex is held at
-/// both ends; between them the thread releases it to serve.
+/// Makes the calling thread the one that serves, which nobody else may be, while it lives. The mutex is held
+/// at both ends; between them the thread releases it to serve.
 class Target::ServingRole {
   public:
     ServingRole(Hold &hold, Target &target) : hold_(hold), target_(target) { target_.is_serving_ = true; }

@@ -4,17 +4,20 @@
 
 // The service side of the messaging.
 //
-// One thread at a time serves: it waits for the sockets of all initiators, accepts new ones, reads commands and
-// writes what their sockets would not take before. While a command callback is registered that is a thread of the
-// target's own; otherwise it is whoever polls for commands, and whoever sends, for a moment each time.
+// One thread at a time serves: it waits for the sockets of all initiators, accepts new ones, reads commands
+// and writes what their sockets would not take before. While a command callback is registered that is a
+// thread of the target's own; otherwise it is whoever polls for commands, and whoever sends, for a moment
+// each time.
 //
-// Nobody ever waits for an initiator. What a socket does not take stays in that initiator's outgoing queue, which is
-// bounded; a stopped initiator loses events, and in the end its connection, and delays nobody else.
+// Nobody ever waits for an initiator. What a socket does not take stays in that initiator's outgoing queue,
+// which is bounded; a stopped initiator loses events, and in the end its connection, and delays nobody else.
 //
-// What the serving thread sends while it handles one initiator's commands is gathered and leaves in one piece.
+// What the serving thread sends while it handles one initiator's commands is gathered and leaves in one
+// piece.
 //
-// Locks. One mutex guards the table of peers and the queue of commands, each peer's own mutex its outgoing queue.
-// Order: mutex, peer's mutex. Neither is held during a system call that could wait, or during a callback.
+// Locks. One mutex guards the table of peers and the queue of commands, each peer's own mutex its outgoing
+// queue. Order: mutex, peer's mutex. Neither is held during a system call that could wait, or during a
+// callback.
 
 #include <atomic>
 #include <condition_variable>
@@ -56,7 +59,8 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
 
     korvo_core_status receive(int timeout, Command &command);
     korvo_core_status set_command_callback(CommandCallback callback, void *context);
-    korvo_core_status send_response(std::string_view source, std::string_view request_id, std::string_view response);
+    korvo_core_status send_response(std::string_view source, std::string_view request_id,
+                                    std::string_view response);
     korvo_core_status send_event(std::string_view event);
 
     void close() override;
@@ -82,8 +86,8 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
         std::string outgoing;
         /// How much of `outgoing` has left already.
         std::size_t sent = 0;
-        /// The serving thread will send, for one of three reasons: it gathers what it sends itself, another thread
-        /// has asked it to, or the socket is full.
+        /// The serving thread will send, for one of three reasons: it gathers what it sends itself, another
+        /// thread has asked it to, or the socket is full.
         bool is_gathered = false;
         bool is_arranged = false;
         bool is_blocked = false;
@@ -110,8 +114,8 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     /// How soon a frame must leave: an event may wait until the serving thread comes to it.
     enum class Urgency { now, soon };
     enum class PassResult { done, arrange, too_much, gone };
-    PassResult pass_on(PeerPointer const &peer, frame::Type type, std::string_view first, std::string_view second,
-                       Urgency urgency);
+    PassResult pass_on(PeerPointer const &peer, frame::Type type, std::string_view first,
+                       std::string_view second, Urgency urgency);
     enum class FlushResult { done, blocked, gone };
     FlushResult flush(Peer &peer);
     void flush_or_drop(PeerPointer const &peer);
@@ -149,6 +153,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     bool is_serving_ = false;
     std::condition_variable served_;
     std::unordered_map<std::uint64_t, PeerPointer> peers_;
+    DropCounter refused_peers_;
     /// Replaced as a whole, so that a publisher can use it without the mutex.
     std::shared_ptr<std::vector<PeerPointer> const> subscribers_;
     std::uint64_t next_peer_ = 16;

@@ -7,8 +7,8 @@
 
 using namespace platform;
 
-korvo_core_status korvo_core_ipc_target_init(void *logging, char const *service, char const *target, char const *name,
-                                             void **messaging) {
+korvo_core_status korvo_core_ipc_target_init(void *logging, char const *service, char const *target,
+                                             char const *name, void **messaging) {
     return guarded_call("korvo_core_ipc_target_init", [&] {
         if (messaging == nullptr || service == nullptr) {
             return KORVO_CORE_STATUS_INVALID_PARAMS;
@@ -32,7 +32,8 @@ korvo_core_status korvo_core_ipc_target_command_receive(void *messaging, unsigne
         // A caller's -1 arrives here as the largest value and means what it means for an initiator.
         constexpr unsigned int longest = std::numeric_limits<int>::max();
         Target::Command received;
-        korvo_core_status const status = target.receive(timeout > longest ? -1 : static_cast<int>(timeout), received);
+        korvo_core_status const status =
+            target.receive(timeout > longest ? -1 : static_cast<int>(timeout), received);
         if (status == KORVO_CORE_STATUS_NO_ERROR) {
             *source = received.source.release();
             *request_id = received.request_id.release();
@@ -42,15 +43,15 @@ korvo_core_status korvo_core_ipc_target_command_receive(void *messaging, unsigne
     });
 }
 
-korvo_core_status korvo_core_ipc_target_command_receive_callback(void *messaging,
-                                                                 void (*callback)(char **, char **, char **, void *),
-                                                                 void *context) {
-    return with_handle<Target>("korvo_core_ipc_target_command_receive_callback", messaging,
-                               [&](Target &target) { return target.set_command_callback(callback, context); });
+korvo_core_status korvo_core_ipc_target_command_receive_callback(
+    void *messaging, void (*callback)(char **, char **, char **, void *), void *context) {
+    return with_handle<Target>(
+        "korvo_core_ipc_target_command_receive_callback", messaging,
+        [&](Target &target) { return target.set_command_callback(callback, context); });
 }
 
-korvo_core_status korvo_core_ipc_target_response_send(void *messaging, char const *source, char const *request_id,
-                                                      char const *response) {
+korvo_core_status korvo_core_ipc_target_response_send(void *messaging, char const *source,
+                                                      char const *request_id, char const *response) {
     return with_handle<Target>("korvo_core_ipc_target_response_send", messaging, [&](Target &target) {
         if (source == nullptr || request_id == nullptr || response == nullptr) {
             return KORVO_CORE_STATUS_INVALID_PARAMS;

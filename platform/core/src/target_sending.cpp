@@ -20,8 +20,9 @@ korvo_core_status Target::send_response(std::string_view source, std::string_vie
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     PeerPointer const peer = find_peer(source);
-    PassResult const result = peer == nullptr ? PassResult::gone
-                                              : pass_on(peer, frame::Type::response, request_id, response, Urgency::now);
+    PassResult const result = peer == nullptr
+                                  ? PassResult::gone
+                                  : pass_on(peer, frame::Type::response, request_id, response, Urgency::now);
     switch (result) {
         case PassResult::done:
         case PassResult::arrange:
@@ -32,7 +33,8 @@ korvo_core_status Target::send_response(std::string_view source, std::string_vie
         case PassResult::gone:
             break;
     }
-    log_.info("a response of service %s was not sent: the initiator that it is for is gone", service_.c_str());
+    log_.info("a response of service %s was not sent: the initiator that it is for is gone",
+              service_.c_str());
     return KORVO_CORE_STATUS_DISABLED_TARGET;
 }
 

@@ -114,8 +114,6 @@ void Target::run() {
             hold.unlock();
             serve(-1);
             hold.lock();
-        } catch (process::Orphaned) {
-            return;
         } catch (std::exception const &error) {
             if (!hold.owns_lock()) {
                 hold.lock();
@@ -190,8 +188,9 @@ void Target::serve(int timeout) {
 }
 
 void Target::accept_peers() {
-    for (;;) {
-        process::Descriptor connected(accept4(claim_.listener(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+    for (unsigned int accepted = 0; accepted < limits::accepted_at_once; ++accepted) {
+        process::Descriptor connected(
+            accept4(claim_.listener(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!connected) {
             if (errno == EAGAIN || errno == EWOULDBLOCK) {
                 return;
@@ -200,7 +199,8 @@ void Target::accept_peers() {
                 continue;
             }
             log_.error("cannot accept a connection: %s", error_text(errno).c_str());
-            // The listener stays readable; it is left alone for a while, or this thread would do nothing else.
+            // The listener stays readable; it is left alone for a while, or this thread would do nothing
+            // else.
             epoll_event event = {};
             event.data.u64 = listener_tag;
             (void)epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, claim_.listener(), &event);
@@ -212,8 +212,11 @@ void Target::accept_peers() {
         }
         Hold hold(mutex_, log_);
         if (peers_.size() >= limits::peers) {
-            hold.warn("refused an initiator: service " + service_ + " has " + std::to_string(limits::peers) +
-                      " already");
+            if (refused_peers_.count()) {
+                hold.warn("refused an initiator: service " + service_ + " has " +
+                          std::to_string(limits::peers) + " already; " +
+                          std::to_string(refused_peers_.total()) + " refused so far");
+            }
             continue;
         }
         std::uint64_t const number = next_peer_++;
@@ -274,7 +277,8 @@ void Target::handle(PeerPointer const &peer, frame::Frame const &frame) {
             break;
         case frame::Type::response:
         case frame::Type::event:
-            log_.warning("an initiator of service %s sent what only services send; ignored", service_.c_str());
+            log_.warning("an initiator of service %s sent what only services send; ignored",
+                         service_.c_str());
             break;
     }
 }
@@ -307,9 +311,7 @@ void Target::call(Hold &hold, Command command) {
     } catch (...) {
         log_.error("a command callback threw something that is no exception");
     }
-    if (process::generation() != generation_) {
-        throw process::Orphaned();
-    }
+    process::end_orphan(generation_);
     hold.lock();
 }
 

@@ -17,7 +17,8 @@ class Text {
     Text() = default;
 
     /// Copies `view`; throws std::bad_alloc.
-    explicit Text(std::string_view view) : block_(static_cast<char *>(std::malloc(view.size() + 1))), size_(view.size()) {
+    explicit Text(std::string_view view)
+        : block_(static_cast<char *>(std::malloc(view.size() + 1))), size_(view.size()) {
         if (block_ == nullptr) {
             throw std::bad_alloc();
         }

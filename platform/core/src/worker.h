@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Starts a thread that receives no signals: a process's handlers run on threads that it knows of. `name` is what
-/// tools show, at most 15 characters. Throws std::system_error.
+/// Starts a thread that receives no signals: a process's handlers run on threads that it knows of. `name` is
+/// what tools show, at most 15 characters. Throws std::system_error.
 std::thread start_worker(char const *name, std::function<void()> work);
 
 }  // namespace platform

@@ -12,8 +12,8 @@ namespace {
 
 namespace bj = boost::json;
 
-/// Builds the value model while the parser reads, without a document in between. A handler stops the parser by
-/// setting `code`; why_ then says more than the code does.
+/// Builds the value model while the parser reads, without a document in between. A handler stops the parser
+/// by setting `code`; why_ then says more than the code does.
 class Builder {
   public:
     static constexpr std::size_t max_object_size = most_members;

@@ -9,16 +9,16 @@
 
 namespace json_text {
 
-// What a text may hold. The members of one object are looked up one after the other, so their number is bounded
-// more tightly than that of all values.
+// What a text may hold. The members of one object are looked up one after the other, so their number is
+// bounded more tightly than that of all values.
 constexpr std::size_t longest_text = 1024 * 1024;
 constexpr std::size_t deepest_nesting = 32;
 constexpr std::size_t most_members = 1024;
 constexpr std::size_t most_values = 65536;
 
-/// Reads a JSON object. Returns an empty text, or says in a few words what is wrong with `text`: broken JSON, anything
-/// beyond the bounds, a name that stands twice in an object, a number that no double can hold, or a value
-/// that is no object. `object` must be empty; after a failure its contents mean nothing.
+/// Reads a JSON object. Returns an empty text, or says in a few words what is wrong with `text`: broken JSON,
+/// anything beyond the bounds, a name that stands twice in an object, a number that no double can hold, or a
+/// value that is no object. `object` must be empty; after a failure its contents mean nothing.
 std::string read(std::string_view text, json::Object &object);
 
 }  // namespace json_text

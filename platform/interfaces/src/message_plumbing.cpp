@@ -55,14 +55,15 @@ bool are_texts(std::initializer_list<char **> texts) {
     return true;
 }
 
-/// Runs the handling of one incoming message. No exception leaves it, since the thread that delivers messages has
-/// nobody to hand it to.
+/// Runs the handling of one incoming message. No exception leaves it, since the thread that delivers messages
+/// has nobody to hand it to.
 template <typename Handling>
 void contain(void *logging, char const *kind, Handling handling) {
     try {
         handling();
     } catch (std::exception const &error) {
-        korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed: %s", kind, error.what());
+        korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed: %s", kind,
+                               error.what());
     } catch (...) {
         korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed", kind);
     }
@@ -71,22 +72,24 @@ void contain(void *logging, char const *kind, Handling handling) {
 }  // namespace
 
 korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service, char const *target,
-                                                             char const *request_id, json::Object const &command) {
+                                                             char const *request_id,
+                                                             json::Object const &command) {
     std::string &text = command_buffer();
     std::string const problem = json_text::write(command, text);
     if (!problem.empty()) {
-        korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
-                               "a command for service %s was not sent, since it cannot be written as JSON: %s",
-                               printable(service), problem.c_str());
+        korvo_core_logging_log(
+            logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+            "a command for service %s was not sent, since it cannot be written as JSON: %s",
+            printable(service), problem.c_str());
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
-    return korvo_core_private_command_send(messaging_handle_, service, target, request_id, text.data(), text.size(),
-                                           this);
+    return korvo_core_private_command_send(messaging_handle_, service, target, request_id, text.data(),
+                                           text.size(), this);
 }
 
-korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, char const *service, char const *,
-                                                                 char const *request_id, char const *method,
-                                                                 json::Object &response) {
+korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, char const *service,
+                                                                 char const *, char const *request_id,
+                                                                 char const *method, json::Object &response) {
     char *block = nullptr;
     std::size_t length = 0;
     korvo_core_status const received =
@@ -129,14 +132,16 @@ void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **
                                                          char **response) {
     contain(logging_handle_, "a response", [&] {
         if (!are_texts({service, target, request_id, response})) {
-            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR, "a response without texts came in");
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                                   "a response without texts came in");
             return;
         }
         json::Object read;
         std::string const problem = json_text::read(*response, read);
         if (!problem.empty()) {
             korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
-                                   "a response of service %s is no usable JSON: %s", *service, problem.c_str());
+                                   "a response of service %s is no usable JSON: %s", *service,
+                                   problem.c_str());
             return;
         }
         auto const *const method = find_value<json::String>(read, "command");
@@ -154,7 +159,8 @@ void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **
 void korvoInitiatorInterfaces::initiatorCallback(char **service, char **source, char **event) {
     contain(logging_handle_, "an event", [&] {
         if (!are_texts({service, source, event})) {
-            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR, "an event without texts came in");
+            korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
+                                   "an event without texts came in");
             return;
         }
         json::Object read;

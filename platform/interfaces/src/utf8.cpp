@@ -5,8 +5,9 @@ namespace json_text {
 
 namespace {
 
-/// The length of the character that begins with `lead`, and the range that its second byte must be in, which is what
-/// rules out long forms, surrogates and what lies above the last character. Length 0: nothing begins like that.
+/// The length of the character that begins with `lead`, and the range that its second byte must be in, which
+/// is what rules out long forms, surrogates and what lies above the last character. Length 0: nothing begins
+/// like that.
 struct Form {
     std::size_t length;
     unsigned char least;
