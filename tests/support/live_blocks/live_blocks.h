@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_TESTS_LIVE_BLOCKS_H
+#define KORVO_TESTS_LIVE_BLOCKS_H
+
+// Which heap blocks a piece of code leaves behind, and allocations that fail.
+
+#include <cstddef>
+#include <vector>
+
+namespace live_blocks {
+
+struct Block {
+    void *address;
+    std::size_t size;
+};
+
+/// Records the blocks that the calling thread allocates from here on, and forgets those that any thread
+/// frees. One recording at a time.
+class Recording {
+  public:
+    Recording();
+    ~Recording();
+    Recording(Recording const &) = delete;
+    Recording &operator=(Recording const &) = delete;
+
+    /// Ends the recording and gives the blocks that are left, in no order; the caller frees them.
+    std::vector<Block> end();
+
+    /// How many blocks the recording has seen, those that were freed again included.
+    std::size_t allocations() const;
+};
+
+/// Can allocations be made to fail here? Not under a sanitizer that has an allocator of its own.
+bool canFail();
+
+namespace detail {
+
+void arrangeFailure(std::size_t nth);
+bool hasFailed();
+
+}  // namespace detail
+
+/// Lets all allocations succeed from here on; for code of the test's own that is called from within.
+void stopFailing();
+
+/// Runs code while the nth allocation of the calling thread fails (1 is its first one), and tells whether the
+/// code got as far as that.
+template <typename Code>
+bool failNth(std::size_t nth, Code const &code) {
+    detail::arrangeFailure(nth);
+    code();
+    stopFailing();
+    return detail::hasFailed();
+}
+
+}  // namespace live_blocks
+
+#endif

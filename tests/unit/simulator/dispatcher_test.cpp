@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/dispatcher.h"
+
+#include <gtest/gtest.h>
+
+#include <boost/json/value.hpp>
+#include <string>
+
+#include "simulator/methods.h"
+#include "support.h"
+
+namespace simulator::tests {
+
+namespace {
+
+Dispatcher::Settings faulty(char const *method, Fault const &fault) {
+    Dispatcher::Settings settings;
+    settings.faults[findMethod(method).value()] = fault;
+    return settings;
+}
+
+}  // namespace
+
+TEST(Faults, AFailingMethodAnswersItsStatusAndDoesNothing) {
+    Bench bench("", faulty("Create_wiper_action", {7, std::chrono::milliseconds(0), false}));
+    EXPECT_EQ(bench.respond(R"({"command":"Create_wiper_action","action_name":"n"})"),
+              R"({"command":"Create_wiper_action","status":7})");
+    EXPECT_EQ(bench.number(R"({"command":"Get_action_counts"})", "total"), 0);
+    EXPECT_EQ(bench.status(R"({"command":"Create_washer_action","action_name":"n"})"), 0);
+}
+
+TEST(Faults, ADroppedMethodHasNoAnswerAndDoesNothing) {
+    Bench bench("", faulty("Create_wiper_action", {std::nullopt, std::chrono::milliseconds(0), true}));
+    EXPECT_EQ(bench.respond(R"({"command":"Create_wiper_action","action_name":"n"})"), "");
+    EXPECT_EQ(bench.number(R"({"command":"Get_action_counts"})", "total"), 0);
+}
+
+TEST(Faults, ADelayedMethodIsCarriedOutAtOnceAndItsAnswerHeldBack) {
+    Bench bench("", faulty("Create_wiper_action", {std::nullopt, std::chrono::milliseconds(250), false}));
+    Dispatcher::Answer const late =
+        bench.dispatcher.answer(R"({"command":"Create_wiper_action","action_name":"n"})");
+    EXPECT_EQ(late.delay, std::chrono::milliseconds(250));
+    EXPECT_EQ(late.text, R"({"command":"Create_wiper_action","status":0,"action_id":1})");
+    EXPECT_EQ(bench.dispatcher.answer(R"({"command":"Get_actions"})").delay, std::chrono::milliseconds(0));
+    EXPECT_EQ(bench.number(R"({"command":"Get_action_counts"})", "total"), 1);
+}
+
+TEST(Dispatcher, AnswersVersionQueriesWithTheVersionThatItIsGiven) {
+    Dispatcher::Settings settings;
+    settings.version = {2, 4294967295};
+    Bench bench("", settings);
+    EXPECT_EQ(
+        bench.respond(R"({"command":"__get_target_version__","initiator_major":1,"initiator_minor":19})"),
+        R"({"command":"__get_target_version__","status":0,"target_major":2,"target_minor":4294967295})");
+}
+
+TEST(Dispatcher, SaysInTheLogWhatIsWrongWithACommand) {
+    Bench bench;
+    bench.respond(R"({"command":"Get_action_type","action_id":"7"})");
+    bench.respond(R"({"command":"Get_action_type","action_id":7})");
+    bench.respond(R"({"command":"Get_action_tipe"})");
+    ASSERT_EQ(bench.log.lines.size(), 3U);
+    EXPECT_EQ(bench.log.lines[0],
+              "4 \"Get_action_type\" refused: the member \"action_id\" must be a whole number from 0 "
+              "to 4294967295");
+    EXPECT_EQ(bench.log.lines[1], "4 \"Get_action_type\" refused: there is no action 7");
+    EXPECT_EQ(bench.log.lines[2], "4 \"Get_action_tipe\" refused: there is no method \"Get_action_tipe\"");
+}
+
+TEST(Dispatcher, SaysInTheLogThatACommandHasNoName) {
+    Bench bench;
+    bench.respond("[]");
+    ASSERT_EQ(bench.log.lines.size(), 1U);
+    EXPECT_EQ(bench.log.lines[0], "4 a command refused: the command is no JSON object");
+}
+
+TEST(Dispatcher, KeepsAFloodOfBadCommandsOutOfTheLog) {
+    Bench bench;
+    for (int n = 0; n < 1000; ++n) {
+        bench.respond("nonsense");
+    }
+    EXPECT_EQ(bench.log.lines.size(), 20U);
+    bench.advance(std::chrono::seconds(1));
+    bench.respond("nonsense");
+    ASSERT_EQ(bench.log.lines.size(), 22U);
+    EXPECT_EQ(bench.log.lines[20], "4 980 more commands were refused");
+}
+
+TEST(Dispatcher, GivesBackTextsExactly) {
+    Bench bench;
+    std::string const name =
+        R"(quote \" backslash \\ slash / line\nfeed tab\t bell\u0007 \u00fc\u20ac\ud83d\ude00 end)";
+    bench.respond(R"({"command":"Create_wiper_action","action_name":")" + name + "\"}");
+    EXPECT_EQ(bench.answer(R"({"command":"Get_wiper_action","action_id":1})").at("action_name").as_string(),
+              "quote \" backslash \\ slash / line\nfeed tab\t bell\x07 \u00fc\u20ac\U0001F600 end");
+}
+
+TEST(Dispatcher, EscapesEachCharacterThatNeedsIt) {
+    Bench bench;
+    struct Case {
+        char const *sent;
+        char const *returned;
+    };
+    Case const cases[] = {
+        {R"(a\"b)", R"(a\"b)"},         {R"(a\\b)", R"(a\\b)"},         {R"(a\u000ab)", R"(a\nb)"},
+        {R"(a\u0000b)", R"(a\u0000b)"}, {R"(a\u001fb)", R"(a\u001fb)"}, {R"(a/b)", R"(a/b)"},
+    };
+    int id = 0;
+    for (Case const &one : cases) {
+        bench.respond(std::string(R"({"command":"Create_wiper_action","action_name":")") + one.sent + "\"}");
+        EXPECT_EQ(bench.respond(R"({"command":"Get_wiper_action","action_id":)" + std::to_string(++id) + "}"),
+                  std::string(R"({"command":"Get_wiper_action","status":0,"action_name":")") + one.returned +
+                      "\"}");
+    }
+}
+
+TEST(Dispatcher, GivesBackLongTextsThatNeedEscapes) {
+    Bench bench;
+    std::string sent;
+    std::string expected;
+    for (int n = 0; n < 10'000; ++n) {
+        sent += "line " + std::to_string(n) + "\\n";
+        expected += "line " + std::to_string(n) + "\n";
+    }
+    bench.respond(R"({"command":"Create_wiper_action","action_name":")" + sent + "\"}");
+    EXPECT_EQ(bench.answer(R"({"command":"Get_wiper_action","action_id":1})").at("action_name").as_string(),
+              expected);
+}
+
+TEST(Dispatcher, GivesBackLongTextsAndLists) {
+    Bench bench;
+    std::string const text(64 * 1024, 'x');
+    std::string list = "\"first\"";
+    for (int n = 1; n < 10'000; ++n) {
+        list += ",\"someone@example.com\"";
+    }
+    ASSERT_EQ(bench.status(
+                  R"({"command":"Create_email_action","action_name":"n","smtp_server":"s","to_addresses":[)" +
+                  list + R"(],"cc_addresses":[""],"from_address":"f","subject":"","body":")" + text +
+                  R"(","attach_jpeg":true,"include_event":true})"),
+              0);
+    boost::json::object const mail = bench.answer(R"({"command":"Get_email_action","action_id":1})");
+    EXPECT_EQ(mail.at("body").as_string(), text);
+    EXPECT_EQ(mail.at("subject").as_string(), "");
+    ASSERT_EQ(mail.at("to_addresses").as_array().size(), 10'000U);
+    EXPECT_EQ(mail.at("to_addresses").as_array()[0].as_string(), "first");
+    EXPECT_EQ(mail.at("to_addresses").as_array()[9999].as_string(), "someone@example.com");
+    EXPECT_EQ(mail.at("cc_addresses").as_array().size(), 1U);
+}
+
+TEST(Dispatcher, NeedsNoMoreMemoryForTheHundredthLargeCommand) {
+    Bench bench;
+    std::string numbers = "1";
+    for (int n = 1; n < 50'000; ++n) {
+        numbers += ",1";
+    }
+    ASSERT_EQ(bench.status(R"({"command":"Create_wiper_action","action_name":"n"})"), 0);
+    // Memory that doubles with each of them is used up long before the last.
+    for (int n = 0; n < 100; ++n) {
+        ASSERT_EQ(bench.status(R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[)" +
+                               numbers + R"(],"time_filters_start":[],"time_filters_end":[]})"),
+                  0);
+    }
+}
+
+TEST(Dispatcher, RefusesToAnswerWhatIsLongerThanAMessage) {
+    Bench bench;
+    std::string numbers = "4e9";
+    for (int n = 1; n < 100'000; ++n) {
+        numbers += ",4e9";
+    }
+    ASSERT_EQ(bench.status(R"({"command":"Create_wiper_action","action_name":"n"})"), 0);
+    ASSERT_EQ(bench.status(R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[)" + numbers +
+                           R"(],"time_filters_start":[],"time_filters_end":[]})"),
+              0);
+    EXPECT_EQ(bench.respond(R"({"command":"Get_action_filters","action_id":1})"),
+              R"({"command":"Get_action_filters","status":9})");
+}
+
+}  // namespace simulator::tests

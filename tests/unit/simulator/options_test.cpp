@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "simulator/methods.h"
+
+namespace simulator::tests {
+
+namespace {
+
+using testing::HasSubstr;
+
+Options parse(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "korvo-action-engine-simulator");
+    std::vector<char *> pointers;
+    for (std::string &argument : arguments) {
+        pointers.push_back(argument.data());
+    }
+    pointers.push_back(nullptr);
+    return parseOptions(static_cast<int>(arguments.size()), pointers.data());
+}
+
+std::string refusal(std::vector<std::string> const &arguments) {
+    try {
+        parse(arguments);
+    } catch (UsageError const &error) {
+        return error.what();
+    }
+    return "no refusal";
+}
+
+Fault fault(Options const &options, char const *method) {
+    return options.answers.faults[findMethod(method).value()];
+}
+
+}  // namespace
+
+TEST(Options, HaveDefaults) {
+    Options const options = parse({});
+    EXPECT_EQ(options.mode, Options::Mode::serve);
+    EXPECT_EQ(options.target, "");
+    EXPECT_EQ(options.store, "");
+    EXPECT_EQ(options.snapshots, "");
+    EXPECT_EQ(options.outbox, "");
+    EXPECT_EQ(options.log_level, "");
+    EXPECT_EQ(options.answers.version.major, 1U);
+    EXPECT_EQ(options.answers.version.minor, 19U);
+    for (Fault const &none : options.answers.faults) {
+        EXPECT_FALSE(none.status || none.drop || none.delay.count() != 0);
+    }
+}
+
+TEST(Options, AreTakenFromTheCommandLine) {
+    Options const options = parse({"--target", "lab", "--store=s.db", "--snapshots", "pictures",
+                                   "--outbox=out", "--log-level", "debug", "--target-version", "1.20"});
+    EXPECT_EQ(options.target, "lab");
+    EXPECT_EQ(options.store, "s.db");
+    EXPECT_EQ(options.snapshots, "pictures");
+    EXPECT_EQ(options.outbox, "out");
+    EXPECT_EQ(options.log_level, "debug");
+    EXPECT_EQ(options.answers.version.major, 1U);
+    EXPECT_EQ(options.answers.version.minor, 20U);
+}
+
+TEST(Options, OfFaultsMayBeRepeatedAndCombined) {
+    Options const options =
+        parse({"--fail", "Get_actions=9", "--delay", "Get_actions=250", "--fail=Delete_action=4294967295",
+               "--drop", "Onvif_event", "--drop=__get_target_version__"});
+    EXPECT_EQ(fault(options, "Get_actions").status, 9U);
+    EXPECT_EQ(fault(options, "Get_actions").delay, std::chrono::milliseconds(250));
+    EXPECT_FALSE(fault(options, "Get_actions").drop);
+    EXPECT_EQ(fault(options, "Delete_action").status, 4294967295U);
+    EXPECT_TRUE(fault(options, "Onvif_event").drop);
+    EXPECT_TRUE(fault(options, "__get_target_version__").drop);
+    EXPECT_FALSE(fault(options, "Get_triggers").status);
+}
+
+TEST(Options, ForHelpAndVersionEndTheReading) {
+    EXPECT_EQ(parse({"--help"}).mode, Options::Mode::help);
+    EXPECT_EQ(parse({"--version", "nonsense"}).mode, Options::Mode::version);
+}
+
+TEST(Options, ThatAreWrongAreExplained) {
+    struct Case {
+        std::vector<std::string> arguments;
+        char const *error;
+    };
+    Case const cases[] = {
+        {{"--stor", "x", "--tar", "y"},
+         "there is no option \"--tar\", or it is short for several. --help lists the options."},
+        {{"--nonsense"},
+         "there is no option \"--nonsense\", or it is short for several. --help lists the options."},
+        {{"-x"}, "there is no option \"-x\", or it is short for several. --help lists the options."},
+        {{"--store"}, "--store needs a value. --help lists the options."},
+        {{"--store", ""}, "--store needs a value that is not empty."},
+        {{"--snapshots="}, "--snapshots needs a value that is not empty."},
+        {{"--outbox="}, "--outbox needs a value that is not empty."},
+        {{"--help=now"}, "--help takes no value. --help lists the options."},
+        {{"extra"}, "there is no argument \"extra\"; everything is an option. --help lists the options."},
+        {{"--", "extra"},
+         "there is no argument \"extra\"; everything is an option. --help lists the options."},
+        {{"--drop", "Get_acton_type"},
+         "--drop: there is no method \"Get_acton_type\". Did you mean Get_action_type?"},
+        {{"--drop", "get_actions"}, "--drop: there is no method \"get_actions\". Did you mean Get_actions, "},
+        {{"--drop", "zzzzzzzzzzzzzzzzzzzzzzzzz"},
+         "--drop: there is no method \"zzzzzzzzzzzzzzzzzzzzzzzzz\". Methods are named as on the wire, like "
+         "Get_action_type."},
+        {{"--fail", "Get_actions"},
+         "--fail needs METHOD=STATUS with a whole number, for example --fail Get_actions=9; it was "
+         "\"Get_actions\"."},
+        {{"--fail", "Get_actions="}, "--fail needs METHOD=STATUS"},
+        {{"--fail", "Get_actions=x"}, "--fail needs METHOD=STATUS"},
+        {{"--fail", "Get_actions=-1"}, "--fail needs METHOD=STATUS"},
+        {{"--fail", "Get_actions=4294967296"}, "--fail needs METHOD=STATUS"},
+        {{"--fail", "Get_actions=0"}, "--fail: status 0 is success."},
+        {{"--fail", "Get_action=9"}, "--fail: there is no method \"Get_action\". Did you mean "},
+        {{"--delay", "Get_actions=1.5"}, "--delay needs METHOD=MS"},
+        {{"--target-version", "1"},
+         "--target-version needs MAJOR.MINOR, for example --target-version 1.20; it was \"1\"."},
+        {{"--target-version", "1.x"}, "--target-version needs MAJOR.MINOR"},
+        {{"--target-version", "1.2.3"}, "--target-version needs MAJOR.MINOR"},
+        {{"--log-level", "loud"},
+         "--log-level: there is no level \"loud\". Levels are emerg, alert, crit, err, warning, notice, "
+         "info, debug."},
+    };
+    for (Case const &one : cases) {
+        EXPECT_THAT(refusal(one.arguments), testing::StartsWith(one.error));
+    }
+}
+
+TEST(Options, AreAllInTheHelp) {
+    for (char const *const option :
+         {"--target ", "--store ", "--snapshots ", "--outbox ", "--fail ", "--delay ", "--drop ",
+          "--target-version ", "--log-level ", "--help ", "--version "}) {
+        EXPECT_THAT(helpText(), HasSubstr(option));
+    }
+}
+
+TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {
+    EXPECT_EQ(closeMethodNames("Create_onvif_triger").front(), "Create_onvif_trigger");
+    EXPECT_LE(closeMethodNames("Create_onvif_triger").size(), 3U);
+    EXPECT_EQ(closeMethodNames("GET_TARGET_VERSION").front(), "__get_target_version__");
+    EXPECT_TRUE(closeMethodNames("").empty());
+    EXPECT_TRUE(closeMethodNames(std::string(100'000, 'x')).empty());
+}
+
+}  // namespace simulator::tests

@@ -1,0 +1,379 @@
+// SPDX-License-Identifier: Apache-2.0
+// The program itself, as a process of its own with clients at its messaging.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "korvo_core.h"
+#include "support.h"
+
+namespace simulator::tests {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr milliseconds patience{20'000};
+
+/// A running simulator. What it prints on standard output and in its log is kept.
+class Program {
+  public:
+    explicit Program(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), SIMULATOR_PROGRAM);
+        std::vector<char *> pointers;
+        for (std::string &argument : arguments) {
+            pointers.push_back(argument.data());
+        }
+        pointers.push_back(nullptr);
+        int out[2];
+        int err[2];
+        EXPECT_EQ(::pipe2(out, O_CLOEXEC), 0);
+        EXPECT_EQ(::pipe2(err, O_CLOEXEC), 0);
+        pid_ = ::fork();
+        if (pid_ == 0) {
+            ::dup2(out[1], STDOUT_FILENO);
+            ::dup2(err[1], STDERR_FILENO);
+            ::execv(pointers[0], pointers.data());
+            ::_exit(127);
+        }
+        ::close(out[1]);
+        ::close(err[1]);
+        out_ = out[0];
+        err_ = err[0];
+        log_reader_ = std::thread([this] { errors_ = readAll(err_); });
+    }
+
+    ~Program() {
+        if (pid_ > 0) {
+            ::kill(pid_, SIGKILL);
+            (void)exitStatus();
+        }
+        log_reader_.join();
+        ::close(out_);
+        ::close(err_);
+    }
+
+    Program(Program const &) = delete;
+    Program &operator=(Program const &) = delete;
+
+    /// The next line of standard output; what there is of it after the patience or the end.
+    std::string line() {
+        std::string text;
+        pollfd waiting{out_, POLLIN, 0};
+        char c = 0;
+        while (::poll(&waiting, 1, static_cast<int>(patience.count())) == 1 && ::read(out_, &c, 1) == 1 &&
+               c != '\n') {
+            text += c;
+        }
+        return text;
+    }
+
+    void signal(int number) { ::kill(pid_, number); }
+
+    /// Waits for the end. Minus the signal's number when it was one.
+    int exitStatus() {
+        int how = 0;
+        EXPECT_EQ(::waitpid(pid_, &how, 0), pid_);
+        pid_ = -1;
+        return WIFEXITED(how) ? WEXITSTATUS(how) : -WTERMSIG(how);
+    }
+
+    /// All of standard error; only after exitStatus().
+    std::string errors() {
+        if (log_reader_.joinable()) {
+            log_reader_.join();
+        }
+        log_reader_ = std::thread([] {});
+        return errors_;
+    }
+
+  private:
+    static std::string readAll(int file) {
+        std::string text;
+        char piece[4096];
+        for (ssize_t count = 0; (count = ::read(file, piece, sizeof piece)) > 0;) {
+            text.append(piece, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
+
+    pid_t pid_ = -1;
+    int out_ = -1;
+    int err_ = -1;
+    std::thread log_reader_;
+    std::string errors_;
+};
+
+/// A client at the default target.
+class Client {
+  public:
+    Client() {
+        EXPECT_EQ(korvo_core_ipc_initiator_init(nullptr, "test", &messaging_, 1), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    ~Client() { (void)korvo_core_ipc_deinit(messaging_); }
+    Client(Client const &) = delete;
+    Client &operator=(Client const &) = delete;
+
+    korvo_core_status send(std::string const &command, std::string const &request_id) {
+        return korvo_core_ipc_initiator_command_send(messaging_, "action_engine", nullptr, request_id.c_str(),
+                                                     command.c_str());
+    }
+
+    /// The next response, "request: response".
+    std::optional<std::string> receive(milliseconds timeout = patience) {
+        char *texts[4] = {};
+        korvo_core_status const status = korvo_core_ipc_initiator_response_receive(
+            messaging_, static_cast<int>(timeout.count()), &texts[0], &texts[1], &texts[2], &texts[3]);
+        std::optional<std::string> response;
+        if (status == KORVO_CORE_STATUS_NO_ERROR) {
+            response = std::string(texts[2]) + ": " + texts[3];
+        }
+        for (char *const text : texts) {
+            std::free(text);
+        }
+        return response;
+    }
+
+    std::string call(std::string const &command) {
+        EXPECT_EQ(send(command, "r"), KORVO_CORE_STATUS_NO_ERROR);
+        return receive().value_or("no response");
+    }
+
+    void subscribe() {
+        EXPECT_EQ(korvo_core_ipc_initiator_event_receive_callback(messaging_, onEvent, this),
+                  KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_EQ(korvo_core_ipc_initiator_event_subscribe(messaging_, "action_engine"),
+                  KORVO_CORE_STATUS_NO_ERROR);
+    }
+
+    /// Waits until so many events have come, and gives them.
+    std::vector<std::string> events(std::size_t count) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        EXPECT_TRUE(arrived_.wait_for(lock, patience, [&] { return events_.size() >= count; }));
+        return events_;
+    }
+
+  private:
+    static void onEvent(char **, char **, char **event, void *context) {
+        auto &client = *static_cast<Client *>(context);
+        std::lock_guard<std::mutex> const lock(client.mutex_);
+        client.events_.emplace_back(*event);
+        client.arrived_.notify_all();
+    }
+
+    void *messaging_ = nullptr;
+    std::mutex mutex_;
+    std::condition_variable arrived_;
+    std::vector<std::string> events_;
+};
+
+class ProgramTest : public testing::Test {
+  protected:
+    ProgramTest() {
+        ::setenv("KORVO_RUNTIME_DIR", runtime.path().c_str(), 1);
+        ::setenv("KORVO_STATE_DIR", state.path().c_str(), 1);
+    }
+
+    static void expectReady(Program &program) {
+        ASSERT_EQ(program.line(), "korvo-action-engine-simulator: ready (target \"\")");
+    }
+
+    TemporaryFolder runtime;
+    TemporaryFolder state;
+};
+
+constexpr char const *create_wiper = R"({"command":"Create_wiper_action","action_name":"w"})";
+constexpr char const *get_actions = R"({"command":"Get_actions"})";
+
+}  // namespace
+
+TEST_F(ProgramTest, SaysWhenItIsReadyAndEndsCleanlyOnSignals) {
+    for (int const signal : {SIGTERM, SIGINT}) {
+        Program program({});
+        expectReady(program);
+        auto const start = steady_clock::now();
+        program.signal(signal);
+        EXPECT_EQ(program.exitStatus(), 0);
+        EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(1));
+        EXPECT_EQ(program.errors(), "");
+    }
+}
+
+TEST_F(ProgramTest, NamesItsTarget) {
+    Program program({"--target", "lab 7"});
+    EXPECT_EQ(program.line(), "korvo-action-engine-simulator: ready (target \"lab 7\")");
+}
+
+TEST_F(ProgramTest, PrintsHelpAndVersion) {
+    Program help({"--help"});
+    EXPECT_EQ(help.line(), "Usage: korvo-action-engine-simulator [options]");
+    EXPECT_EQ(help.exitStatus(), 0);
+    Program version({"--version"});
+    EXPECT_EQ(version.line(), "korvo-action-engine-simulator 1.19.0");
+    EXPECT_EQ(version.exitStatus(), 0);
+}
+
+TEST_F(ProgramTest, ExplainsErrorsAndTellsThemApartByItsExitStatus) {
+    Program usage({"--drop", "Get_acton_type"});
+    EXPECT_EQ(usage.exitStatus(), 2);
+    EXPECT_EQ(usage.errors(),
+              "korvo-action-engine-simulator: --drop: there is no method \"Get_acton_type\". Did you mean "
+              "Get_action_type?\n");
+    Program store({"--store", state / "no/store"});
+    EXPECT_EQ(store.exitStatus(), 1);
+    EXPECT_THAT(store.errors(), StartsWith("korvo-action-engine-simulator: cannot open the store"));
+    writeFile(state / "file", "");
+    Program folder({"--snapshots", state / "file/pictures"});
+    EXPECT_EQ(folder.exitStatus(), 1);
+    EXPECT_THAT(folder.errors(), HasSubstr("cannot make the folder"));
+}
+
+TEST_F(ProgramTest, IsTheOnlyOneWithItsStoreAndWithItsTarget) {
+    Program first({"--store", state / "store"});
+    expectReady(first);
+    Program same_store({"--store", state / "store", "--target", "other"});
+    EXPECT_EQ(same_store.exitStatus(), 1);
+    EXPECT_THAT(same_store.errors(), HasSubstr("is in use by another process"));
+    Program same_target({});
+    EXPECT_EQ(same_target.exitStatus(), 1);
+    EXPECT_THAT(same_target.errors(), HasSubstr("cannot listen as \"action_engine\", target \"\""));
+    Client client;
+    EXPECT_EQ(client.call(get_actions),
+              R"(r: {"command":"Get_actions","status":0,"action_id":[],"action_type":[]})");
+}
+
+TEST_F(ProgramTest, KeepsItsCatalogueInTheStoreAlsoWhenItIsKilled) {
+    {
+        Program program({"--store", state / "store"});
+        expectReady(program);
+        Client client;
+        EXPECT_EQ(client.call(create_wiper),
+                  R"(r: {"command":"Create_wiper_action","status":0,"action_id":1})");
+        program.signal(SIGKILL);
+        EXPECT_EQ(program.exitStatus(), -SIGKILL);
+    }
+    Program program({"--store", state / "store"});
+    expectReady(program);
+    Client client;
+    EXPECT_EQ(client.call(get_actions),
+              R"(r: {"command":"Get_actions","status":0,"action_id":[1],"action_type":[7]})");
+}
+
+TEST_F(ProgramTest, FiresTimersRunsActionsAndPublishesTheirCompletion) {
+    Program program({});
+    expectReady(program);
+    Client client;
+    client.subscribe();
+    client.call(R"({"command":"Create_snapshot_action","action_name":"door","filename":"door.jpg"})");
+    client.call(R"({"command":"Create_ptz_preset_action","action_name":"gate","preset_id":"3"})");
+    client.call(R"({"command":"Create_snapshot_action","action_name":"evil","filename":"../evil.jpg"})");
+    client.call(R"({"command":"Create_timer_trigger","trigger_name":"t","timer_seconds":1})");
+    for (char const *const action_id : {"1", "2", "3"}) {
+        client.call(std::string(R"({"command":"Create_association","trigger_id":1,"action_id":)") +
+                    action_id + "}");
+    }
+    auto events = client.events(3);
+    events.resize(3);
+    EXPECT_THAT(
+        events,
+        ElementsAre(R"({"event":"Action_completed","action_id":1,"action_name":"door","success":true})",
+                    R"({"event":"Action_completed","action_id":2,"action_name":"gate","success":true})",
+                    R"({"event":"Action_completed","action_id":3,"action_name":"evil","success":false})"));
+    EXPECT_EQ(readFile(state / "action-engine-simulator/snapshots/door.jpg").substr(0, 3), "\xff\xd8\xff");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    std::string const log = program.errors();
+    EXPECT_THAT(log, HasSubstr("PTZ preset action 2 \"gate\": preset \"3\", head now at pan "));
+    EXPECT_THAT(log,
+                HasSubstr("snapshot action 3 \"evil\" failed: the file name \"../evil.jpg\" is refused"));
+}
+
+TEST_F(ProgramTest, HoldsUpNoOtherAnswerWhileOneIsDelayedAndLeavesDroppedOnesOut) {
+    Program program(
+        {"--delay", "Get_triggers=300", "--drop", "Get_action_counts", "--fail", "Delete_action=7"});
+    expectReady(program);
+    Client client;
+    auto const start = steady_clock::now();
+    client.send(R"({"command":"Get_triggers"})", "late");
+    client.send(R"({"command":"Get_action_counts"})", "dropped");
+    client.send(get_actions, "prompt");
+    client.send(R"({"command":"Delete_action","action_id":1})", "failed");
+    EXPECT_EQ(client.receive(),
+              R"(prompt: {"command":"Get_actions","status":0,"action_id":[],"action_type":[]})");
+    EXPECT_EQ(client.receive(), R"(failed: {"command":"Delete_action","status":7})");
+    EXPECT_EQ(client.receive(),
+              R"(late: {"command":"Get_triggers","status":0,"trigger_id":[],"trigger_type":[]})");
+    EXPECT_GE(steady_clock::now() - start, milliseconds(300));
+    EXPECT_EQ(client.receive(milliseconds(0)), std::nullopt);
+}
+
+TEST_F(ProgramTest, SurvivesClientsThatDieAndSendNonsense) {
+    Program program({});
+    expectReady(program);
+    for (int n = 0; n < 10; ++n) {
+        pid_t const child = ::fork();
+        if (child == 0) {
+            void *messaging = nullptr;
+            if (korvo_core_ipc_initiator_init(nullptr, "short-lived", &messaging, 1) ==
+                KORVO_CORE_STATUS_NO_ERROR) {
+                for (int k = 0; k < 200; ++k) {
+                    char const *const command = k % 3 == 0   ? "{\"command\":"
+                                                : k % 3 == 1 ? get_actions
+                                                             : create_wiper;
+                    (void)korvo_core_ipc_initiator_command_send(messaging, "action_engine", nullptr, "x",
+                                                                command);
+                }
+            }
+            ::kill(::getpid(), SIGKILL);
+        }
+        int how = 0;
+        ASSERT_EQ(::waitpid(child, &how, 0), child);
+    }
+    Client client;
+    EXPECT_EQ(client.call(R"({"command":"Get_action_type","action_id":4294967295})"),
+              R"(r: {"command":"Get_action_type","status":9})");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+}
+
+TEST_F(ProgramTest, EndsWithinASecondWhileActionsPileUp) {
+    Program program({"--log-level", "err"});
+    expectReady(program);
+    Client client;
+    client.call(R"({"command":"Create_snapshot_action","action_name":"a","filename":"a.jpg"})");
+    client.call(
+        R"({"command":"Create_onvif_trigger","trigger_name":"o","topic_filter":"","topic_filter_dialect":"","content_filter":"","namespace_keys":[],"namespace_uris":[]})");
+    client.call(R"({"command":"Create_association","trigger_id":1,"action_id":1})");
+    for (int n = 0; n < 5000; ++n) {
+        ASSERT_THAT(
+            client.call(
+                R"({"command":"Onvif_event","topic":"t","message":"m","namespace_keys":[],"namespace_uris":[]})"),
+            HasSubstr("\"status\":0"));
+    }
+    auto const start = steady_clock::now();
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+}  // namespace simulator::tests

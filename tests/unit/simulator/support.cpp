@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace simulator::tests {
+
+TemporaryFolder::TemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "simulator-test-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        throw std::runtime_error("cannot make a temporary folder");
+    }
+    path_ = pattern;
+}
+
+TemporaryFolder::~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
+}
+
+std::vector<std::string> TemporaryFolder::names() const {
+    std::vector<std::string> found;
+    for (auto const &entry : std::filesystem::directory_iterator(path_)) {
+        found.push_back(entry.path().filename().string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+bool RecordedLog::holds(std::string const &part) const {
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](std::string const &line) { return line.find(part) != std::string::npos; });
+}
+
+Bench::Bench(std::string const &store_path, Dispatcher::Settings settings)
+    : store(store_path),
+      engine(Catalogue(store),
+             {[this] { return now; }, [this] { return local_time; },
+              [this](Job const &job) {
+                  jobs.push_back(job);
+                  return actions_succeed;
+              },
+              [this](std::string const &event) { events.push_back(event); }, [this] { ++wakes; }},
+             log.log()),
+      dispatcher(engine, settings, log.log()) {}
+
+std::string Bench::respond(std::string_view command) {
+    return dispatcher.answer(command).text;
+}
+
+boost::json::object Bench::answer(std::string_view command) {
+    std::string const text = respond(command);
+    return boost::json::parse(text).as_object();
+}
+
+std::int64_t Bench::status(std::string_view command) {
+    return answer(command).at("status").as_int64();
+}
+
+std::int64_t Bench::number(std::string_view command, char const *member) {
+    boost::json::object const response = answer(command);
+    EXPECT_EQ(response.at("status").as_int64(), 0) << command;
+    return response.contains(member) ? response.at(member).as_int64() : -1;
+}
+
+std::vector<std::uint32_t> Bench::run() {
+    std::size_t const before = jobs.size();
+    while (engine.step()) {
+    }
+    std::vector<std::uint32_t> ran;
+    for (std::size_t n = before; n < jobs.size(); ++n) {
+        ran.push_back(jobs[n].action_id);
+    }
+    return ran;
+}
+
+std::string readFile(std::string const &path) {
+    std::ifstream file(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+void writeFile(std::string const &path, std::string_view contents) {
+    std::ofstream file(path, std::ios::binary);
+    file << contents;
+}
+
+}  // namespace simulator::tests

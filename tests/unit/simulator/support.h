@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_TESTS_UNIT_SIMULATOR_SUPPORT_H
+#define KORVO_TESTS_UNIT_SIMULATOR_SUPPORT_H
+
+#include <boost/json/object.hpp>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/catalogue.h"
+#include "simulator/dispatcher.h"
+#include "simulator/engine.h"
+#include "simulator/log.h"
+#include "simulator/store.h"
+
+namespace simulator::tests {
+
+/// A folder of its own for a test, removed at its end.
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(TemporaryFolder const &) = delete;
+    TemporaryFolder &operator=(TemporaryFolder const &) = delete;
+
+    std::string const &path() const { return path_; }
+    std::string operator/(std::string const &name) const { return path_ + "/" + name; }
+    /// The names of what is in it, sorted.
+    std::vector<std::string> names() const;
+
+  private:
+    std::string path_;
+};
+
+/// A log that keeps what is written: "warning: text".
+class RecordedLog {
+  public:
+    Log const &log() const { return log_; }
+    std::vector<std::string> lines;
+    bool holds(std::string const &part) const;
+
+  private:
+    Log log_{[this](korvo_core_log_priority priority, std::string const &text) {
+        lines.push_back(std::to_string(priority) + " " + text);
+    }};
+};
+
+/// The service without its messaging: commands in, responses out, with a clock that the test moves.
+class Bench {
+  public:
+    /// An empty path keeps the store in memory.
+    explicit Bench(std::string const &store_path = "", Dispatcher::Settings settings = {});
+
+    /// The response to a command, as text and as an object.
+    std::string respond(std::string_view command);
+    boost::json::object answer(std::string_view command);
+    /// The "status" of the response.
+    std::int64_t status(std::string_view command);
+    /// The number that a command that succeeds is answered with.
+    std::int64_t number(std::string_view command, char const *member);
+
+    void advance(std::chrono::milliseconds time) { now += time; }
+    /// Runs all that is due, and gives the identifiers of the actions that ran, in order.
+    std::vector<std::uint32_t> run();
+
+    Deadlines::Time now = Deadlines::Time(std::chrono::hours(1));
+    /// Wednesday, noon.
+    LocalTime local_time{3, 12 * 60 * 60};
+    bool actions_succeed = true;
+    std::vector<Job> jobs;
+    std::vector<std::string> events;
+    unsigned int wakes = 0;
+
+    RecordedLog log;
+    Store store;
+    Engine engine;
+    Dispatcher dispatcher;
+};
+
+std::string readFile(std::string const &path);
+void writeFile(std::string const &path, std::string_view contents);
+
+}  // namespace simulator::tests
+
+#endif
