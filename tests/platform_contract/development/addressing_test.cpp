@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "addressing.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <set>
+
+#include "korvo_core.h"
+#include "support/runtime_folder.h"
+
+using platform::is_socket_of;
+using platform::Log;
+using platform::RuntimeFolder;
+using platform::socket_name;
+
+namespace {
+
+/// Sets an environment variable, or removes it for NULL, and puts it back afterwards.
+class Environment {
+  public:
+    Environment(char const *name, char const *value) : name_(name) {
+        if (char const *const before = std::getenv(name)) {
+            before_ = before;
+        }
+        set(value);
+    }
+    ~Environment() { set(before_ ? before_->c_str() : nullptr); }
+    Environment(Environment const &) = delete;
+    Environment &operator=(Environment const &) = delete;
+
+  private:
+    void set(char const *value) { (void)(value != nullptr ? setenv(name_, value, 1) : unsetenv(name_)); }
+
+    char const *name_;
+    std::optional<std::string> before_;
+};
+
+bool opens() {
+    return static_cast<bool>(RuntimeFolder::from_environment().open(Log(nullptr)));
+}
+
+/// What the log says while the runtime folder that the environment names is opened.
+std::string complaint() {
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(opens());
+    return testing::internal::GetCapturedStderr();
+}
+
+unsigned int mode_of(std::string const &path) {
+    struct stat found = {};
+    EXPECT_EQ(stat(path.c_str(), &found), 0) << path;
+    return found.st_mode & 07777U;
+}
+
+}  // namespace
+
+TEST(SocketName, IsTwoDigestsWhateverTheTextsAre) {
+    std::string const plain = socket_name("action_engine", "");
+    EXPECT_EQ(plain.size(), 49U);
+    EXPECT_EQ(plain[24], '.');
+    EXPECT_EQ(plain.find_first_not_of("0123456789abcdef."), std::string::npos);
+    for (std::string const &target :
+         {std::string("../../x"), std::string(100000, 'y'), std::string("\n\0\xff", 3)}) {
+        std::string const name = socket_name("action_engine", target);
+        EXPECT_EQ(name.size(), 49U);
+        EXPECT_EQ(name.find_first_not_of("0123456789abcdef."), std::string::npos);
+        EXPECT_EQ(name.substr(0, 25), plain.substr(0, 25));
+    }
+}
+
+TEST(SocketName, DiffersForEveryServiceAndTarget) {
+    std::set<std::string> const names = {socket_name("a", "b"), socket_name("ab", ""), socket_name("", "ab"),
+                                         socket_name("b", "a"), socket_name("a", ""),  socket_name("", "a"),
+                                         socket_name("A", "b"), socket_name("a", "b ")};
+    EXPECT_EQ(names.size(), 8U);
+}
+
+TEST(SocketName, IsTheSameInEveryProcess) {
+    // Processes that were built at different times meet under these names.
+    EXPECT_EQ(socket_name("action_engine", ""), socket_name("action_engine", std::string_view()));
+    EXPECT_EQ(socket_name("action_engine", "camera 1"), socket_name("action_engine", "camera 1"));
+}
+
+TEST(SocketName, TellsTheServiceOfATarget) {
+    EXPECT_TRUE(is_socket_of(socket_name("a", "b"), "a"));
+    EXPECT_TRUE(is_socket_of(socket_name("a", ""), "a"));
+    EXPECT_FALSE(is_socket_of(socket_name("a", "b"), "b"));
+    EXPECT_FALSE(is_socket_of(socket_name("a", "b") + ".lock", "a"));
+    EXPECT_FALSE(is_socket_of(socket_name("a", "b") + ".new", "a"));
+    EXPECT_FALSE(is_socket_of("", "a"));
+}
+
+TEST(RuntimeFolderTest, IsMadeForTheUserAlone) {
+    TestRuntimeFolder const parent;
+    Environment const chosen("KORVO_RUNTIME_DIR", (parent.path() + "/made").c_str());
+    EXPECT_TRUE(opens());
+    EXPECT_EQ(mode_of(parent.path() + "/made"), 0700U);
+}
+
+TEST(RuntimeFolderTest, IsInTheSessionsFolderByDefault) {
+    TestRuntimeFolder const session;
+    Environment const chosen("KORVO_RUNTIME_DIR", nullptr);
+    Environment const session_folder("XDG_RUNTIME_DIR", session.path().c_str());
+    EXPECT_EQ(RuntimeFolder::from_environment().path(), session.path() + "/korvo");
+    EXPECT_TRUE(opens());
+    EXPECT_EQ(mode_of(session.path() + "/korvo"), 0700U);
+}
+
+TEST(RuntimeFolderTest, IsInTheTemporaryFolderWithoutASession) {
+    TestRuntimeFolder const temporary;
+    Environment const chosen("KORVO_RUNTIME_DIR", "");
+    Environment const session("XDG_RUNTIME_DIR", nullptr);
+    Environment const temporary_folder("TMPDIR", temporary.path().c_str());
+    std::string const expected = temporary.path() + "/korvo-" + std::to_string(geteuid());
+    EXPECT_EQ(RuntimeFolder::from_environment().path(), expected);
+    EXPECT_TRUE(opens());
+    EXPECT_EQ(mode_of(expected), 0700U);
+}
+
+TEST(RuntimeFolderTest, InTheTemporaryFolderIsNoLink) {
+    TestRuntimeFolder const temporary;
+    Environment const chosen("KORVO_RUNTIME_DIR", nullptr);
+    Environment const session("XDG_RUNTIME_DIR", nullptr);
+    Environment const temporary_folder("TMPDIR", temporary.path().c_str());
+    std::filesystem::create_directory(temporary.path() + "/elsewhere");
+    std::filesystem::create_directory_symlink(temporary.path() + "/elsewhere",
+                                              temporary.path() + "/korvo-" + std::to_string(geteuid()));
+    EXPECT_NE(complaint(), "");
+}
+
+TEST(RuntimeFolderTest, IsRefusedWhenOthersCanWriteToIt) {
+    for (mode_t const mode : {0770U, 0707U, 0722U, 01777U}) {
+        TestRuntimeFolder const folder;
+        ASSERT_EQ(chmod(folder.path().c_str(), mode), 0);
+        std::string const said = complaint();
+        EXPECT_NE(said.find(folder.path()), std::string::npos) << said;
+        EXPECT_NE(said.find("others can write to it"), std::string::npos) << said;
+        EXPECT_NE(said.find("chmod 700"), std::string::npos) << said;
+    }
+}
+
+TEST(RuntimeFolderTest, MayBeReadByOthers) {
+    TestRuntimeFolder const folder;
+    ASSERT_EQ(chmod(folder.path().c_str(), 0755), 0);
+    EXPECT_TRUE(opens());
+}
+
+TEST(RuntimeFolderTest, IsRefusedWhenItBelongsToSomebodyElse) {
+    TestRuntimeFolder const folder;
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(folder.path().c_str(), 12345, 12345), 0);
+        std::string const said = complaint();
+        EXPECT_NE(said.find("belongs to user 12345"), std::string::npos) << said;
+    } else {
+        Environment const chosen("KORVO_RUNTIME_DIR", "/usr");
+        std::string const said = complaint();
+        EXPECT_NE(said.find("belongs to user 0"), std::string::npos) << said;
+    }
+}
+
+TEST(RuntimeFolderTest, MayBeReachedThroughALinkThatLeadsToAGoodOne) {
+    TestRuntimeFolder const parent;
+    std::filesystem::create_directory(parent.path() + "/real");
+    std::filesystem::create_directory_symlink(parent.path() + "/real", parent.path() + "/link");
+    Environment const chosen("KORVO_RUNTIME_DIR", (parent.path() + "/link").c_str());
+    ASSERT_EQ(chmod((parent.path() + "/real").c_str(), 0700), 0);
+    EXPECT_TRUE(opens());
+    ASSERT_EQ(chmod((parent.path() + "/real").c_str(), 0777), 0);
+    EXPECT_NE(complaint().find("others can write to it"), std::string::npos);
+}
+
+TEST(RuntimeFolderTest, IsRefusedWhenItIsNoFolder) {
+    TestRuntimeFolder const parent;
+    Environment const chosen("KORVO_RUNTIME_DIR", "/dev/null");
+    EXPECT_NE(complaint().find("/dev/null"), std::string::npos);
+    Environment const missing("KORVO_RUNTIME_DIR", (parent.path() + "/a/b/c").c_str());
+    EXPECT_NE(complaint().find("/a/b/c"), std::string::npos);
+}
+
+TEST(RuntimeFolderTest, ThatIsRefusedFailsInitiatorsAndTargetsWhenTheyAreOpened) {
+    TestRuntimeFolder const folder;
+    ASSERT_EQ(chmod(folder.path().c_str(), 0777), 0);
+    void *handle = nullptr;
+    EXPECT_EQ(korvo_core_ipc_initiator_init(nullptr, "name", &handle, 1), KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_EQ(korvo_core_ipc_target_init(nullptr, "service", "", "name", &handle),
+              KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_EQ(handle, nullptr);
+}
+
+TEST(RuntimeFolderTest, MayHaveAPathThatIsTooLongForSockets) {
+    TestRuntimeFolder const parent;
+    std::string const deep = parent.path() + "/" + std::string(200, 'd');
+    Environment const chosen("KORVO_RUNTIME_DIR", deep.c_str());
+    void *service = nullptr;
+    void *client = nullptr;
+    ASSERT_EQ(korvo_core_ipc_target_init(nullptr, "service", "", "name", &service),
+              KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(korvo_core_ipc_initiator_init(nullptr, "name", &client, 1), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(korvo_core_ipc_initiator_command_send(client, "service", "", "id", "{}"),
+              KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(korvo_core_ipc_deinit(client), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(korvo_core_ipc_deinit(service), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_TRUE(std::filesystem::is_empty(deep));
+}

@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "json_reader.h"
+#include "json_writer.h"
+#include "utf8.h"
+
+using json_text::is_utf8;
+using json_text::read;
+using json_text::write;
+
+namespace {
+
+std::string text_of(json::UnknownElement const &value) {
+    json::Object object;
+    object["v"] = value;
+    std::string text;
+    EXPECT_EQ(write(object, text), "");
+    return text;
+}
+
+std::string problem_of_writing(json::UnknownElement const &value) {
+    json::Object object;
+    object["v"] = value;
+    std::string text;
+    return write(object, text);
+}
+
+std::string problem_of_reading(std::string const &text) {
+    json::Object object;
+    return read(text, object);
+}
+
+json::Object object_of(std::string const &text) {
+    json::Object object;
+    EXPECT_EQ(read(text, object), "") << text;
+    return object;
+}
+
+std::string nested(int depth) {
+    // An object is the first level.
+    return "{\"v\":" + std::string(static_cast<std::size_t>(depth - 1), '[') +
+           std::string(static_cast<std::size_t>(depth - 1), ']') + "}";
+}
+
+}  // namespace
+
+TEST(JsonWriter, WritesMembersInTheirOrder) {
+    json::Object object;
+    object["command"] = json::String("Get_relay_action");
+    object["action_id"] = json::Number(17);
+    object["again"] = json::Boolean(true);
+    object["never"] = json::Boolean(false);
+    object["nothing"] = json::Null();
+    object["empty"] = json::Object();
+    json::Array list;
+    list.Insert(json::Number(1));
+    list.Insert(json::String("two"));
+    list.Insert(json::Array());
+    object["list"] = list;
+    std::string text = "before ";
+    EXPECT_EQ(write(object, text), "");
+    EXPECT_EQ(text,
+              "before {\"command\":\"Get_relay_action\",\"action_id\":17,\"again\":true,\"never\":false,"
+              "\"nothing\":null,\"empty\":{},\"list\":[1,\"two\",[]]}");
+}
+
+TEST(JsonWriter, WritesWholeNumbersWithoutAFraction) {
+    EXPECT_EQ(text_of(json::Number(0)), "{\"v\":0}");
+    EXPECT_EQ(text_of(json::Number(-0.0)), "{\"v\":0}");
+    EXPECT_EQ(text_of(json::Number(-5)), "{\"v\":-5}");
+    EXPECT_EQ(text_of(json::Number(4294967295.0)), "{\"v\":4294967295}");
+    EXPECT_EQ(text_of(json::Number(9007199254740992.0)), "{\"v\":9007199254740992}");
+}
+
+TEST(JsonWriter, WritesNumbersSoThatTheyReadBackTheSame) {
+    for (double const number :
+         {0.1, -2.5, 1e300, 5e-324, 1.0 / 3.0, 123456789.125, 1e22, 9007199254740994.0}) {
+        json::Object const object = object_of(text_of(json::Number(number)));
+        EXPECT_EQ(object["v"].CastTo<json::Number>().value(), number);
+    }
+}
+
+TEST(JsonWriter, RefusesNumbersThatJsonDoesNotHave) {
+    EXPECT_NE(problem_of_writing(json::Number(std::numeric_limits<double>::infinity())), "");
+    EXPECT_NE(problem_of_writing(json::Number(std::nan(""))), "");
+}
+
+TEST(JsonWriter, EscapesTexts) {
+    EXPECT_EQ(text_of(json::String("\"\\/\n\r\t\b\x01\x1f\x7f\xc3\xa4")),
+              "{\"v\":\"\\\"\\\\/\\n\\r\\t\\u0008\\u0001\\u001f\x7f\xc3\xa4\"}");
+    EXPECT_EQ(text_of(json::String(std::string("a\0b", 3))), "{\"v\":\"a\\u0000b\"}");
+}
+
+TEST(JsonWriter, RefusesTextsThatAreNotUtf8) {
+    EXPECT_NE(problem_of_writing(json::String("caf\xe9")), "");
+    json::Object object;
+    object["\xff"] = json::Null();
+    std::string text;
+    EXPECT_NE(write(object, text), "");
+}
+
+TEST(JsonWriter, RefusesNestingThatReadersRefuse) {
+    json::UnknownElement value = json::Array();
+    for (int depth = 1; depth < 31; ++depth) {
+        json::Array outer;
+        outer.Insert(value);
+        value = outer;
+    }
+    EXPECT_EQ(problem_of_writing(value), "");
+    json::Array outer;
+    outer.Insert(value);
+    EXPECT_NE(problem_of_writing(outer), "");
+}
+
+TEST(Utf8, IsWhatUnicodeSays) {
+    for (char const *good : {"", "plain", "\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf",
+                             "\xee\x80\x80", "\xef\xbf\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
+        EXPECT_TRUE(is_utf8(good)) << good;
+    }
+    for (char const *bad :
+         {"\x80", "\xbf", "\xc0\x80", "\xc1\xbf", "\xc2", "\xc2x", "\xe0\x9f\xbf", "\xe0\xa0", "\xed\xa0\x80",
+          "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff", "a\xe4z"}) {
+        EXPECT_FALSE(is_utf8(bad)) << bad;
+    }
+}
+
+TEST(JsonReader, ReadsEveryKindOfValue) {
+    json::Object const object = object_of(
+        " { \"text\" : \"a\\\"\\\\\\/\\b\\f\\n\\r\\t\\u00e4\\ud83d\\ude00\" , "
+        "\"list\":[1,-2,2.5,1e3,18446744073709551615],"
+        "\"yes\":true,\"no\":false,\"nothing\":null,\"inner\":{\"deep\":{}} } ");
+    EXPECT_EQ(object["text"].CastTo<json::String>().value(), "a\"\\/\b\f\n\r\t\xc3\xa4\xf0\x9f\x98\x80");
+    json::Array const &list = object["list"].CastTo<json::Array>();
+    std::vector<double> numbers;
+    for (json::UnknownElement const &element : list) {
+        numbers.push_back(element.CastTo<json::Number>().value());
+    }
+    EXPECT_EQ(numbers, (std::vector<double>{1, -2, 2.5, 1000, 18446744073709551616.0}));
+    EXPECT_TRUE(object["yes"].CastTo<json::Boolean>().value());
+    EXPECT_FALSE(object["no"].CastTo<json::Boolean>().value());
+    EXPECT_NO_THROW((void)object["nothing"].CastTo<json::Null>());
+    EXPECT_TRUE(object["inner"].CastTo<json::Object>()["deep"].CastTo<json::Object>().empty());
+}
+
+TEST(JsonReader, KeepsTheOrderOfMembers) {
+    json::Object const object = object_of("{\"z\":1,\"a\":2,\"m\":3}");
+    std::string names;
+    for (json::Object::Member const &member : object) {
+        names += member.name;
+    }
+    EXPECT_EQ(names, "zam");
+}
+
+TEST(JsonReader, ReadsTextsAndNamesOfAnyLength) {
+    std::string const large(300000, 'x');
+    json::Object const object = object_of("{\"" + large + "\":\"" + large + "\\n" + large + "\"}");
+    EXPECT_EQ(object[large].CastTo<json::String>().value(), large + "\n" + large);
+}
+
+TEST(JsonReader, RefusesWhatIsNoObject) {
+    for (char const *text : {"",
+                             " ",
+                             "[]",
+                             "1",
+                             "\"text\"",
+                             "null",
+                             "true",
+                             "nonsense",
+                             "{",
+                             "{\"a\"}",
+                             "{\"a\":}",
+                             "{\"a\":1,}",
+                             "{} {}",
+                             "{}x",
+                             "{'a':1}",
+                             "{\"a\":01}",
+                             "{\"a\":+1}",
+                             "{\"a\":.5}",
+                             "{\"a\":NaN}",
+                             "{\"a\":Infinity}",
+                             "{\"a\":\"\\x\"}",
+                             "{\"a\":\"\\ud800\"}",
+                             "{\"a\":\"\n\"}",
+                             "{/**/}",
+                             "{\"a\":1}\xef\xbb\xbf"}) {
+        EXPECT_NE(problem_of_reading(text), "") << text;
+    }
+}
+
+TEST(JsonReader, RefusesTextsThatAreNotUtf8) {
+    EXPECT_NE(problem_of_reading("{\"a\":\"\xff\"}"), "");
+    EXPECT_NE(problem_of_reading("{\"\xc0\x80\":1}"), "");
+}
+
+TEST(JsonReader, RefusesNumbersThatNoDoubleHolds) {
+    EXPECT_NE(problem_of_reading("{\"a\":1e999}"), "");
+    EXPECT_NE(problem_of_reading("{\"a\":-1e999}"), "");
+}
+
+TEST(JsonReader, RefusesANameThatStandsTwiceInAnObject) {
+    EXPECT_NE(problem_of_reading("{\"a\":1,\"a\":2}"), "");
+    EXPECT_EQ(problem_of_reading("{\"a\":{\"a\":1}}"), "");
+}
+
+TEST(JsonReader, HasABoundOnDepth) {
+    EXPECT_EQ(problem_of_reading(nested(32)), "");
+    EXPECT_NE(problem_of_reading(nested(33)), "");
+    EXPECT_NE(problem_of_reading("{\"v\":" + std::string(500000, '[')), "");
+}
+
+TEST(JsonReader, HasABoundOnTheMembersOfAnObject) {
+    std::string text = "{\"0\":0";
+    for (int number = 1; number < 1024; ++number) {
+        text += ",\"" + std::to_string(number) + "\":0";
+    }
+    EXPECT_EQ(problem_of_reading(text + "}"), "");
+    EXPECT_NE(problem_of_reading(text + ",\"more\":0}"), "");
+}
+
+TEST(JsonReader, HasABoundOnAllValues) {
+    std::string list = "0";
+    // The list itself is a value too.
+    for (int number = 1; number < 65535; ++number) {
+        list += ",0";
+    }
+    EXPECT_EQ(problem_of_reading("{\"v\":[" + list + "]}"), "");
+    EXPECT_NE(problem_of_reading("{\"v\":[" + list + ",0]}"), "");
+    std::string empty_lists = "[]";
+    for (int number = 0; number < 200000; ++number) {
+        empty_lists += ",[]";
+    }
+    EXPECT_NE(problem_of_reading("{\"v\":[" + empty_lists + "]}"), "");
+}
+
+TEST(JsonReader, HasABoundOnSize) {
+    std::string const frame = "{\"v\":\"\"}";
+    EXPECT_EQ(problem_of_reading("{\"v\":\"" + std::string(1048576 - frame.size(), 'x') + "\"}"), "");
+    EXPECT_NE(problem_of_reading("{\"v\":\"" + std::string(1048576 - frame.size() + 1, 'x') + "\"}"), "");
+}
+
+TEST(JsonReader, SaysWhereTheTextIsBroken) {
+    EXPECT_NE(problem_of_reading("{\"a\":1,\"b\":}").find("at byte 11"), std::string::npos)
+        << problem_of_reading("{\"a\":1,\"b\":}");
+}

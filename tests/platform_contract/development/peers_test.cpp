@@ -1,0 +1,318 @@
+// SPDX-License-Identifier: Apache-2.0
+// Peers that die, stop, are strangers, or do not keep to the protocol.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <thread>
+
+#include "addressing.h"
+#include "child_process.h"
+#include "frame.h"
+#include "raw_socket.h"
+#include "support/ends.h"
+
+using platform::socket_name;
+namespace frame = platform::frame;
+
+namespace {
+
+std::string socket_path(char const *service = "sample", char const *target = "") {
+    return std::string(std::getenv("KORVO_RUNTIME_DIR")) + "/" + socket_name(service, target);
+}
+
+std::string frame_of(frame::Type type, std::string_view first, std::string_view second) {
+    std::string bytes;
+    frame::append(bytes, type, first, second);
+    return bytes;
+}
+
+/// Whether the service answers an initiator.
+void expect_to_serve(Service &service) {
+    Client client;
+    ASSERT_EQ(client.send("still there", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    Command command;
+    ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(command.request_id, "still there");
+}
+
+using Milliseconds = std::chrono::milliseconds;
+
+Milliseconds since(std::chrono::steady_clock::time_point start) {
+    return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now() - start);
+}
+
+}  // namespace
+
+TEST(KilledService, EndsACallThatWaitsAndTheNextCallWorksWhenItIsBack) {
+    auto process = std::make_unique<ServiceProcess>();
+    ASSERT_TRUE(process->is_ready());
+    Client client;
+    ASSERT_EQ(client.send("first", "echo"), KORVO_CORE_STATUS_NO_ERROR);
+    Response response;
+    ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
+
+    ASSERT_EQ(client.send("second", "silent"), KORVO_CORE_STATUS_NO_ERROR);
+    Mailbox<korvo_core_status> ended;
+    std::thread caller([&] {
+        Response none;
+        ended.put(client.receive(none, -1));
+    });
+    EXPECT_FALSE(ended.take(Milliseconds(50)).has_value());
+    auto const start = std::chrono::steady_clock::now();
+    process->kill();
+    EXPECT_EQ(ended.take(), KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_LT(since(start), Milliseconds(2000));
+    caller.join();
+
+    EXPECT_EQ(client.send("third", "echo"), KORVO_CORE_STATUS_DISABLED_TARGET);
+    // The dead process's socket file is still there; the new one takes its place.
+    EXPECT_TRUE(std::filesystem::exists(socket_path()));
+    Service again;
+    ASSERT_EQ(client.send("fourth", "echo"), KORVO_CORE_STATUS_NO_ERROR);
+    Command command;
+    ASSERT_EQ(again.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(command.request_id, "fourth");
+}
+
+TEST(KilledService, EndsEveryCallThatWaitsOnIt) {
+    auto process = std::make_unique<ServiceProcess>();
+    ASSERT_TRUE(process->is_ready());
+    Client client;
+    constexpr int callers = 4;
+    Mailbox<korvo_core_status> ended;
+    std::vector<std::thread> threads;
+    for (int caller = 0; caller < callers; ++caller) {
+        ASSERT_EQ(client.send(std::to_string(caller).c_str(), "silent"), KORVO_CORE_STATUS_NO_ERROR);
+        threads.emplace_back([&] {
+            Response none;
+            ended.put(client.receive(none, -1));
+        });
+    }
+    EXPECT_FALSE(ended.take(Milliseconds(50)).has_value());
+    process->kill();
+    for (int caller = 0; caller < callers; ++caller) {
+        EXPECT_EQ(ended.take(), KORVO_CORE_STATUS_IPC_FAILED);
+    }
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
+
+TEST(KilledService, DoesNotGetACommandTwice) {
+    auto process = std::make_unique<ServiceProcess>();
+    ASSERT_TRUE(process->is_ready());
+    Client client;
+    ASSERT_EQ(client.send("unanswered", "silent"), KORVO_CORE_STATUS_NO_ERROR);
+    process->kill();
+    Service again;
+    ASSERT_EQ(client.send("next", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    Command command;
+    ASSERT_EQ(again.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(command.request_id, "next");
+    EXPECT_EQ(again.poll(command, 0), KORVO_CORE_STATUS_IPC_FAILED);
+}
+
+TEST(StoppedService, MakesCallsTimeOutAndAnswersLate) {
+    ServiceProcess process;
+    ASSERT_TRUE(process.is_ready());
+    Client client;
+    process.signal(SIGSTOP);
+    ASSERT_EQ(client.send("id", "echo"), KORVO_CORE_STATUS_NO_ERROR);
+    Response response;
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(client.receive(response, 100), KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_GE(since(start), Milliseconds(99));
+    process.signal(SIGCONT);
+    ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(response.request_id, "id");
+}
+
+TEST(KilledInitiator, LeavesAServiceThatServesOthers) {
+    Service service;
+    ChildProcess process([](std::function<void()> const &ready) {
+        void *client = nullptr;
+        if (korvo_core_ipc_initiator_init(nullptr, "victim", &client, 1) == KORVO_CORE_STATUS_NO_ERROR &&
+            korvo_core_ipc_initiator_event_subscribe(client, "sample") == KORVO_CORE_STATUS_NO_ERROR &&
+            korvo_core_ipc_initiator_command_send(client, "sample", "", "last words", "{}") ==
+                KORVO_CORE_STATUS_NO_ERROR) {
+            ready();
+        }
+        (void)pause();
+    });
+    ASSERT_TRUE(process.is_ready());
+    Command command;
+    ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(command.request_id, "last words");
+    process.kill();
+    (void)service.respond(command, "{}");
+    EXPECT_EQ(service.publish("{}"), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(service.poll(command, 0), KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_EQ(service.respond(command, "{}"), KORVO_CORE_STATUS_DISABLED_TARGET);
+    expect_to_serve(service);
+}
+
+TEST(BrokenInitiator, IsDisconnectedAndHarmsNobody) {
+    Service service;
+    for (std::string const &garbage :
+         {std::string("GET / HTTP/1.1\r\n\r\n"), std::string("KV\x01\x01\xff\xff\xff\xff", 8),
+          std::string(5000, '\0')}) {
+        RawSocket const peer = RawSocket::connect(socket_path());
+        ASSERT_TRUE(peer.is_open());
+        ASSERT_TRUE(peer.send(garbage));
+        Command command;
+        EXPECT_EQ(service.poll(command, 50), KORVO_CORE_STATUS_IPC_FAILED);
+        EXPECT_TRUE(peer.ends());
+    }
+    expect_to_serve(service);
+}
+
+TEST(BrokenInitiator, ThatSendsHalfAFrameHoldsNobodyUp) {
+    Service service;
+    RawSocket const peer = RawSocket::connect(socket_path());
+    ASSERT_TRUE(peer.send(std::string("KV\x01\x01\x00\x00\x10\x00partial", 15)));
+    expect_to_serve(service);
+}
+
+TEST(BrokenInitiator, ThatSendsWhatOnlyServicesSendIsPassedOver) {
+    Service service;
+    RawSocket const peer = RawSocket::connect(socket_path());
+    ASSERT_TRUE(peer.send(frame_of(frame::Type::response, "id", "{}") +
+                          frame_of(frame::Type::event, "", "{}") +
+                          frame_of(frame::Type::command, "id", "{}")));
+    Command command;
+    ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(command.request_id, "id");
+}
+
+namespace {
+
+/// Something that listens in a service's place and speaks as the test says.
+class FakeService {
+  public:
+    FakeService() : listener_(RawSocket::listen(socket_path("broken", ""))) {}
+    ~FakeService() { (void)unlink(socket_path("broken", "").c_str()); }
+    FakeService(FakeService const &) = delete;
+    FakeService &operator=(FakeService const &) = delete;
+
+    RawSocket accept() const { return listener_.accept(); }
+
+  private:
+    RawSocket listener_;
+};
+
+}  // namespace
+
+TEST(BrokenService, EndsACallAtOnce) {
+    FakeService const service;
+    Client client;
+    ASSERT_EQ(client.send("id", "{}", "broken", ""), KORVO_CORE_STATUS_NO_ERROR);
+    RawSocket const peer = service.accept();
+    ASSERT_FALSE(peer.receive().empty());
+    ASSERT_TRUE(peer.send("this is no frame"));
+    Response response;
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(client.receive(response, 20000), KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_LT(since(start), Milliseconds(10000));
+    EXPECT_TRUE(peer.ends());
+}
+
+TEST(BrokenService, MayAnswerWhatWasNotAskedWithoutHarm) {
+    FakeService const service;
+    Client client;
+    ASSERT_EQ(client.send("id", "{}", "broken", ""), KORVO_CORE_STATUS_NO_ERROR);
+    RawSocket const peer = service.accept();
+    ASSERT_FALSE(peer.receive().empty());
+    ASSERT_TRUE(peer.send(frame_of(frame::Type::response, "another id", "{\"n\":1}") +
+                          frame_of(frame::Type::event, "s", "{\"event\":\"Unwanted\"}") +
+                          frame_of(frame::Type::command, "id", "{}") +
+                          frame_of(frame::Type::response, "id", "{\"n\":2}") +
+                          frame_of(frame::Type::response, "id", "{\"n\":3}")));
+    Response response;
+    ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(response.response, "{\"n\":2}");
+    EXPECT_EQ(client.receive(response, 0), KORVO_CORE_STATUS_IPC_FAILED);
+}
+
+TEST(BrokenService, CannotAnswerForAnotherOne) {
+    FakeService const broken;
+    Service service;
+    Client client;
+    ASSERT_EQ(client.send("to broken", "{}", "broken", ""), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(client.send("to sample", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    RawSocket const peer = broken.accept();
+    ASSERT_FALSE(peer.receive().empty());
+    ASSERT_TRUE(peer.send(frame_of(frame::Type::response, "to sample", "{\"forged\":true}") +
+                          frame_of(frame::Type::response, "to broken", "{}")));
+    Response response;
+    ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(response.request_id, "to broken");
+    Command command;
+    ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(service.respond(command, "{\"forged\":false}"), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(response.response, "{\"forged\":false}");
+}
+
+TEST(Strangers, AreDisconnectedByTheService) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    Service service;
+    // Opens what the folder and the socket keep closed, so that only the check of the peer is left.
+    ASSERT_EQ(chmod(std::getenv("KORVO_RUNTIME_DIR"), 0755), 0);
+    ASSERT_EQ(chmod(socket_path().c_str(), 0777), 0);
+    std::string const path = socket_path();
+    ChildProcess stranger([&](std::function<void()> const &ready) {
+        if (setuid(12345) != 0) {
+            return;
+        }
+        RawSocket const peer = RawSocket::connect(path);
+        if (peer.is_open() && peer.send(frame_of(frame::Type::command, "stranger", "{}"))) {
+            ready();
+        }
+        (void)pause();
+    });
+    ASSERT_TRUE(stranger.is_ready());
+    testing::internal::CaptureStderr();
+    Command command;
+    EXPECT_EQ(service.poll(command, 50), KORVO_CORE_STATUS_IPC_FAILED);
+    std::string const said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("of user 12345"), std::string::npos) << said;
+    expect_to_serve(service);
+}
+
+TEST(Strangers, WhoListenInAServicesPlaceAreNotSpokenTo) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root can become another user";
+    }
+    std::string const folder = std::getenv("KORVO_RUNTIME_DIR");
+    std::string const path = socket_path("strange", "");
+    std::string const elsewhere = folder + "/open";
+    ASSERT_EQ(mkdir(elsewhere.c_str(), 0777), 0);
+    ASSERT_EQ(chmod(elsewhere.c_str(), 0777), 0);
+    ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
+    ChildProcess stranger([&](std::function<void()> const &ready) {
+        if (setuid(12345) != 0) {
+            return;
+        }
+        RawSocket const listener = RawSocket::listen(elsewhere + "/socket");
+        if (listener.is_open()) {
+            ready();
+        }
+        (void)pause();
+    });
+    ASSERT_TRUE(stranger.is_ready());
+    ASSERT_EQ(rename((elsewhere + "/socket").c_str(), path.c_str()), 0);
+    Client client;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(client.send("id", "{}", "strange", ""), KORVO_CORE_STATUS_IPC_FAILED);
+    std::string const said = testing::internal::GetCapturedStderr();
+    EXPECT_NE(said.find("of user 12345"), std::string::npos) << said;
+    (void)unlink(path.c_str());
+    (void)rmdir(elsewhere.c_str());
+}
