@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+// The example programs, as a user runs them.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/child.h"
+#include "support/operation.h"
+#include "support/service.h"
+
+namespace end_to_end {
+
+namespace {
+
+Finished runExample(std::string const &name, std::vector<std::string> arguments = {}) {
+    return run({std::string(KORVO_EXAMPLES_FOLDER) + "/" + name, std::move(arguments), {}});
+}
+
+TEST(ListActions, SaysSoWhenThereAreNone) {
+    Service const service;
+    Finished const finished = runExample("list_actions");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "The service has no actions.\n");
+}
+
+TEST(ListActions, NamesTheTypeOfEachAction) {
+    Service const service;
+    Client client;
+    ASSERT_EQ(operation("create_ptz_tour_action").send(client.handle(), nullptr, {"tour", "1"}).status,
+              KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(operation("create_wiper_action").send(client.handle(), nullptr, {"wipe"}).status,
+              KORVO_CORE_STATUS_NO_ERROR);
+    Finished const finished = runExample("list_actions");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "action 1: PTZ tour\naction 2: wiper\n");
+}
+
+TEST(AsynchronousList, ListsActionsWithTheirTypes) {
+    Service const service;
+    Client client;
+    ASSERT_EQ(operation("create_ptz_scan_action").send(client.handle(), nullptr, {"scan", "1"}).status,
+              KORVO_CORE_STATUS_NO_ERROR);
+    Finished const finished = runExample("asynchronous_list");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "action 1 of type 6\n1 actions\n");
+}
+
+TEST(VersionCheck, TellsBothVersions) {
+    Service const service({"--target-version", "2.3"});
+    Finished const finished = runExample("version_check");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "This client speaks version 1.19, the service 2.3\n");
+}
+
+TEST(TimedSnapshots, SavesPicturesAndCleansUp) {
+    Service const service;
+    Finished const finished = runExample("timed_snapshots", {"2"});
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(count(finished.out, "Action_completed: action 1 \"timed snapshot\" succeeded"), 2U)
+        << finished.out;
+    EXPECT_TRUE(std::filesystem::exists(service.snapshots() / "timed.jpg"));
+    Client client;
+    EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).results,
+              (Values{Numbers{}, Numbers{}}));
+    EXPECT_EQ(operation("get_triggers").send(client.handle(), nullptr, {}).results,
+              (Values{Numbers{}, Numbers{}}));
+}
+
+TEST(TimedSnapshots, FailsWhenTheServiceDoesNotSaveAny) {
+    Service const service({"--fail", "Create_snapshot_action=9"});
+    Finished const finished = runExample("timed_snapshots", {"1"});
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+    EXPECT_NE(finished.errors.find("create_snapshot_action"), std::string::npos) << finished.errors;
+}
+
+class WithoutService : public ::testing::TestWithParam<char const *> {};
+
+INSTANTIATE_TEST_SUITE_P(, WithoutService,
+                         ::testing::Values("list_actions", "asynchronous_list", "version_check",
+                                           "timed_snapshots"),
+                         [](auto const &tested) { return std::string(tested.param); });
+
+TEST_P(WithoutService, AnExampleExplainsWhatIsWrongAndFails) {
+    Finished const finished = runExample(GetParam());
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+    EXPECT_NE(finished.errors.find("status 10"), std::string::npos) << finished.errors;
+}
+
+}  // namespace
+
+}  // namespace end_to_end
