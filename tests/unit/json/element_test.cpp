@@ -9,6 +9,7 @@
 
 #include "json/json.h"
 #include "json_printing.h"
+#include "live_blocks/live_blocks.h"
 
 namespace {
 
@@ -197,9 +198,16 @@ TEST(JsonElement, MayBeAssignedAPartOfItself) {
 }
 
 TEST(JsonElement, MayTakeOverAPartOfItself) {
-    json::UnknownElement element = arrayOf({json::String("first"), arrayOf({json::String("inner")})});
-    element = std::move(*(element.ConvertTo<json::Array>().begin() + 1));
-    EXPECT_EQ(element, json::UnknownElement(arrayOf({json::String("inner")})));
+    bool as_expected = false;
+    live_blocks::Recording recording;
+    {
+        json::UnknownElement element = arrayOf({json::String("first"), arrayOf({json::String("inner")})});
+        element = std::move(*(element.ConvertTo<json::Array>().begin() + 1));
+        as_expected = element == json::UnknownElement(arrayOf({json::String("inner")}));
+    }
+    // An element that came to hold itself would never be freed.
+    EXPECT_TRUE(recording.end().empty());
+    EXPECT_TRUE(as_expected);
 }
 
 TEST(JsonElement, HoldsItsWholeInAPartOfItself) {
