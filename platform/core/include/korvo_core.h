@@ -84,8 +84,7 @@ KORVO_CORE_ENUM(korvo_core_settings_type){
     KORVO_CORE_SETTING_TYPE_ARRAYOFDOUBLE = 8, KORVO_CORE_SETTING_TYPE_UNKNOWN = 9};
 typedef enum korvo_core_settings_type korvo_core_settings_type;
 
-/* ---- Statuses and the core as a whole
- * ------------------------------------------------------------------------ */
+/* ---- Statuses and the core as a whole ---- */
 
 /* A short text for a status, one for all values without a name; never NULL, never freed. */
 KORVO_CORE_EXPORT char const *korvo_core_status_to_string(korvo_core_status status);
@@ -95,8 +94,7 @@ KORVO_CORE_EXPORT char const *korvo_core_status_to_string(korvo_core_status stat
 KORVO_CORE_EXPORT korvo_core_status korvo_core_init(void);
 KORVO_CORE_EXPORT korvo_core_status korvo_core_deinit(void);
 
-/* ---- Messaging: initiators
- * ----------------------------------------------------------------------------------- */
+/* ---- Messaging: initiators ---- */
 
 /* Opens the client side of the messaging. Connects to nothing yet.
  *
@@ -171,8 +169,7 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_event_receive_callb
     void *messaging, void (*callback)(char **service, char **source, char **event, void *context),
     void *context);
 
-/* ---- Messaging: targets
- * -------------------------------------------------------------------------------------- */
+/* ---- Messaging: targets ---- */
 
 /* Opens a target of a service and listens. Only processes of the same user, and of root, are let in.
  *
@@ -222,17 +219,15 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_response_send(void *me
  * delays nobody else. Status 4: the event is too large. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_target_event_send(void *messaging, char const *event);
 
-/* ---- Messaging: both
- * ----------------------------------------------------------------------------------------- */
+/* ---- Messaging: both ---- */
 
 /* Closes a handle. Calls that wait in other threads return with status 4. Waits for a callback that is
  * running, so that none runs any more when it returns; so it must not be called with a lock held that a
  * callback takes. From inside a callback of the same handle it returns at once, and no other callback is
- * made. What was sent before is delivered. */
+ * made. What was sent before is delivered, as far as the sockets take it. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_deinit(void *messaging);
 
-/* ---- Logging
- * ------------------------------------------------------------------------------------------------- */
+/* ---- Logging ---- */
 
 /* Opens a logger. Records go to standard error, one line each: time, priority, process[name]: text. Line ends
  * and other control characters in a text are escaped.
@@ -262,8 +257,7 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_logging_log(void *logging, korvo_
 KORVO_CORE_EXPORT void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority,
                                                char const *format, va_list arguments) KORVO_CORE_PRINTF(3, 0);
 
-/* ---- Lists
- * --------------------------------------------------------------------------------------------------- */
+/* ---- Lists ---- */
 
 /* Makes a list: a NULL-terminated array of pointers to `count` elements, the array and each element a block
  * of their own from malloc(). Elements are 0; the slots of a list of texts are NULL, to be filled from the

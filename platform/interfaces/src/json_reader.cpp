@@ -2,6 +2,7 @@
 #include "json_reader.h"
 
 #include <boost/json/basic_parser_impl.hpp>
+#include <charconv>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -80,19 +81,33 @@ class Builder {
         return put(json::String(std::exchange(text_, std::string())), code) != nullptr;
     }
 
-    bool on_number_part(bj::string_view, bj::error_code &) { return true; }
+    bool on_number_part(bj::string_view part, bj::error_code &) {
+        number_.append(part.data(), part.size());
+        return true;
+    }
 
     bool on_int64(std::int64_t number, bj::string_view, bj::error_code &code) {
+        number_.clear();
         return put(json::Number(static_cast<double>(number)), code) != nullptr;
     }
 
     bool on_uint64(std::uint64_t number, bj::string_view, bj::error_code &code) {
+        number_.clear();
         return put(json::Number(static_cast<double>(number)), code) != nullptr;
     }
 
-    bool on_double(double number, bj::string_view, bj::error_code &code) {
-        if (!std::isfinite(number)) {
-            return refuse("a number is too large", code);
+    bool on_double(double estimate, bj::string_view part, bj::error_code &code) {
+        number_.append(part.data(), part.size());
+        // The parser's own result may be a few digits off at the end; numbers come back as they were sent.
+        double number = 0;
+        auto const converted = std::from_chars(number_.data(), number_.data() + number_.size(), number);
+        number_.clear();
+        if (converted.ec == std::errc::result_out_of_range) {
+            if (!(std::fabs(estimate) < 1)) {
+                return refuse("a number is too large", code);
+            }
+            // Too close to zero to be told from it.
+            number = 0;
         }
         return put(json::Number(number), code) != nullptr;
     }
@@ -141,6 +156,7 @@ class Builder {
     std::vector<Open> open_;
     std::string key_;
     std::string text_;
+    std::string number_;
     std::size_t values_ = 0;
     std::string why_;
 };

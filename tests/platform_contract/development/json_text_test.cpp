@@ -197,6 +197,24 @@ TEST(JsonReader, RefusesTextsThatAreNotUtf8) {
     EXPECT_NE(problem_of_reading("{\"\xc0\x80\":1}"), "");
 }
 
+TEST(JsonReader, ReadsTheDoubleThatIsNearestToANumber) {
+    // Literals of the compiler beside the same digits in a text.
+    EXPECT_EQ(object_of("{\"v\":18446744073709777777777551614}")["v"].CastTo<json::Number>().value(),
+              18446744073709777777777551614.0);
+    EXPECT_EQ(
+        object_of("{\"v\":6666666666666666666666666666666666666666619}")["v"].CastTo<json::Number>().value(),
+        6666666666666666666666666666666666666666619.0);
+    EXPECT_EQ(object_of("{\"v\":-1.7976931348623157e308}")["v"].CastTo<json::Number>().value(),
+              -1.7976931348623157e308);
+    EXPECT_EQ(object_of("{\"v\":2.2250738585072011e-308}")["v"].CastTo<json::Number>().value(),
+              2.2250738585072011e-308);
+    EXPECT_EQ(object_of("{\"v\":0.3}")["v"].CastTo<json::Number>().value(), 0.3);
+}
+
+TEST(JsonReader, ReadsNumbersTooCloseToZeroAsZero) {
+    EXPECT_EQ(object_of("{\"v\":1e-999}")["v"].CastTo<json::Number>().value(), 0.0);
+}
+
 TEST(JsonReader, RefusesNumbersThatNoDoubleHolds) {
     EXPECT_NE(problem_of_reading("{\"a\":1e999}"), "");
     EXPECT_NE(problem_of_reading("{\"a\":-1e999}"), "");
