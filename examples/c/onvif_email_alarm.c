@@ -4,10 +4,24 @@
  * the service such an event to try it out, and cleans up. The service for development machines writes the message
  * into a folder (see its option --outbox) and sends nothing.
  */
+#include <errno.h>
+#include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
+#include <time.h>
 
 #include "korvo_api_action_engine.h"
+
+enum { seconds_to_wait_for_the_mail = 10 };
+
+/* What the event handler, which runs on a thread of the messaging layer, tells the main thread. */
+typedef struct {
+    pthread_mutex_t mutex;
+    pthread_cond_t changed;
+    unsigned int action_id;
+    int completed;
+    int succeeded;
+} watch;
 
 /* Says what went wrong with what; returns 1 for success. */
 static int succeeded(char const *what, korvo_core_status status) {
@@ -73,7 +87,56 @@ static int show_recipients(void *handle, unsigned int action_id) {
     return read;
 }
 
+static void on_action_completed(unsigned int action_id, char const *action_name, unsigned char success,
+                                char const *source, void *context) {
+    watch *const events = context;
+    (void)action_name;
+    (void)source;
+    pthread_mutex_lock(&events->mutex);
+    if (action_id == events->action_id) {
+        events->completed = 1;
+        events->succeeded = success;
+        pthread_cond_signal(&events->changed);
+    }
+    pthread_mutex_unlock(&events->mutex);
+}
+
+/*
+ * Hands the service a motion event and waits until it has run the action. Without the waiting, the action might be
+ * deleted before its turn comes.
+ */
+static int try_it_out(void *handle, watch *events, unsigned int trigger_id, unsigned int action_id) {
+    struct timespec limit;
+    int waiting = 0;
+    int sent = 0;
+
+    pthread_mutex_lock(&events->mutex);
+    events->action_id = action_id;
+    pthread_mutex_unlock(&events->mutex);
+    if (!succeeded("onvif_event",
+                   korvo_api_action_engine_onvif_event_send(handle, NULL, "tns1:VideoSource/MotionAlarm",
+                                                            "<tt:Message><tt:Data/></tt:Message>",
+                                                            namespace_keys, namespace_uris))) {
+        return 0;
+    }
+    clock_gettime(CLOCK_REALTIME, &limit);
+    limit.tv_sec += seconds_to_wait_for_the_mail;
+    pthread_mutex_lock(&events->mutex);
+    while (!events->completed && waiting != ETIMEDOUT) {
+        waiting = pthread_cond_timedwait(&events->changed, &events->mutex, &limit);
+    }
+    sent = events->completed && events->succeeded;
+    pthread_mutex_unlock(&events->mutex);
+    if (sent) {
+        printf("Trigger %u has fired; the service has run action %u\n", trigger_id, action_id);
+    } else {
+        fprintf(stderr, "The service has not run action %u; its log says why\n", action_id);
+    }
+    return sent;
+}
+
 int main(void) {
+    watch events = {PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 0, 0, 0};
     void *logging = NULL;
     void *handle = NULL;
     unsigned int action_id = 0;
@@ -83,16 +146,12 @@ int main(void) {
     if (!succeeded("logging_init", korvo_core_logging_init("onvif_email_alarm", &logging))) {
         return EXIT_FAILURE;
     }
+    /* The flag subscribes to events at once, so that none is missed. */
     if (succeeded("initiator_init",
-                  korvo_api_action_engine_initiator_init(NULL, logging, &handle, 0, "onvif_email_alarm"))) {
+                  korvo_api_action_engine_initiator_init(NULL, logging, &handle, 1, "onvif_email_alarm"))) {
+        korvo_api_action_engine_action_completed_register_event_handler(handle, on_action_completed, &events);
         done = create_alarm(handle, &trigger_id, &action_id) && show_recipients(handle, action_id) &&
-               succeeded("onvif_event",
-                         korvo_api_action_engine_onvif_event_send(
-                             handle, NULL, "tns1:VideoSource/MotionAlarm",
-                             "<tt:Message><tt:Data/></tt:Message>", namespace_keys, namespace_uris));
-        if (done) {
-            printf("Trigger %u has fired; the service runs action %u\n", trigger_id, action_id);
-        }
+               try_it_out(handle, &events, trigger_id, action_id);
         if (trigger_id != 0) {
             done = succeeded("delete_trigger",
                              korvo_api_action_engine_delete_trigger_send(handle, NULL, trigger_id)) &&

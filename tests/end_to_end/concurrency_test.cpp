@@ -37,7 +37,7 @@ TEST(EightThreads, ShareOneHandle) {
     Automation const automation(client, "busy");
     auto const mark = ErrorOutput::ofThisProgram().mark();
 
-    callFromThreads({&client}, threads, rounds, automation);
+    callFromThreads({&client}, threads, rounds, automation, {&recorder});
 
     EXPECT_TRUE(recorder.waitForCount(threads * rounds)) << recorder.count();
     for (ActionCompleted const &event : recorder.events()) {
@@ -53,7 +53,9 @@ TEST(EightThreads, HaveAHandleEach) {
     Service const service;
     std::vector<std::unique_ptr<Client>> clients;
     std::vector<Client const *> borrowed;
+    std::vector<EventRecorder const *> all_recorders;
     for (EventRecorder &recorder : recorders) {
+        all_recorders.push_back(&recorder);
         clients.push_back(std::make_unique<Client>(Events::subscribed));
         recorder.registerOn(*clients.back());
         borrowed.push_back(clients.back().get());
@@ -63,7 +65,7 @@ TEST(EightThreads, HaveAHandleEach) {
     Automation const automation(*clients[0], "busy");
     auto const mark = ErrorOutput::ofThisProgram().mark();
 
-    callFromThreads(borrowed, threads, rounds, automation);
+    callFromThreads(borrowed, threads, rounds, automation, all_recorders);
 
     for (EventRecorder const &recorder : recorders) {
         EXPECT_TRUE(recorder.waitForCount(threads * rounds)) << recorder.count();

@@ -2,6 +2,7 @@
 // The example programs, as a user runs them.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "support/child.h"
@@ -73,11 +74,51 @@ TEST(TimedSnapshots, FailsWhenTheServiceDoesNotSaveAny) {
     EXPECT_NE(finished.errors.find("create_snapshot_action"), std::string::npos) << finished.errors;
 }
 
+TEST(OnvifEmailAlarm, HasAMailSentAndCleansUp) {
+    Service const service;
+    // Again and again, since cleaning up must never come before the mail.
+    constexpr unsigned int runs = 5;
+    for (unsigned int n = 1; n <= runs; ++n) {
+        Finished const finished = runExample("onvif_email_alarm");
+        EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+        std::string const number = std::to_string(n);
+        EXPECT_EQ(finished.out,
+                  "\"Motion at the door\" goes to guard@example.org through mail.example.org\n"
+                  "Trigger " +
+                      number + " has fired; the service has run action " + number + "\n");
+    }
+    unsigned int mails = 0;
+    for (auto const &entry : std::filesystem::directory_iterator(service.outbox())) {
+        mails += entry.path().extension() == ".eml" ? 1U : 0U;
+    }
+    EXPECT_EQ(mails, runs);
+    Client client;
+    EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).results,
+              (Values{Numbers{}, Numbers{}}));
+    EXPECT_EQ(operation("get_triggers").send(client.handle(), nullptr, {}).results,
+              (Values{Numbers{}, Numbers{}}));
+}
+
+TEST(RelayOfficeHours, SetsShowsAndRemovesFilters) {
+    Service const service;
+    Finished const finished = runExample("relay_office_hours");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out,
+              "The relay may switch:\n"
+              "  weekdays 62, from 8 to 12 o'clock\n"
+              "  weekdays 62, from 13 to 17 o'clock\n"
+              "And without filters:\n"
+              "  at any time\n");
+    Client client;
+    EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).results,
+              (Values{Numbers{}, Numbers{}}));
+}
+
 class WithoutService : public ::testing::TestWithParam<char const *> {};
 
 INSTANTIATE_TEST_SUITE_P(, WithoutService,
                          ::testing::Values("list_actions", "asynchronous_list", "version_check",
-                                           "timed_snapshots"),
+                                           "timed_snapshots", "onvif_email_alarm", "relay_office_hours"),
                          [](auto const &tested) { return std::string(tested.param); });
 
 TEST_P(WithoutService, AnExampleExplainsWhatIsWrongAndFails) {

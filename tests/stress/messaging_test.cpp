@@ -33,7 +33,7 @@ TEST(Stress, EightThreadsOnOneHandleWithEvents) {
     recorder.registerOn(client);
     Automation const automation(client, "stress");
     auto const mark = ErrorOutput::ofThisProgram().mark();
-    callFromThreads({&client}, threads, rounds(), automation);
+    callFromThreads({&client}, threads, rounds(), automation, {&recorder});
     EXPECT_TRUE(recorder.waitForCount(threads * rounds())) << recorder.count();
     EXPECT_EQ(recorder.count(), threads * rounds());
     std::string const log = ErrorOutput::ofThisProgram().since(mark);

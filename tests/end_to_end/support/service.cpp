@@ -23,8 +23,9 @@ Command Service::command(std::vector<std::string> options) {
 Service::Service(std::vector<std::string> options)
     : options_(std::move(options)),
       state_(Workspace::ofThisProgram().newFolder("service")),
-      snapshots_(state_ / "snapshots") {
-    options_.insert(options_.end(), {"--snapshots", snapshots_.string()});
+      snapshots_(state_ / "snapshots"),
+      outbox_(state_ / "outbox") {
+    options_.insert(options_.end(), {"--snapshots", snapshots_.string(), "--outbox", outbox_.string()});
     start();
 }
 

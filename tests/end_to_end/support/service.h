@@ -37,6 +37,7 @@ class Service {
     bool running() const { return child_ != nullptr && child_->running(); }
     pid_t pid() const { return child_->pid(); }
     std::filesystem::path const &snapshots() const { return snapshots_; }
+    std::filesystem::path const &outbox() const { return outbox_; }
 
     /// What the service has logged since it was started last.
     std::string log() const { return child_->errors().text(); }
@@ -52,6 +53,7 @@ class Service {
     std::vector<std::string> options_;
     std::filesystem::path state_;
     std::filesystem::path snapshots_;
+    std::filesystem::path outbox_;
     std::unique_ptr<Child> child_;
 };
 

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <deque>
 #include <memory>
 #include <string>
@@ -13,6 +14,9 @@
 namespace end_to_end {
 
 namespace {
+
+/// Events that have been fired and not yet come, as far as one thread knows.
+constexpr std::size_t most_outstanding = 200;
 
 /// Thread-safe as GoogleTest's own checks are.
 void expectAnswer(Answer const &answer, Values const &results, char const *what) {
@@ -66,10 +70,11 @@ void oneRound(void *handle, std::string const &name, Contexts &contexts) {
 }  // namespace
 
 void callFromThreads(std::vector<Client const *> const &clients, unsigned int threads, unsigned int rounds,
-                     Automation const &automation) {
+                     Automation const &automation, std::vector<EventRecorder const *> const &recorders) {
     // Contexts are valid as long as the clients are, and the clients end after this function.
     static std::deque<std::vector<Contexts>> contexts_of_all_calls;
     std::vector<Contexts> &contexts = contexts_of_all_calls.emplace_back(threads);
+    std::atomic<std::size_t> fired{0};
     std::vector<std::thread> running;
     for (unsigned int n = 0; n < threads; ++n) {
         running.emplace_back([&, n] {
@@ -77,6 +82,12 @@ void callFromThreads(std::vector<Client const *> const &clients, unsigned int th
             for (unsigned int round = 0; round < rounds && !::testing::Test::HasFailure(); ++round) {
                 oneRound(client.handle(), std::to_string(n) + "/" + std::to_string(round), contexts[n]);
                 automation.fire(client);
+                std::size_t const so_far = ++fired;
+                for (EventRecorder const *const recorder : recorders) {
+                    EXPECT_TRUE(so_far < most_outstanding ||
+                                recorder->waitForCount(so_far - most_outstanding))
+                        << "events are missing";
+                }
             }
         });
     }
