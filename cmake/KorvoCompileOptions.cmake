@@ -20,6 +20,9 @@ set(KORVO_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=
 if(KORVO_SANITIZE)
   add_compile_options(-fsanitize=${KORVO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${KORVO_SANITIZE})
+  # A C program that links our C++ libraries needs the C++ half of Clang's run-time library too.
+  add_link_options($<$<LINK_LANG_AND_ID:C,Clang>:-fsanitize-link-c++-runtime>)
+  link_libraries($<$<LINK_LANG_AND_ID:C,Clang>:stdc++>)
 endif()
 
 function(korvo_compile_options target)

@@ -170,7 +170,9 @@ void Target::serve(int timeout) {
             if (is_closing_) {
                 break;
             }
-            auto const place = peers_.find(event.data.u64);
+            // A copy, since the kernel's structure is packed and its member need not be aligned.
+            std::uint64_t const number = event.data.u64;
+            auto const place = peers_.find(number);
             if (place == peers_.end()) {
                 continue;
             }
