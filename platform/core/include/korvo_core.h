@@ -2,7 +2,7 @@
 #ifndef KORVO_CORE_H
 #define KORVO_CORE_H
 
-/* The platform core: messaging between processes, logging, and lists. C11 and C++17.
+/* The platform core: messaging between processes, logging, settings, and lists. C11 and C++17.
  *
  * Handles. A `void *` from one of the ..._init functions, given back to the matching ..._deinit. A handle
  * that is NULL, closed or of the wrong kind gives status 1.
@@ -27,6 +27,7 @@
  *
  * Environment. KORVO_RUNTIME_DIR is the folder in which services and initiators meet; it must belong to the
  * user, and nobody else may write to it. KORVO_LOG_LEVEL and KORVO_LOG_TARGET: see korvo_core_logging_init().
+ * KORVO_STATE_DIR: see the settings.
  */
 
 #include <stdarg.h>
@@ -58,7 +59,10 @@ KORVO_CORE_ENUM(korvo_core_status){
        from. */
     KORVO_CORE_STATUS_MULTI_THREAD_ACCESS = 3,
     /* A time-out, a lost connection, a message that is broken or too large. */
-    KORVO_CORE_STATUS_IPC_FAILED = 4, KORVO_CORE_STATUS_INCORRECT_SETTING_TYPE = 5,
+    KORVO_CORE_STATUS_IPC_FAILED = 4,
+    /* The key has another type. */
+    KORVO_CORE_STATUS_INCORRECT_SETTING_TYPE = 5,
+    /* There is no such key, or nothing of it that was asked for. */
     KORVO_CORE_STATUS_SETTING_NOT_PRESENT = 6, KORVO_CORE_STATUS_INTERNAL_EXCEPTION_CAUGHT = 7,
     /* The service does not know the command. */
     KORVO_CORE_STATUS_UNSUPPORTED_FUNCTION = 8,
@@ -98,9 +102,10 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_deinit(void);
 
 /* Opens the client side of the messaging. Connects to nothing yet.
  *
- * logging    where the core logs what happens to this handle; NULL is the default logger. Closed after the
- * handle. name       of the process or part of it, for people; NULL is an empty one. messaging  receives the
- * handle, which korvo_core_ipc_deinit() closes. flag       1.
+ * logging    where the core logs what happens to this handle; NULL is the default logger. Closed after it.
+ * name       of the process or part of it, for people; NULL is an empty one.
+ * messaging  receives the handle, which korvo_core_ipc_deinit() closes.
+ * flag       1.
  *
  * Status 4: the runtime folder cannot be used (logged). */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name,
@@ -113,8 +118,7 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_init(void *logging,
  * target      which one of the service's targets; NULL is the default target, as an empty text is.
  * request_id  the sender's mark, which comes back with the response; not in use for a command that is still
  *             unanswered.
- * command     any text; by convention a JSON object with a member "command". Together with request_id less
- * than 1 MiB.
+ * command     any text; by convention a JSON object with a member "command". With request_id less than 1 MiB.
  *
  * Status 10: nobody listens there. 4: the connection was lost meanwhile, the service took nothing for 5
  * seconds, or the message is too large; the service has not got it, or not all of it. */
@@ -138,11 +142,13 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive(vo
 /* Registers a callback for responses; they then do not wait for korvo_core_ipc_initiator_response_receive().
  *
  * callback  called with the texts that korvo_core_ipc_initiator_response_receive() gives, and the context.
- * NULL removes the registration of the context, or all of them when the context is NULL too; when the call
- * returns, the callback does not run any more (unless it is the one that calls). context   passed on. One
- * registration for each context; registering again replaces it. Responses go to the last one that was
- * registered. For a client object that is registered with itself as context: its next command sent by the
- * same thread is asynchronous, and its response comes to this callback.
+ *           NULL removes the registration of the context, or all of them when the context is NULL too; when
+ *           the call returns, the callback does not run any more (unless it is the one that calls).
+ * context   passed on. One registration for each context; registering again replaces it. Responses go to the
+ *           last one that was registered.
+ *
+ * For a client object that is registered with itself as context: its next command sent by the same thread is
+ * asynchronous, and its response comes to this callback.
  *
  * Status 4: no thread can be started (logged). */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
@@ -256,6 +262,219 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_logging_log(void *logging, korvo_
                                                            char const *format, ...) KORVO_CORE_PRINTF(3, 4);
 KORVO_CORE_EXPORT void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority,
                                                char const *format, va_list arguments) KORVO_CORE_PRINTF(3, 0);
+
+/* ---- Settings and configuration ----
+ *
+ * Settings are what the processes of a user keep: values under keys, which outlive the process and are shared
+ * by all processes that see the same state folder. The configuration is read with the same types and never
+ * written: a file that whoever prepares the machine puts there. Files and formats: docs/development-platform.md.
+ *
+ * Keys and values. A key is any text. It has a type, one of the nine of korvo_core_settings_type, from the
+ * moment that anything is stored under it until it is deleted; and a value, a default value, or both. Texts
+ * and keys are UTF-8. A json value is a JSON text, which comes back character by character as it was set.
+ * Flags are 1 for everything but 0. Doubles come back as the same doubles; infinite ones and what is no number
+ * are refused.
+ *
+ * Lists. A list that is given is borrowed for the call and ends with NULL; an empty one is a value like others,
+ * and NULL is none. A list that is received belongs to the caller, who frees it with the matching
+ * korvo_core_free_..._array(), also when it is empty.
+ *
+ * Writing. When a function that writes returns 0, the change is on the disk; a crash at any moment leaves the
+ * file as it was before or after the change. Processes and threads may write at the same time: one waits for
+ * the other, and each sees what the other has written. What changes nothing writes nothing. One
+ * function is one change; several calls are not one.
+ *
+ * Statuses. 1: a NULL argument, or a key or value that cannot be kept (logged): a text that is no UTF-8 or no
+ * JSON, a number that is not finite, more than the file may hold. 2: memory ran out. 5: the key has another
+ * type. 6: there is no such key, or nothing of it that was asked for. 7: the file or its folder cannot be
+ * read or written (logged). Unless 0 is returned, nothing is changed and out-values are untouched.
+ *
+ * A settings file that is damaged is put aside under another name beside it, with an error in the log, and a new
+ * one is begun. A damaged configuration stays as it is, and every access fails with 7 until it is mended.
+ *
+ * Environment. KORVO_STATE_DIR is the folder of both files; without it, "korvo" in XDG_STATE_HOME, or in
+ * .local/state of HOME. It is read at first use, and again after the last ..._deinit(). */
+
+/* Begins the use of the settings: makes the folder and the file where they are missing, and reads the file.
+ * Everything below works without it; who calls it learns at once what is wrong, and knows that the file stays
+ * the same until the matching korvo_core_settings_deinit(). Counted.
+ *
+ * A process that was forked goes on with the folder and the count of its parent. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_init(void);
+
+/* Ends the use of the settings. The last call that matches a korvo_core_settings_init() gives back what is
+ * held in memory; settings are used again by just using them. Returns 0. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_deinit(void);
+
+/* The same for the configuration. Makes nothing: a file that is missing is a configuration without keys. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_init(void);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_deinit(void);
+
+/* Get the value of a key; where it has none, its default value. A text (string, json) belongs to the caller,
+ * who frees it with free(). A list comes with the number of its elements.
+ *
+ * Status 6: there is no such key. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_string_value(char const *key, char **value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_json_value(char const *key, char **value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_int_value(char const *key, int *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_bool_value(char const *key, unsigned char *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_double_value(char const *key, double *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_arrayofstring_value(char const *key, char ***list,
+                                                                                unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_arrayofint_value(char const *key, int ***list,
+                                                                             unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_arrayofbool_value(char const *key,
+                                                                              unsigned char ***list,
+                                                                              unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_arrayofdouble_value(char const *key,
+                                                                                double ***list,
+                                                                                unsigned int *count);
+
+/* Get the default value of a key, whether it has a value or not.
+ *
+ * Status 6: there is no such key, or it has no default value. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_string_value(char const *key,
+                                                                                 char **value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_json_value(char const *key, char **value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_int_value(char const *key, int *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_bool_value(char const *key,
+                                                                               unsigned char *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_double_value(char const *key,
+                                                                                 double *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_arrayofstring_value(char const *key,
+                                                                                        char ***list,
+                                                                                        unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_arrayofint_value(char const *key,
+                                                                                     int ***list,
+                                                                                     unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_arrayofbool_value(char const *key,
+                                                                                      unsigned char ***list,
+                                                                                      unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_default_arrayofdouble_value(char const *key,
+                                                                                        double ***list,
+                                                                                        unsigned int *count);
+
+/* Set the value of a key; its default value stays. The key is made when there is none.
+ *
+ * Status 5: the key has another type. Delete it first to change its type. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_string_value(char const *key, char const *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_json_value(char const *key, char const *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_int_value(char const *key, int value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_bool_value(char const *key, unsigned char value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_double_value(char const *key, double value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_arrayofstring_value(char const *key, char **list);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_arrayofint_value(char const *key, int **list);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_arrayofbool_value(char const *key,
+                                                                              unsigned char **list);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_arrayofdouble_value(char const *key,
+                                                                                double **list);
+
+/* Set the default value of a key; its value stays, if it has one. Otherwise as the functions above. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_string_value(char const *key,
+                                                                                 char const *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_json_value(char const *key,
+                                                                               char const *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_int_value(char const *key, int value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_bool_value(char const *key,
+                                                                               unsigned char value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_double_value(char const *key,
+                                                                                 double value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_arrayofstring_value(char const *key,
+                                                                                        char **list);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_arrayofint_value(char const *key,
+                                                                                     int **list);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_arrayofbool_value(char const *key,
+                                                                                      unsigned char **list);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_set_default_arrayofdouble_value(char const *key,
+                                                                                        double **list);
+
+/* Copy a key: `to` gets the value and the default value that `from` has, and nothing stays of what it had
+ * before. A key that is copied to itself is unchanged.
+ *
+ * Status 6: there is no key `from`. 5: `from`, or a key `to` that is already there, has another type than the
+ * function. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_string_key(char const *from, char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_json_key(char const *from, char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_int_key(char const *from, char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_bool_key(char const *from, char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_double_key(char const *from, char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_arrayofstring_key(char const *from,
+                                                                               char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_arrayofint_key(char const *from, char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_arrayofbool_key(char const *from,
+                                                                             char const *to);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_copy_arrayofdouble_key(char const *from,
+                                                                               char const *to);
+
+/* Deletes a key with its value, its default value and its type. To go back to the default value instead, set
+ * the value that korvo_core_settings_get_default_..._value() gives. Status 6: there is no such key. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_delete_key(char const *key);
+
+/* Give the keys, those with only a default value included, sorted by their bytes: all of them, or those that
+ * begin with `prefix`, which are all when it is empty. The caller frees the list with
+ * korvo_core_free_string_array(). Without keys it is empty. NULL: `prefix` is NULL, memory ran out, or the file
+ * cannot be read (logged). */
+KORVO_CORE_EXPORT char **korvo_core_settings_get_all_keys(void);
+KORVO_CORE_EXPORT char **korvo_core_settings_get_keys_starting_with(char const *prefix);
+
+/* Gives the type of a key. Status 6: there is no such key. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_type(char const *key,
+                                                                 korvo_core_settings_type *type);
+
+/* Returns 1 where there is such a key, with a value or a default value; else, and on every failure, 0. */
+KORVO_CORE_EXPORT unsigned char korvo_core_settings_does_key_exist(char const *key);
+
+/* The version of the settings is a number for those who use them, say to bring old settings up to date. It
+ * means nothing to the core. In a new file it is 0. */
+
+/* Gives the version that is stored and stores another one, as one change: of several processes only one gets
+ * the old number. `old_version` receives the version before. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_and_set_version(unsigned int *old_version,
+                                                                            unsigned int version);
+
+/* Gives the version that is stored, and the one that it has replaced: what `old_version` of the last
+ * korvo_core_settings_get_and_set_version() was, in whatever process; 0 when there was none. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_get_versions(unsigned int *version,
+                                                                     unsigned int *previous_version);
+
+/* Gives 1 where this process has begun with no settings file, or with a damaged one that was put aside, since
+ * its first use of the settings or the last korvo_core_settings_deinit(); else 0. Of several processes that
+ * start at once with korvo_core_settings_init(), only the one that has made the file gets 1. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_settings_is_new_file(unsigned char *is_new);
+
+/* Read the configuration, like their counterparts among the settings. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_string_value(char const *key, char **value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_json_value(char const *key, char **value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_int_value(char const *key, int *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_bool_value(char const *key,
+                                                                            unsigned char *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_double_value(char const *key, double *value);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_arrayofstring_value(char const *key,
+                                                                                     char ***list,
+                                                                                     unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_arrayofint_value(char const *key,
+                                                                                  int ***list,
+                                                                                  unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_arrayofbool_value(char const *key,
+                                                                                   unsigned char ***list,
+                                                                                   unsigned int *count);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_arrayofdouble_value(char const *key,
+                                                                                     double ***list,
+                                                                                     unsigned int *count);
+
+KORVO_CORE_EXPORT char **korvo_core_configuration_get_all_keys(void);
+KORVO_CORE_EXPORT korvo_core_status korvo_core_configuration_get_type(char const *key,
+                                                                      korvo_core_settings_type *type);
+KORVO_CORE_EXPORT unsigned char korvo_core_configuration_does_key_exist(char const *key);
+
+/* ---- Debugging ---- */
+
+/* Writes all settings to the default logger with priority notice, one record a key, values included. */
+KORVO_CORE_EXPORT void korvo_core_debug_settings_dump(void);
+
+/* Gives the path of the settings file, which need not exist. The caller frees it with free(). NULL: no folder is
+ * known (logged), or memory ran out. */
+KORVO_CORE_EXPORT char *korvo_core_debug_get_setting_path(void);
 
 /* ---- Lists ---- */
 

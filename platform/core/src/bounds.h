@@ -2,7 +2,7 @@
 #ifndef KORVO_PLATFORM_BOUNDS_H
 #define KORVO_PLATFORM_BOUNDS_H
 
-// Every bound of the messaging, in one place. docs/development-platform.md tells what happens at each.
+// Every bound of the core, in one place. docs/development-platform.md tells what happens at each.
 
 #include <chrono>
 #include <cstddef>
@@ -54,6 +54,11 @@ constexpr std::chrono::milliseconds send_patience{5000};
 constexpr std::chrono::microseconds gathering{500};
 /// Pause before a subscription is made again on a connection that did not live longer than this.
 constexpr std::chrono::milliseconds reconnect_pause{1000};
+
+/// Size of the settings file and of the configuration.
+constexpr std::size_t settings_file = 16 * mebibyte;
+/// Nesting of a setting that is a JSON text.
+constexpr std::size_t json_depth = 32;
 
 }  // namespace platform::limits
 

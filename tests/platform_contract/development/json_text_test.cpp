@@ -73,7 +73,9 @@ TEST(JsonWriter, WritesWholeNumbersWithoutAFraction) {
     EXPECT_EQ(text_of(json::Number(0)), "{\"v\":0}");
     EXPECT_EQ(text_of(json::Number(-0.0)), "{\"v\":0}");
     EXPECT_EQ(text_of(json::Number(-5)), "{\"v\":-5}");
+    EXPECT_EQ(text_of(json::Number(2147483648.0)), "{\"v\":2147483648}");
     EXPECT_EQ(text_of(json::Number(4294967295.0)), "{\"v\":4294967295}");
+    EXPECT_EQ(text_of(json::Number(4294967296.0)), "{\"v\":4294967296}");
     EXPECT_EQ(text_of(json::Number(9007199254740992.0)), "{\"v\":9007199254740992}");
 }
 

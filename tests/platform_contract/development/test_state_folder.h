@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_TESTS_PLATFORM_TEST_STATE_FOLDER_H
+#define KORVO_TESTS_PLATFORM_TEST_STATE_FOLDER_H
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+/// Sets or removes an environment variable while it lives.
+class Variable {
+  public:
+    Variable(char const *name, std::optional<std::string> const &value);
+    ~Variable();
+
+    Variable(Variable const &) = delete;
+    Variable &operator=(Variable const &) = delete;
+
+  private:
+    char const *name_;
+    std::optional<std::string> before_;
+};
+
+/// Makes settings and configuration look at the environment and at their files again, as in a new process.
+void forget_settings();
+
+/// A new folder for the settings of one test, named in KORVO_STATE_DIR while it lives and removed afterwards.
+class TestStateFolder {
+  public:
+    TestStateFolder();
+    ~TestStateFolder();
+
+    TestStateFolder(TestStateFolder const &) = delete;
+    TestStateFolder &operator=(TestStateFolder const &) = delete;
+
+    std::string path() const { return parent_ + "/state"; }
+    std::string settings() const { return path() + "/settings.json"; }
+    std::string configuration() const { return path() + "/configuration.json"; }
+
+  private:
+    std::string parent_;
+    std::optional<Variable> variable_;
+};
+
+/// The contents of a file; empty when there is none.
+std::string read_file(std::string const &path);
+
+/// Writes a file as people do, making its folder.
+void write_file(std::string const &path, std::string const &text);
+
+/// A test with a state folder of its own, which does not exist yet.
+class SettingsTest : public testing::Test {
+  protected:
+    TestStateFolder folder_;
+};
+
+#endif
