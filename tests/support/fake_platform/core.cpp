@@ -8,6 +8,7 @@
 
 #include "korvo_core.h"
 #include "loop_back.h"
+#include "recorded.h"
 #include "script.h"
 
 using fake_platform::Call;
@@ -15,6 +16,8 @@ using fake_platform::Function;
 using fake_platform::Handle;
 using fake_platform::LoopBack;
 using fake_platform::Message;
+using fake_platform::out;
+using fake_platform::shownOut;
 using fake_platform::Text;
 
 namespace {
@@ -23,27 +26,16 @@ Text textOf(char const *text) {
     return text != nullptr ? Text(text) : std::nullopt;
 }
 
+std::string formatted(char const *format, va_list arguments) {
+    char text[4096];
+    (void)std::vsnprintf(text, sizeof text, format, arguments);
+    return text;
+}
+
 /// A logging handle; what is logged is recorded by the script.
 struct Logger {
     int unused = 0;
 };
-
-template <typename T>
-T **allocateList(unsigned int count, bool with_elements) {
-    T **const list = static_cast<T **>(std::calloc(std::size_t{count} + 1, sizeof(T *)));
-    for (unsigned int place = 0; list != nullptr && with_elements && place < count; ++place) {
-        list[place] = static_cast<T *>(std::calloc(1, sizeof(T)));
-    }
-    return list;
-}
-
-template <typename T>
-void freeList(T **list) {
-    for (T **element = list; element != nullptr && *element != nullptr; ++element) {
-        std::free(*element);
-    }
-    std::free(list);
-}
 
 }  // namespace
 
@@ -78,6 +70,7 @@ std::size_t openMessagingHandles() {
 }  // namespace fake_platform
 
 char const *korvo_core_status_to_string(korvo_core_status status) {
+    RECORDED(char const *, status);
     static char const *const texts[] = {"no error",
                                         "invalid parameters",
                                         "allocation failed",
@@ -93,14 +86,17 @@ char const *korvo_core_status_to_string(korvo_core_status status) {
 }
 
 korvo_core_status korvo_core_init(void) {
+    RECORDED_ALONE(korvo_core_status);
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
 korvo_core_status korvo_core_deinit(void) {
+    RECORDED_ALONE(korvo_core_status);
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
 korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name, void **messaging, int flag) {
+    RECORDED(korvo_core_status, logging, name, shownOut(messaging), flag);
     Call call;
     call.function = Function::initiator_init;
     call.logging = logging;
@@ -120,6 +116,7 @@ korvo_core_status korvo_core_ipc_initiator_init(void *logging, char const *name,
 korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char const *service,
                                                         char const *target, char const *request_id,
                                                         char const *command) {
+    RECORDED(korvo_core_status, messaging, service, target, request_id, command);
     return LoopBack::instance().sendCommand(messaging, nullptr, textOf(service), textOf(target),
                                             textOf(request_id), textOf(command));
 }
@@ -127,6 +124,8 @@ korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char co
 korvo_core_status korvo_core_ipc_initiator_response_receive(void *messaging, int timeout, char **service,
                                                             char **target, char **request_id,
                                                             char **response) {
+    RECORDED(korvo_core_status, messaging, timeout, out(service), out(target), out(request_id),
+             out(response));
     Message message;
     korvo_core_status const status = LoopBack::instance().receiveResponse(
         messaging, timeout, [](Message const &) { return true; }, message);
@@ -138,6 +137,7 @@ korvo_core_status korvo_core_ipc_initiator_response_receive(void *messaging, int
 
 korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
     void *messaging, void (*callback)(char **, char **, char **, char **, void *), void *context) {
+    RECORDED(korvo_core_status, messaging, callback, context);
     Call call;
     call.function = Function::response_receive_callback;
     call.messaging = messaging;
@@ -150,6 +150,7 @@ korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
 }
 
 korvo_core_status korvo_core_ipc_initiator_event_subscribe(void *messaging, char const *service) {
+    RECORDED(korvo_core_status, messaging, service);
     Call call;
     call.function = Function::event_subscribe;
     call.messaging = messaging;
@@ -162,11 +163,13 @@ korvo_core_status korvo_core_ipc_initiator_event_subscribe(void *messaging, char
 }
 
 korvo_core_status korvo_core_ipc_initiator_event_unsubscribe(void *messaging, char const *service) {
+    RECORDED(korvo_core_status, messaging, service);
     return LoopBack::instance().subscribe(messaging, textOf(service), false);
 }
 
 korvo_core_status korvo_core_ipc_initiator_event_receive_callback(
     void *messaging, void (*callback)(char **, char **, char **, void *), void *context) {
+    RECORDED(korvo_core_status, messaging, callback, context);
     Call call;
     call.function = Function::event_receive_callback;
     call.messaging = messaging;
@@ -178,8 +181,9 @@ korvo_core_status korvo_core_ipc_initiator_event_receive_callback(
     return LoopBack::instance().registerEventEntry(messaging, {callback, context});
 }
 
-korvo_core_status korvo_core_ipc_target_init(void *, char const *service, char const *target, char const *,
-                                             void **messaging) {
+korvo_core_status korvo_core_ipc_target_init(void *logging, char const *service, char const *target,
+                                             char const *name, void **messaging) {
+    RECORDED(korvo_core_status, logging, service, target, name, shownOut(messaging));
     if (service == nullptr || messaging == nullptr) {
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
@@ -197,6 +201,7 @@ korvo_core_status korvo_core_ipc_target_init(void *, char const *service, char c
 
 korvo_core_status korvo_core_ipc_target_command_receive(void *messaging, unsigned int timeout, char **source,
                                                         char **request_id, char **command) {
+    RECORDED(korvo_core_status, messaging, timeout, out(source), out(request_id), out(command));
     Message message;
     korvo_core_status const status =
         LoopBack::instance().receiveCommand(messaging, static_cast<int>(timeout), message);
@@ -208,19 +213,23 @@ korvo_core_status korvo_core_ipc_target_command_receive(void *messaging, unsigne
 
 korvo_core_status korvo_core_ipc_target_command_receive_callback(
     void *messaging, void (*callback)(char **, char **, char **, void *), void *context) {
+    RECORDED(korvo_core_status, messaging, callback, context);
     return LoopBack::instance().registerCommandEntry(messaging, {callback, context});
 }
 
 korvo_core_status korvo_core_ipc_target_response_send(void *messaging, char const *source,
                                                       char const *request_id, char const *response) {
+    RECORDED(korvo_core_status, messaging, source, request_id, response);
     return LoopBack::instance().sendResponse(messaging, textOf(source), textOf(request_id), textOf(response));
 }
 
 korvo_core_status korvo_core_ipc_target_event_send(void *messaging, char const *event) {
+    RECORDED(korvo_core_status, messaging, event);
     return LoopBack::instance().sendEvent(messaging, textOf(event));
 }
 
 korvo_core_status korvo_core_ipc_deinit(void *messaging) {
+    RECORDED(korvo_core_status, messaging);
     Call call;
     call.function = Function::deinit;
     call.messaging = messaging;
@@ -232,7 +241,8 @@ korvo_core_status korvo_core_ipc_deinit(void *messaging) {
     return fake_platform::enter(call).value_or(status);
 }
 
-korvo_core_status korvo_core_logging_init(char const *, void **logging) {
+korvo_core_status korvo_core_logging_init(char const *name, void **logging) {
+    RECORDED(korvo_core_status, name, shownOut(logging));
     if (logging == nullptr) {
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
@@ -241,11 +251,14 @@ korvo_core_status korvo_core_logging_init(char const *, void **logging) {
 }
 
 korvo_core_status korvo_core_logging_deinit(void *logging) {
+    RECORDED(korvo_core_status, logging);
     delete static_cast<Logger *>(logging);
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-korvo_core_status korvo_core_logging_is_priority_active(void *, korvo_core_log_priority, int *active) {
+korvo_core_status korvo_core_logging_is_priority_active(void *logging, korvo_core_log_priority priority,
+                                                        int *active) {
+    RECORDED(korvo_core_status, logging, priority, out(active));
     if (active == nullptr) {
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
@@ -257,6 +270,11 @@ korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority 
                                          ...) {
     va_list arguments;
     va_start(arguments, format);
+    if (fake_platform::recordsCore()) {
+        std::string const text = formatted(format, arguments);
+        va_end(arguments);
+        return fake_platform::recorded<korvo_core_status>(__func__, logging, priority, format, text.c_str());
+    }
     korvo_core_logging_logv(logging, priority, format, arguments);
     va_end(arguments);
     return KORVO_CORE_STATUS_NO_ERROR;
@@ -264,47 +282,5 @@ korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority 
 
 void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority, char const *format,
                              va_list arguments) {
-    char text[4096];
-    (void)std::vsnprintf(text, sizeof text, format, arguments);
-    fake_platform::record({logging, priority, text});
-}
-
-unsigned char **korvo_core_alloc_bool_array(unsigned int count) {
-    return allocateList<unsigned char>(count, true);
-}
-
-unsigned int **korvo_core_alloc_uint_array(unsigned int count) {
-    return allocateList<unsigned int>(count, true);
-}
-
-int **korvo_core_alloc_int_array(unsigned int count) {
-    return allocateList<int>(count, true);
-}
-
-double **korvo_core_alloc_double_array(unsigned int count) {
-    return allocateList<double>(count, true);
-}
-
-char **korvo_core_alloc_string_array(unsigned int count) {
-    return allocateList<char>(count, false);
-}
-
-void korvo_core_free_bool_array(unsigned char **list) {
-    freeList(list);
-}
-
-void korvo_core_free_uint_array(unsigned int **list) {
-    freeList(list);
-}
-
-void korvo_core_free_int_array(int **list) {
-    freeList(list);
-}
-
-void korvo_core_free_double_array(double **list) {
-    freeList(list);
-}
-
-void korvo_core_free_string_array(char **list) {
-    freeList(list);
+    fake_platform::record({logging, priority, formatted(format, arguments)});
 }

@@ -3,7 +3,7 @@
 #define KORVO_TESTS_FAKE_PLATFORM_H
 
 // A stand-in for libkorvo-core and libkorvo-interfaces, so that the unchanged client library is tested
-// without a service. It has two modes:
+// without a service. It has two modes, and a third one for callers of the core's C functions (core_calls.h):
 //
 //   loop-back  (as loaded) commands go from initiator handles to target handles of the same process, and
 //              responses and events back, the way any platform does it. Each handle with an entry point has a

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "lists.h"
+
 namespace fake_platform {
 
 namespace {
@@ -54,6 +56,21 @@ std::optional<Outcome> nextOutcome(Function function) {
     return outcome;
 }
 
+std::optional<korvo_core_status> end(std::optional<Outcome> const &outcome) {
+    if (!outcome.has_value()) {
+        return std::nullopt;
+    }
+    raise(outcome->thrown);
+    return outcome->status;
+}
+
+void endOtherModes() {
+    endRecordingOfCore();
+    endCountingOfReleases();
+}
+
+}  // namespace
+
 void raise(Throw what) {
     switch (what) {
         case Throw::standard_exception:
@@ -67,22 +84,14 @@ void raise(Throw what) {
     }
 }
 
-std::optional<korvo_core_status> end(std::optional<Outcome> const &outcome) {
-    if (!outcome.has_value()) {
-        return std::nullopt;
-    }
-    raise(outcome->thrown);
-    return outcome->status;
-}
-
-}  // namespace
-
 void reset() {
+    endOtherModes();
     std::lock_guard<std::mutex> const lock(mutex);
     current().reset();
 }
 
 void script() {
+    endOtherModes();
     std::lock_guard<std::mutex> const lock(mutex);
     current().reset();
     current()->scripted = true;

@@ -16,6 +16,12 @@ FAKE_PLATFORM_EXPORT bool scripted();
 /// arranged.
 FAKE_PLATFORM_EXPORT std::optional<korvo_core_status> enter(Call const &call);
 
+/// Throws what is arranged, if anything.
+void raise(Throw what);
+
+/// See core_calls.h.
+void endRecordingOfCore();
+
 FAKE_PLATFORM_EXPORT void record(LogLine const &line);
 
 /// Takes what is to run at the next closing; empty when there is nothing.

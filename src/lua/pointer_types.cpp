@@ -1,0 +1,236 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "lua/pointer_types.h"
+
+#include <deque>
+#include <functional>
+#include <iterator>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "operations/operations.h"
+
+namespace korvo::lua {
+namespace {
+
+using operations::Kind;
+using operations::Member;
+using operations::Operation;
+
+/// How a callback takes a result: in the mangled name of its type, and in its spelling.
+struct CallbackParameter {
+    char const *mangled;
+    char const *spelled;
+};
+
+CallbackParameter parameterFor(Kind kind) {
+    switch (kind) {
+        case Kind::number:
+            return {"_unsigned_int", ",unsigned int"};
+        case Kind::flag:
+            return {"_unsigned_char", ",unsigned char"};
+        case Kind::text:
+            return {"_p_char", ",char *"};
+        case Kind::texts:
+            return {"_p_p_char", ",char **"};
+        case Kind::numbers:
+            return {"_p_p_unsigned_int", ",unsigned int **"};
+        case Kind::none:
+            break;
+    }
+    return {"", ""};
+}
+
+std::string mangledCallback(Operation const &operation) {
+    std::string name = "_p_f_p_char_enum_korvo_core_status";
+    for (Member const *result = operation.results; result->kind != Kind::none; ++result) {
+        name += parameterFor(result->kind).mangled;
+    }
+    return name + "_p_void__void";
+}
+
+std::string spelledCallback(Operation const &operation) {
+    std::string text = "void (*)(char *,enum korvo_core_status";
+    for (Member const *result = operation.results; result->kind != Kind::none; ++result) {
+        text += parameterFor(result->kind).spelled;
+    }
+    return text + ",void *)";
+}
+
+constexpr PointerType fixed_types[] = {
+#define POINTER_TYPE(name, text) {#name, text},
+#include "lua/pointer_types.def"
+};
+constexpr std::size_t fixed_count = std::size(fixed_types);
+constexpr std::size_t operation_count = std::size(operations::all);
+
+/// All types: the fixed ones, then those of callbacks in the order in which the rows first use them.
+class Types {
+  public:
+    Types() : types_(std::begin(fixed_types), std::end(fixed_types)) {
+        for (std::size_t place = 0; place < operation_count; ++place) {
+            callback_places_[place] = addCallback(operations::all[place]);
+        }
+        version_callback_place_ = addCallback(operations::version_query);
+        for (std::size_t place = 0; place < names_.size(); ++place) {
+            types_.push_back({names_[place].c_str(), texts_[place].c_str()});
+        }
+        module_.types = types_.data();
+        module_.count = types_.size();
+        module_.next = &module_;
+    }
+
+    PointerType const &type(PointerTypeId id) const { return types_[static_cast<std::size_t>(id)]; }
+
+    PointerType const &callback(Operation const &operation) const {
+        std::size_t const place = &operation == &operations::version_query
+                                      ? version_callback_place_
+                                      : callback_places_[&operation - operations::all];
+        return types_[fixed_count + place];
+    }
+
+    PointerTypes &module() { return module_; }
+
+  private:
+    std::size_t addCallback(Operation const &operation) {
+        std::string const name = mangledCallback(operation);
+        std::size_t place = 0;
+        while (place < names_.size() && names_[place] != name) {
+            ++place;
+        }
+        if (place == names_.size()) {
+            names_.push_back(name);
+            texts_.push_back(spelledCallback(operation));
+        }
+        texts_[place] +=
+            std::string("|korvo_api_action_engine_") + operation.name + "_method_callback_func_ptr";
+        return place;
+    }
+
+    std::vector<PointerType> types_;
+    std::deque<std::string> names_;
+    std::deque<std::string> texts_;
+    std::size_t callback_places_[operation_count];
+    std::size_t version_callback_place_;
+    PointerTypes module_;
+};
+
+/// Made when the module is first opened, and never destroyed: states may outlive everything else in the process.
+Types &types() {
+    static Types &the_types = *new Types;
+    return the_types;
+}
+
+/// Goes round a ring. True when the module stands in it.
+bool standsInRing(PointerTypes const *ring, PointerTypes const *module) {
+    PointerTypes const *place = ring;
+    do {
+        if (place == module) {
+            return true;
+        }
+        place = place->next.load();
+    } while (place != ring);
+    return false;
+}
+
+/// Two rings become one when two of their members exchange what follows them.
+void linkRings(PointerTypes &left, PointerTypes &right) {
+    PointerTypes *const after_left = left.next.load();
+    left.next = right.next.load();
+    right.next = after_left;
+}
+
+std::mutex joining;
+
+void join(PointerTypes &ring, PointerTypes &module) {
+    std::lock_guard<std::mutex> const lock(joining);
+    if (!standsInRing(&ring, &module)) {
+        linkRings(ring, module);
+    }
+}
+
+TypedPointer const *asTypedPointer(lua_State *L, int index) {
+    bool const has_metatable = lua_getmetatable(L, index) != 0;
+    if (has_metatable) {
+        lua_pop(L, 1);
+    }
+    bool const is_one =
+        !has_metatable && lua_type(L, index) == LUA_TUSERDATA && lua_objlen(L, index) == sizeof(TypedPointer);
+    return is_one ? static_cast<TypedPointer const *>(lua_touserdata(L, index)) : nullptr;
+}
+
+/// What a type is a record of is only read when a module of ours made it.
+bool isKnown(PointerType const *type) {
+    PointerTypes const *const ring = &types().module();
+    PointerTypes const *module = ring;
+    do {
+        if (std::less_equal<>()(module->types, type) && std::less<>()(type, module->types + module->count)) {
+            return true;
+        }
+        module = module->next.load();
+    } while (module != ring);
+    return false;
+}
+
+}  // namespace
+
+bool preparePointerTypes() noexcept {
+    try {
+        types();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+PointerType const &pointerType(PointerTypeId id) {
+    return types().type(id);
+}
+
+PointerType const &callbackType(Operation const &operation) {
+    return types().callback(operation);
+}
+
+void joinPointerTypes(lua_State *L) {
+    PointerTypes &module = types().module();
+
+    lua_getfield(L, LUA_REGISTRYINDEX, pointer_types_key);
+    auto *const ring = static_cast<PointerTypes *>(lua_touserdata(L, -1));
+    lua_pop(L, 1);
+    if (ring != nullptr) {
+        join(*ring, module);
+        return;
+    }
+    lua_pushlightuserdata(L, &module);
+    lua_setfield(L, LUA_REGISTRYINDEX, pointer_types_key);
+
+    // What strangers have put under this key is neither read nor replaced.
+    constexpr char const *shared_key = "swig_runtime_data_type_pointer4";
+    lua_getfield(L, LUA_REGISTRYINDEX, shared_key);
+    bool const taken = !lua_isnil(L, -1);
+    lua_pop(L, 1);
+    if (!taken) {
+        lua_pushlightuserdata(L, &module);
+        lua_setfield(L, LUA_REGISTRYINDEX, shared_key);
+    }
+}
+
+PointerType const *typeOfUserdata(lua_State *L, int index) {
+    TypedPointer const *const typed = asTypedPointer(L, index);
+    return typed != nullptr && isKnown(typed->type) ? typed->type : nullptr;
+}
+
+void *pointerOfUserdata(lua_State *L, int index) {
+    TypedPointer const *const typed = asTypedPointer(L, index);
+    return typed != nullptr ? typed->pointer : lua_touserdata(L, index);
+}
+
+char const *typeText(lua_State *L, int index) {
+    if (!lua_isuserdata(L, index)) {
+        return luaL_typename(L, index);
+    }
+    PointerType const *const type = typeOfUserdata(L, index);
+    return type != nullptr ? type->text : "userdata (unknown type)";
+}
+
+}  // namespace korvo::lua

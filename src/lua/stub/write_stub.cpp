@@ -1,0 +1,316 @@
+// SPDX-License-Identifier: Apache-2.0
+// Writes the module as a Lua file for the Lua language server: write-lua-stub STUB HEADER...
+// The functions come from the rows, the explanations from the headers' comments.
+
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+#include "korvo_api_action_engine.h"
+#include "lua/pointer_types.h"
+#include "lua/stub/function_rows.h"
+#include "lua/stub/header_texts.h"
+#include "operations/operations.h"
+
+namespace korvo::lua::stub {
+namespace {
+
+constexpr char const *head = R"lua(---@meta korvo_api_action_engine
+-- Declares the Lua module korvo_api_action_engine for the Lua language server. Written by the build; not to be loaded.
+--
+-- The explanations are those of the C headers. What they say of C reads in Lua like this: NULL is nil; a text is a string and a
+-- list is a table from 1 to n, and neither is ever freed; a flag is true for 1 or non-zero and false for 0. What comes back
+-- through a pointer is one more result behind the status, and is nil, 0 or false when the call has failed. docs/lua.md tells
+-- the rest.
+
+---@alias korvo_core_status integer
+---@alias korvo_core_log_priority integer
+---@alias korvo_core_settings_type integer
+)lua";
+
+constexpr char const *globals = R"lua(
+---Tells what a value is: the type of a typed pointer as C spells it, "userdata (unknown type)" for other userdata, the name of
+---the Lua type for everything else.
+---@param value any
+---@return string text
+function swig_type(value) end
+
+---Tells whether two userdata hold the same C pointer. Gives nothing unless both are userdata.
+---@param left any
+---@param right any
+---@return boolean? same
+function swig_equals(left, right) end
+
+)lua";
+
+struct Constant {
+    char const *name;
+    unsigned int value;
+};
+constexpr Constant constants[] = {
+#define CONSTANT(name) {#name, name},
+#include "lua/constants.def"
+};
+
+// ---- Types ----
+
+/// What the header names the type, where it does; else its mangled name.
+std::string typedefOr(std::string const &spelled, char const *mangled) {
+    return spelled.compare(0, 6, "korvo_") == 0 ? spelled : mangled;
+}
+
+std::string typeOf(FunctionRow const &function, Parameter const &parameter) {
+    // A handle that an operation is called with is used without a test; other texts than these are refused when nil.
+    static std::set<std::string> const may_be_nil = {"target", "name", "initiator_name"};
+    switch (parameter.convention) {
+        case Convention::callback:
+            return callbackName(*function.operation) + "?";
+        case Convention::opaque:
+            return parameter.name == "handle" ? "userdata" : "userdata?";
+        case Convention::text:
+            return may_be_nil.count(parameter.name) != 0 ? "string?" : "string";
+        case Convention::number:
+        case Convention::integer:
+        case Convention::out_number:
+        case Convention::out_integer:
+            return "integer";
+        case Convention::real:
+        case Convention::out_real:
+            return "number";
+        case Convention::flag:
+        case Convention::out_flag:
+        case Convention::returned_flag:
+            return "boolean";
+        case Convention::status:
+        case Convention::returned_status:
+            return "korvo_core_status";
+        case Convention::priority:
+            return "korvo_core_log_priority";
+        case Convention::out_settings_type:
+            return "korvo_core_settings_type";
+        case Convention::returned_constant_text:
+            return "string";
+        case Convention::out_text:
+        case Convention::returned_text:
+            return "string?";
+        case Convention::flags:
+            return "boolean[]";
+        case Convention::out_flags:
+            return "boolean[]?";
+        case Convention::numbers:
+        case Convention::integers:
+            return "integer[]";
+        case Convention::out_numbers:
+        case Convention::out_integers:
+            return "integer[]?";
+        case Convention::reals:
+            return "number[]";
+        case Convention::out_reals:
+            return "number[]?";
+        case Convention::texts:
+            return "string[]";
+        case Convention::out_texts:
+        case Convention::returned_texts:
+            return "string[]?";
+        case Convention::request_id:
+        case Convention::out_request_id:
+        case Convention::out_handle:
+            return "_p_void?";
+#define POINTER_INPUT(name, Type, expected, type) \
+    case Convention::name:                        \
+        return typedefOr(expected, #type) + "?";
+#define POINTER_RESULT(name, Type, type) \
+    case Convention::name:               \
+        return #type "?";
+#include "lua/conventions.def"
+        case Convention::last_input:
+        case Convention::returned_nothing:
+            break;
+    }
+    return "any";
+}
+
+// ---- Texts ----
+
+/// Parameters that every form has, which no operation's block explains.
+std::string commonText(FunctionRow const &function, std::string const &name) {
+    if (function.operation == nullptr) {
+        return "";
+    }
+    static std::map<std::string, std::string> const texts = {
+        {"handle", "the client handle."},
+        {"target", "which instance of the service is meant; nil is the default one."},
+        {"timeout", "in milliseconds; 0 polls, a negative one waits without limit."},
+        {"block", "true waits up to 5000 ms, false polls."},
+        {"request_id", "the request's identifier."},
+        {"callback", "a typed pointer that a host program has made, or nil: no Lua function can be one."},
+        {"context", "what the callback is given."},
+    };
+    auto const found = texts.find(name);
+    return found == texts.end() ? "" : found->second;
+}
+
+std::string textOf(FunctionRow const &function, Explanation const &explanation, std::string const &name) {
+    auto const found = explanation.names.find(name);
+    std::string const text = found != explanation.names.end() ? found->second : commonText(function, name);
+    return text.empty() ? "" : " # " + text;
+}
+
+std::string capitalised(std::string text) {
+    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
+        text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    }
+    return text;
+}
+
+/// The statuses that a Lua caller can meet: the module gives every list variable as NULL.
+std::string statusesInLua(std::string statuses) {
+    std::string const only_in_c = "1 for a list variable that was not NULL.";
+    auto const place = statuses.find(only_in_c);
+    if (place != std::string::npos) {
+        statuses.erase(place, only_in_c.size());
+    }
+    auto const begin = statuses.find_first_not_of(' ');
+    return begin == std::string::npos ? "" : statuses.substr(begin);
+}
+
+class Writer {
+  public:
+    Writer(std::ostream &out, HeaderTexts const &texts) : out_(out), texts_(texts) {}
+
+    void write() {
+        out_ << head;
+        writePointerTypes();
+        out_ << globals << "---@class korvo_api_action_engine\nkorvo_api_action_engine = {}\n";
+        for (Constant const &constant : constants) {
+            writeConstant(constant);
+        }
+        for (FunctionRow const &function : allFunctions()) {
+            writeFunction(function);
+        }
+        out_ << "\nreturn korvo_api_action_engine\n";
+    }
+
+  private:
+    void writeClass(PointerType const &type) {
+        std::string const text = type.text;
+        out_ << "\n---" << text.substr(0, text.find('|')) << "\n---@class " << type.name << ": userdata\n";
+    }
+
+    void writePointerTypes() {
+        out_ << "\n-- C pointers in Lua. A script passes them on and compares them; it can neither look "
+                "inside nor make one.\n";
+#define POINTER_TYPE(name, text) writeClass(pointerType(PointerTypeId::name));
+#include "lua/pointer_types.def"
+        writeCallback(operations::version_query);
+        for (operations::Operation const &operation : operations::all) {
+            writeCallback(operation);
+        }
+        out_ << "---@alias korvo_api_action_engine_action_completed_event_callback_func_ptr "
+             << pointerType(PointerTypeId::
+                                _p_f_unsigned_int_p_q_const__char_unsigned_char_p_q_const__char_p_void__void)
+                    .name
+             << "\n";
+    }
+
+    void writeCallback(operations::Operation const &operation) {
+        PointerType const &type = callbackType(operation);
+        if (callback_types_.insert(&type).second) {
+            writeClass(type);
+        }
+        out_ << "---@alias " << callbackName(operation) << " " << type.name << "\n";
+    }
+
+    void writeConstant(Constant const &constant) {
+        std::string const text = texts_.constant(constant.name);
+        out_ << "\n";
+        if (!text.empty()) {
+            out_ << "---" << capitalised(text) << "\n";
+        }
+        out_ << "korvo_api_action_engine." << constant.name << " = " << constant.value << "\n";
+    }
+
+    void writeExplanation(FunctionRow const &function, Explanation const &explanation) {
+        bool is_first = true;
+        for (std::string line : explanation.lines) {
+            if (is_first && function.operation != nullptr) {
+                line.erase(0, std::string(function.operation->name).size() + 2);  // "get_actions: "
+                line = capitalised(line);
+            }
+            is_first = false;
+            out_ << "---" << line << "\n";
+        }
+        if (function.operation != nullptr) {
+            out_ << "---\n---This form " << texts_.form(function.form) << ".\n";
+        }
+        std::string const statuses = statusesInLua(explanation.statuses);
+        if (!statuses.empty()) {
+            out_ << "---\n---Statuses: " << statuses << "\n";
+        }
+        if (function.name.compare(0, 16, "korvo_core_free_") == 0) {
+            out_ << "---\n---Never call it from a script: docs/lua.md tells why.\n";
+        }
+    }
+
+    void writeFunction(FunctionRow const &function) {
+        Explanation const &explanation = texts_.function(function.name);
+        if (explanation.lines.empty()) {
+            throw std::runtime_error("no header explains " + function.name +
+                                     "; put a comment in front of its declaration");
+        }
+        out_ << "\n";
+        writeExplanation(function, explanation);
+        std::string names;
+        for (Parameter const &input : function.inputs) {
+            out_ << "---@param " << input.name << " " << typeOf(function, input)
+                 << textOf(function, explanation, input.name) << "\n";
+            names += (names.empty() ? "" : ", ") + input.name;
+        }
+        for (Parameter const &result : function.results) {
+            out_ << "---@return " << typeOf(function, result) << " " << result.name
+                 << textOf(function, explanation, result.name) << "\n";
+        }
+        out_ << "function korvo_api_action_engine." << function.name << "(" << names << ") end\n";
+    }
+
+    std::ostream &out_;
+    HeaderTexts const &texts_;
+    std::set<PointerType const *> callback_types_;
+};
+
+void writeStub(std::string const &name, int header_count, char **headers) {
+    HeaderTexts texts;
+    for (int place = 0; place < header_count; ++place) {
+        texts.read(headers[place]);
+    }
+    if (!preparePointerTypes()) {
+        throw std::bad_alloc();
+    }
+    std::ofstream out(name);
+    Writer(out, texts).write();
+    out.close();
+    if (!out) {
+        throw std::runtime_error("cannot write " + name);
+    }
+}
+
+}  // namespace
+}  // namespace korvo::lua::stub
+
+int main(int count, char **words) {
+    try {
+        if (count < 3) {
+            throw std::runtime_error("usage: write-lua-stub STUB HEADER...");
+        }
+        korvo::lua::stub::writeStub(words[1], count - 2, words + 2);
+        return 0;
+    } catch (std::exception const &problem) {
+        std::cerr << "write-lua-stub: " << problem.what() << "\n";
+        return 1;
+    }
+}
