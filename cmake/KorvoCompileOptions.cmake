@@ -12,9 +12,18 @@ if(NOT CMAKE_BUILD_TYPE)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
 endif()
 
+# Dates after 2038, large files, and files with large numbers of their own, also where a long has 32 bits.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+
 # A program finds its libraries by RUNPATH, so that LD_LIBRARY_PATH goes before it: that is how another
 # libkorvo-core or libkorvo-interfaces is put in their place.
 add_link_options(-Wl,--enable-new-dtags)
+# Relative to itself, so that equal sources give equal files wherever they are built, and a folder can be moved.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+include(GNUInstallDirs)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+add_compile_options($<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>
+                    $<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 
 set(KORVO_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=")
 if(KORVO_SANITIZE)
@@ -24,6 +33,8 @@ if(KORVO_SANITIZE)
   add_link_options($<$<LINK_LANG_AND_ID:C,Clang>:-fsanitize-link-c++-runtime>)
   link_libraries($<$<LINK_LANG_AND_ID:C,Clang>:stdc++>)
 endif()
+
+option(KORVO_LTO "Optimise each shared library as a whole, for the smallest file" OFF)
 
 function(korvo_compile_options target)
   target_compile_options(${target} PRIVATE
@@ -41,10 +52,16 @@ function(korvo_shared_library target version_script)
   korvo_compile_options(${target})
   set_target_properties(${target} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
-    LINK_DEPENDS ${version_script})
+    LINK_DEPENDS ${version_script}
+    INSTALL_RPATH "$ORIGIN")
   target_link_options(${target} PRIVATE
     -Wl,--version-script=${version_script} -Wl,-z,relro,-z,now -Wl,--as-needed)
   if(NOT KORVO_SANITIZE)
     target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+  if(KORVO_LTO)
+    # In one piece; as the compiler divides it by itself, less is shared.
+    set_target_properties(${target} PROPERTIES INTERPROCEDURAL_OPTIMIZATION ON)
+    target_link_options(${target} PRIVATE -flto-partition=one)
   endif()
 endfunction()

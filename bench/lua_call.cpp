@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: Apache-2.0
+// A call from Lua through the module beside one through a wrapper written by hand for this one function. Both call the
+// same C function, which is replaced by one that only fills in its results, so that the way there and back is measured.
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <lua.hpp>
+#include <vector>
+
+#include "korvo_api_action_engine.h"
+#include "lua/module.h"
+
+// In place of the library's own: the program's functions go before those of its libraries.
+korvo_core_status korvo_api_action_engine_get_relay_action_send(
+    void *, char const *, unsigned int action_id, char **action_name, char **relay_target,
+    unsigned int *config_mode, unsigned char *config_normally_closed, unsigned int *config_repeat_cycles,
+    unsigned int *config_on_time_ms, unsigned int *config_off_time_ms) noexcept {
+    *action_name = strdup("open the gate");
+    *relay_target = strdup("relay 1");
+    *config_mode = action_id;
+    *config_normally_closed = 1;
+    *config_repeat_cycles = 3;
+    *config_on_time_ms = 500;
+    *config_off_time_ms = 250;
+    return KORVO_CORE_STATUS_NO_ERROR;
+}
+
+namespace {
+
+constexpr int rounds = 41;
+constexpr int calls_a_round = 50000;
+
+// As one writes it by hand: checks its arguments, and leaks the texts when memory runs out.
+int callByHand(lua_State *L) {
+    if (lua_gettop(L) != 3) {
+        return luaL_error(L, "get_relay_action_send takes 3 arguments");
+    }
+    luaL_argcheck(L, lua_isuserdata(L, 1) || lua_isnil(L, 1), 1, "handle expected");
+    void *const handle = lua_touserdata(L, 1);
+    char const *const target = luaL_optstring(L, 2, nullptr);
+    lua_Number const action_id = luaL_checknumber(L, 3);
+    luaL_argcheck(L, action_id >= 0, 3, "must not be negative");
+    char *name = nullptr;
+    char *relay = nullptr;
+    unsigned int mode = 0;
+    unsigned char normally_closed = 0;
+    unsigned int cycles = 0;
+    unsigned int on_time = 0;
+    unsigned int off_time = 0;
+    korvo_core_status const status = korvo_api_action_engine_get_relay_action_send(
+        handle, target, static_cast<unsigned int>(action_id), &name, &relay, &mode, &normally_closed, &cycles,
+        &on_time, &off_time);
+    lua_pushnumber(L, status);
+    lua_pushstring(L, name);
+    std::free(name);
+    lua_pushstring(L, relay);
+    std::free(relay);
+    lua_pushnumber(L, mode);
+    lua_pushboolean(L, normally_closed);
+    lua_pushnumber(L, cycles);
+    lua_pushnumber(L, on_time);
+    lua_pushnumber(L, off_time);
+    return 8;
+}
+
+constexpr char script[] =
+    "local call, count = ...\n"
+    "for i = 1, count do local status, name, relay, mode = call(nil, 'camera', 7) end";
+
+double nanosecondsOfACall(lua_State *L, int function) {
+    auto const start = std::chrono::steady_clock::now();
+    lua_getfield(L, LUA_REGISTRYINDEX, "script");
+    lua_pushvalue(L, function);
+    lua_pushinteger(L, calls_a_round);
+    if (lua_pcall(L, 2, 0, 0) != 0) {
+        std::fprintf(stderr, "bench-lua-call: %s\n", lua_tostring(L, -1));
+        std::exit(EXIT_FAILURE);
+    }
+    std::chrono::duration<double, std::nano> const elapsed = std::chrono::steady_clock::now() - start;
+    return elapsed.count() / calls_a_round;
+}
+
+double medianOf(std::vector<double> values) {
+    std::nth_element(values.begin(), values.begin() + rounds / 2, values.end());
+    return values[rounds / 2];
+}
+
+}  // namespace
+
+int main() {
+    lua_State *const L = luaL_newstate();
+    luaL_openlibs(L);
+    lua_pushcfunction(L, luaopen_korvo_api_action_engine);
+    lua_call(L, 0, 1);
+    lua_getfield(L, -1, "korvo_api_action_engine_get_relay_action_send");
+    int const of_the_module = lua_gettop(L);
+    lua_pushcfunction(L, callByHand);
+    int const by_hand = lua_gettop(L);
+    if (luaL_loadstring(L, script) != 0) {
+        return EXIT_FAILURE;
+    }
+    lua_setfield(L, LUA_REGISTRYINDEX, "script");
+
+    std::vector<double> hand;
+    std::vector<double> module;
+    std::vector<double> ratios;
+    for (int round = 0; round < rounds; ++round) {
+        // Side by side, so that what else the machine does meets both.
+        hand.push_back(nanosecondsOfACall(L, by_hand));
+        module.push_back(nanosecondsOfACall(L, of_the_module));
+        ratios.push_back(module.back() / hand.back());
+    }
+    std::printf("Medians of %d rounds of %d calls with 3 arguments and 8 results, in nanoseconds.\n\n",
+                rounds, calls_a_round);
+    std::printf("by hand %.0f   module %.0f   ratio %.2f\n", medianOf(hand), medianOf(module),
+                medianOf(ratios));
+    lua_close(L);
+    return EXIT_SUCCESS;
+}
