@@ -16,6 +16,8 @@
 #include <ostream>
 #include <stdexcept>
 
+#include "emulator/emulator.h"
+
 namespace end_to_end {
 
 namespace {
@@ -70,7 +72,9 @@ Child::Child(Command const &command) {
     if (command.ends_with_us) {
         words = {"/usr/bin/setpriv", "--pdeathsig", "KILL"};
     }
-    words.push_back(command.program);
+    for (std::string &word : emulator::wordsToStart(command.program)) {
+        words.push_back(std::move(word));
+    }
     words.insert(words.end(), command.arguments.begin(), command.arguments.end());
     std::vector<std::string> variables = environmentWith(command.environment);
 

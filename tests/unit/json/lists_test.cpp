@@ -94,9 +94,10 @@ TEST_F(Lists, OfTextsAreMadeFromArrays) {
 
 TEST_F(Lists, OfNumbersAreMadeFromArraysWithEachNumberCut) {
     unsigned int **list = nullptr;
-    ASSERT_EQ(convertJsonArrayToList<unsigned int>(numbers({1, 2.9, -3, 4294967296.0}), &list),
+    ASSERT_EQ(convertJsonArrayToList<unsigned int>(
+                  numbers({1, 2.9, -3, 2147483648.0, 4294967295.0, 4294967296.0}), &list),
               KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(copyOf(list), (std::vector<unsigned int>{1, 2, 0, 4294967295U}));
+    EXPECT_EQ(copyOf(list), (std::vector<unsigned int>{1, 2, 0, 2147483648U, 4294967295U, 4294967295U}));
     _korvo_core_free_array(list);
 }
 
@@ -258,8 +259,9 @@ TEST_F(Lists, OfCallersBecomeArrays) {
     EXPECT_EQ(json::ToArray(text_list + 2), json::Array());
 
     unsigned int largest = 4294967295U;
+    unsigned int upper_half = 2147483648U;
     unsigned int zero = 0;
-    unsigned int *number_list[] = {&largest, &zero, nullptr, &zero};
-    EXPECT_EQ(json::ToArray(number_list), numbers({4294967295.0, 0}));
-    EXPECT_EQ(json::ToArray(number_list + 2), json::Array());
+    unsigned int *number_list[] = {&largest, &upper_half, &zero, nullptr, &zero};
+    EXPECT_EQ(json::ToArray(number_list), numbers({4294967295.0, 2147483648.0, 0}));
+    EXPECT_EQ(json::ToArray(number_list + 3), json::Array());
 }

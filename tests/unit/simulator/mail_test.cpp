@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <stdexcept>
 #include <string>
 
@@ -22,6 +23,8 @@ struct Mail {
     std::string body = "line one\nline two";
     bool picture = false;
     bool event = false;
+    // Wednesday.
+    std::time_t date = 1'700'000'000 + 21 * 3600 - 80'000 + 59'000;
 
     std::string compose(std::string const &jpeg = "") const {
         Job const job{
@@ -29,8 +32,7 @@ struct Mail {
             &action_kinds[send_email],
             {std::string("name"), std::string("smtp.x"), to, cc, from, subject, body, picture, event},
             "Trigger 1 fired.\nTopic: t\nMessage: m\n"};
-        // Wednesday.
-        return composeMail(job, jpeg, 1'700'000'000 + 21 * 3600 - 80'000 + 59'000);
+        return composeMail(job, jpeg, date);
     }
 };
 
@@ -49,6 +51,12 @@ TEST(Mail, HasHeadersAndBody) {
               "Content-Transfer-Encoding: 8bit\r\n"
               "\r\n"
               "line one\r\nline two\r\n");
+}
+
+TEST(Mail, HasDatesThat32BitsDoNotHold) {
+    Mail mail;
+    mail.date = 4'295'312'896;
+    EXPECT_THAT(mail.compose(), HasSubstr("\r\nDate: Thu, 11 Feb 2106 06:28:16 +0000\r\n"));
 }
 
 TEST(Mail, TellsOfTheEventWhenItShould) {

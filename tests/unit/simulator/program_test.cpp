@@ -20,6 +20,7 @@
 #include <thread>
 #include <vector>
 
+#include "emulator/emulator.h"
 #include "korvo_core.h"
 #include "support.h"
 
@@ -39,7 +40,8 @@ constexpr milliseconds patience{20'000};
 class Program {
   public:
     explicit Program(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), SIMULATOR_PROGRAM);
+        std::vector<std::string> const start = emulator::wordsToStart(SIMULATOR_PROGRAM);
+        arguments.insert(arguments.begin(), start.begin(), start.end());
         std::vector<char *> pointers;
         for (std::string &argument : arguments) {
             pointers.push_back(argument.data());
