@@ -48,6 +48,11 @@ if(KORVO_LUA)
   install(FILES ${module_link} DESTINATION ${KORVO_LUA_MODULE_DIR} COMPONENT lua)
   install(FILES src/lua/conversions.h src/lua/module.h src/lua/typed_pointer.h
     DESTINATION ${KORVO_CXX_INCLUDE_DIR}/lua COMPONENT development)
+  # Not where require() looks, which would take it for the module.
+  if(TARGET lua-stub)
+    get_target_property(stub lua-stub KORVO_STUB)
+    install(FILES ${stub} DESTINATION ${CMAKE_INSTALL_DATADIR}/korvo-api-action-engine/lua-stub COMPONENT lua)
+  endif()
   install(DIRECTORY examples/lua DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT lua
     FILES_MATCHING PATTERN "*.lua")
 endif()

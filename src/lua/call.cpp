@@ -21,10 +21,11 @@ namespace {
 
 /// A call on its way. It is released outside of the protected call, so it is all that there is to release.
 struct Call {
-    int place;
-    int level;  // of the script's function, for the position in error messages
-    bool called;
-    Function function;
+    explicit Call(Function const &the_function) : function(the_function) {}
+
+    Function const &function;
+    int level = 1;  // of the script's function, for the position in error messages
+    bool called = false;
     Value values[most_values];
 };
 
@@ -61,7 +62,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 [[noreturn]] void raiseCount(lua_State *L, Call const &call) {
     int const given = lua_gettop(L);
     int const expected = call.function.shape->arguments;
-    pushFunctionName(L, call.place);
+    pushFunctionName(L, call.function);
     lua_pushfstring(L, "Error in %s expected %d..%d args, got %d", lua_tostring(L, -1), expected, expected,
                     given);
     raise(L, call);
@@ -69,7 +70,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 
 [[noreturn]] void raiseArgument(lua_State *L, Call const &call, int position, char const *expected) {
     char const *const given = typeText(L, position);
-    pushFunctionName(L, call.place);
+    pushFunctionName(L, call.function);
     lua_pushfstring(L, "Error in %s (arg %d), expected '%s' got '%s'", lua_tostring(L, -1), position,
                     expected, given);
     raise(L, call);
@@ -81,7 +82,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 }
 
 [[noreturn]] void raiseNoPointer(lua_State *L, Call const &call, int position) {
-    pushFunctionName(L, call.place);
+    pushFunctionName(L, call.function);
     lua_pushfstring(L, "Error in %s, expected a %s at argument number %d\n", lua_tostring(L, -1), "void*",
                     position);
     raise(L, call);
@@ -89,6 +90,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 
 // ---- Checks ----
 
+// On purpose: a number is a text, as everywhere in Lua; 1 and 0 are no flags; any userdata passes for a `void *`.
 bool accepts(lua_State *L, Convention convention, int position) {
     int const type = lua_type(L, position);
     switch (convention) {
@@ -116,7 +118,7 @@ bool accepts(lua_State *L, Convention convention, int position) {
 [[noreturn]] void raiseType(lua_State *L, Call const &call, Convention convention, int position) {
     if (convention == Convention::callback) {
         lua_pushfstring(L, "korvo_api_action_engine_%s_method_callback_func_ptr",
-                        operationAt(call.place)->name);
+                        operationOf(call.function)->name);
         raiseArgument(L, call, position, lua_tostring(L, -1));
     }
     raiseArgument(L, call, position, expectedArgument(convention).text);
@@ -160,7 +162,7 @@ void *typedPointerAt(lua_State *L, Call const &call, Convention convention, int 
         return nullptr;
     }
     PointerType const &expected = convention == Convention::callback
-                                      ? callbackType(*operationAt(call.place))
+                                      ? callbackType(*operationOf(call.function))
                                       : pointerType(expectedArgument(convention).type);
     if (!isSameType(typeOfUserdata(L, position), &expected)) {
         raiseArgument(L, call, position, expected.text);
@@ -405,37 +407,34 @@ int finishProtected(lua_State *L, Call &call, int arguments) {
 
 /// Texts of usual size move to a place that needs no release, which spares them the protected call. False when they do
 /// not fit.
-bool moveTexts(Call &call, char *place, std::size_t room) {
+bool moveTexts(Call &call, char *room, std::size_t size) {
     Shape const &shape = *call.function.shape;
-    std::size_t sizes[most_values] = {};
+    char *moved[most_values];
     for (int count = 0; count < shape.released; ++count) {
         char const *const text = call.values[shape.releasedSlots()[count].place].out_text;
-        sizes[count] = text != nullptr ? std::strlen(text) + 1 : 0;
-        if (sizes[count] > room) {
-            return false;
+        moved[count] = nullptr;
+        if (text != nullptr) {
+            std::size_t const length = std::strlen(text) + 1;
+            if (length > size) {
+                return false;
+            }
+            moved[count] = static_cast<char *>(std::memcpy(room, text, length));
+            room += length;
+            size -= length;
         }
-        room -= sizes[count];
     }
     for (int count = 0; count < shape.released; ++count) {
         char *&text = call.values[shape.releasedSlots()[count].place].out_text;
-        if (text != nullptr) {
-            std::memcpy(place, text, sizes[count]);
-            std::free(text);
-            text = place;
-            place += sizes[count];
-        }
+        std::free(text);
+        text = moved[count];
     }
     return true;
 }
 
-/// What Lua calls for every function of the module. Upvalues: the place of the function; runProtected, for functions
+/// What Lua calls for every function of the module. Upvalues: the function; runProtected, for functions
 /// that have something to release.
 int callFromLua(lua_State *L) {
-    Call call;
-    call.place = static_cast<int>(lua_tointeger(L, lua_upvalueindex(1)));
-    call.level = 1;
-    call.called = false;
-    call.function = functionAt(call.place);
+    Call call(*static_cast<Function const *>(lua_touserdata(L, lua_upvalueindex(1))));
     checkArguments(L, call);
 
     // Out-values that the C function leaves alone come back as NULL, 0 or false.
@@ -458,10 +457,11 @@ int callFromLua(lua_State *L) {
 void registerFunctions(lua_State *L) {
     lua_pushcfunction(L, runProtected);
     for (int place = 0; place < function_count; ++place) {
-        pushFunctionName(L, place);  // [table runProtected name]
-        lua_pushinteger(L, place);
+        Function const &function = functionAt(place);
+        pushFunctionName(L, function);  // [table runProtected name]
+        lua_pushlightuserdata(L, const_cast<Function *>(&function));
         int upvalues = 1;
-        if (functionAt(place).shape->released != 0) {
+        if (function.shape->released != 0) {
             lua_pushvalue(L, -3);
             ++upvalues;
         }

@@ -48,13 +48,13 @@ constexpr int most_values = 16;
 constexpr int function_count = 493;
 
 /// A function by its place in the order of registration, from 0.
-Function functionAt(int place);
+Function const &functionAt(int place);
 
 /// The operation that a function is a form of; NULL for others.
-operations::Operation const *operationAt(int place);
+operations::Operation const *operationOf(Function const &function);
 
 /// Pushes the name of a function.
-void pushFunctionName(lua_State *L, int place);
+void pushFunctionName(lua_State *L, Function const &function);
 
 }  // namespace korvo::lua
 

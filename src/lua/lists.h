@@ -102,7 +102,8 @@ T **allocateList(int count) {
 }
 
 /// Makes a list of a table. *list has it from the moment it exists, so that its owner can release it when Lua raises
-/// an error from in here; it is NULL where no list can be made.
+/// an error from in here. On purpose: what cannot be a list (a hole, another key, an element of another type) is NULL
+/// and no Lua error; the C function says what it makes of that.
 template <typename T>
 void readList(lua_State *L, int index, T ***list) {
     int const count = getNumberOfTableEntries(L, index);

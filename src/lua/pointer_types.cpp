@@ -222,7 +222,8 @@ PointerType const *typeOfUserdata(lua_State *L, int index) {
 
 void *pointerOfUserdata(lua_State *L, int index) {
     TypedPointer const *const typed = asTypedPointer(L, index);
-    return typed != nullptr ? typed->pointer : lua_touserdata(L, index);
+    bool const is_ours = typed != nullptr && isKnown(typed->type);
+    return is_ours ? typed->pointer : lua_touserdata(L, index);
 }
 
 char const *typeText(lua_State *L, int index) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lua/stub/header_texts.h"
 
+#include <algorithm>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -178,14 +179,23 @@ void HeaderTexts::readStatuses(Lines const &lines) {
 
 /// A comment behind an enumerator on its line, or in front of it.
 void HeaderTexts::readEnumerators(std::string const &text) {
-    static std::regex const behind(R"((\w+) = \d+,[ ]*/\* ([^\n]*) \*/)");
-    static std::regex const before(R"(/\* ((?:[^*]|\*(?!/))*) \*/\s+(\w+) = \d)");
-    std::sregex_iterator const none;
-    for (std::sregex_iterator match(text.begin(), text.end(), behind); match != none; ++match) {
-        constants_.emplace((*match)[1], (*match)[2]);
-    }
-    for (std::sregex_iterator match(text.begin(), text.end(), before); match != none; ++match) {
-        constants_.emplace((*match)[2], std::regex_replace((*match)[1].str(), std::regex(R"(\s+)"), " "));
+    static std::regex const at_end(R"(.*\b(\w+) = \d+, *)");
+    static std::regex const at_begin(R"(\s*(\w+) = \d.*)");
+    for (std::size_t end = text.find("*/"); end != std::string::npos; end = text.find("*/", end + 2)) {
+        std::size_t const begin = text.rfind("/*", end);
+        std::size_t const line = text.rfind('\n', begin) + 1;
+        std::size_t const next = std::min(text.find_first_not_of(" \n", end + 2), text.size());
+        std::string const before = text.substr(line, begin - line);
+        std::string const after = text.substr(next, text.find('\n', next) - next);
+        std::smatch match;
+        if (std::regex_match(before, match, at_end) ||
+            (trimmed(before).empty() && std::regex_match(after, match, at_begin))) {
+            std::string explanation;
+            for (std::string const &part : linesOf(text.substr(begin + 2, end - begin - 2))) {
+                appendWords(explanation, part);
+            }
+            constants_.emplace(match[1], explanation);
+        }
     }
 }
 

@@ -137,18 +137,17 @@ std::string typeOf(FunctionRow const &function, Parameter const &parameter) {
 
 // ---- Texts ----
 
-/// Parameters that every form has, which no operation's block explains.
-std::string commonText(FunctionRow const &function, std::string const &name) {
-    if (function.operation == nullptr) {
-        return "";
-    }
+/// Parameters that many functions have, which no block explains.
+std::string commonText(std::string const &name) {
     static std::map<std::string, std::string> const texts = {
+        {"status", "0 for success."},
         {"handle", "the client handle."},
         {"target", "which instance of the service is meant; nil is the default one."},
         {"timeout", "in milliseconds; 0 polls, a negative one waits without limit."},
         {"block", "true waits up to 5000 ms, false polls."},
         {"request_id", "the request's identifier."},
         {"callback", "a typed pointer that a host program has made, or nil: no Lua function can be one."},
+        {"handler", "a typed pointer that a host program has made, or nil: no Lua function can be one."},
         {"context", "what the callback is given."},
     };
     auto const found = texts.find(name);
@@ -157,7 +156,15 @@ std::string commonText(FunctionRow const &function, std::string const &name) {
 
 std::string textOf(FunctionRow const &function, Explanation const &explanation, std::string const &name) {
     auto const found = explanation.names.find(name);
-    std::string const text = found != explanation.names.end() ? found->second : commonText(function, name);
+    if (found != explanation.names.end()) {
+        return " # " + found->second;
+    }
+    bool const is_of_library = function.name.compare(0, 10, "korvo_api_") == 0;
+    std::string const text = is_of_library ? commonText(name) : "";
+    if (is_of_library && text.empty()) {
+        throw std::runtime_error("no header explains " + name + " of " + function.name +
+                                 "; give it a line in the comment in front of its declaration");
+    }
     return text.empty() ? "" : " # " + text;
 }
 

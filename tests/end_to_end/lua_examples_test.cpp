@@ -1,0 +1,469 @@
+// SPDX-License-Identifier: Apache-2.0
+// The example scripts, as a user runs them, with each interpreter.
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "lua_interpreters/lua_interpreters.h"
+#include "support/child.h"
+#include "support/operation.h"
+#include "support/service.h"
+#include "support/workspace.h"
+
+namespace end_to_end {
+
+namespace {
+
+class LuaExamples : public ::testing::TestWithParam<std::string> {
+  protected:
+    static Command command(std::string const &name, std::vector<std::string> const &arguments) {
+        Command example = {
+            GetParam(), {KORVO_LUA_EXAMPLES_FOLDER "/" + name}, lua_interpreters::environment()};
+        example.arguments.insert(example.arguments.end(), arguments.begin(), arguments.end());
+        return example;
+    }
+
+    static Finished runExample(std::string const &name, std::vector<std::string> const &arguments = {}) {
+        return run(command(name, arguments));
+    }
+
+    std::string file(std::string const &name) const { return (folder_ / name).string(); }
+
+    std::string writeFile(std::string const &name, std::string const &text) const {
+        std::ofstream(file(name)) << text;
+        return file(name);
+    }
+
+  private:
+    std::filesystem::path folder_ = Workspace::ofThisProgram().newFolder("lua");
+};
+
+INSTANTIATE_TEST_SUITE_P(, LuaExamples, ::testing::ValuesIn(lua_interpreters::paths),
+                         [](auto const &tested) { return lua_interpreters::nameOf(tested.param); });
+
+unsigned int create(Client const &client, std::string const &what, Values const &settings) {
+    Answer const answer = operation("create_" + what).send(client.handle(), nullptr, settings);
+    EXPECT_EQ(answer.status, KORVO_CORE_STATUS_NO_ERROR) << what;
+    return answer.results.empty() ? 0 : std::get<Number>(answer.results.front());
+}
+
+/// The results of an operation that succeeds.
+Values ask(Client const &client, std::string const &what, Values const &inputs = {}) {
+    Answer const answer = operation(what).send(client.handle(), nullptr, inputs);
+    EXPECT_EQ(answer.status, KORVO_CORE_STATUS_NO_ERROR) << what;
+    return answer.results;
+}
+
+void expectEmptyCatalogue(Client const &client) {
+    EXPECT_EQ(ask(client, "get_actions"), (Values{Numbers{}, Numbers{}}));
+    EXPECT_EQ(ask(client, "get_triggers"), (Values{Numbers{}, Numbers{}}));
+}
+
+struct Sample {
+    char const *what;
+    Values settings;
+};
+
+/// One action and one trigger of each kind, in the order of their types, with texts that a careless program breaks.
+std::vector<Sample> const sample_actions = {
+    {"email_action",
+     {"to \"them\"", "mail.example.org", Texts{"a@example.org", "b@example.org"}, Texts{}, "cam@example.org",
+      "Türe\\n]] --", "two\nlines\r\nand a tab\t", Flag{1}, Flag{0}}},
+    {"ftp_action", {"upload", "ftp.example.org", "me", "sec'ret\"", "/a b", "picture.jpg"}},
+    {"snapshot_action", {"door", "door.jpg"}},
+    {"ptz_pattern_action", {"pattern", "1"}},
+    {"ptz_preset_action", {"preset", "2"}},
+    {"ptz_tour_action", {"tour", "3"}},
+    {"ptz_scan_action", {"scan", "4"}},
+    {"wiper_action", {"wipe"}},
+    {"washer_action", {""}},
+    {"relay_action", {"gate", "relay 1", 3U, Flag{1}, 4294967295U, 3000000000U, 0U}},
+};
+std::vector<Sample> const sample_triggers = {
+    {"onvif_trigger",
+     {"motion", "tns1:A|tns1:B", "dialect", "IsMotion", Texts{"tns1", "tt"}, Texts{"urn:a", "urn:b"}}},
+    {"timer_trigger", {"never", 0U}},
+    {"stable_onvif_trigger", {"stable", "tns1:A", "", Texts{}, Texts{}, 7U}},
+};
+
+struct Made {
+    std::vector<unsigned int> actions;
+    std::vector<unsigned int> triggers;
+};
+
+/// A catalogue that has everything. The nth action is bound to the first n triggers.
+Made fillCatalogue(Client const &client) {
+    Made made;
+    for (Sample const &action : sample_actions) {
+        made.actions.push_back(create(client, action.what, action.settings));
+    }
+    for (Sample const &trigger : sample_triggers) {
+        made.triggers.push_back(create(client, trigger.what, trigger.settings));
+    }
+    for (std::size_t trigger = 0; trigger < made.triggers.size(); ++trigger) {
+        for (std::size_t action = 0; action <= trigger; ++action) {
+            ask(client, "create_association", {made.triggers[trigger], made.actions[action]});
+        }
+    }
+    ask(client, "set_action_filters",
+        {made.actions[2], Numbers{62, 65}, Numbers{28800, 4294967295U}, Numbers{61200}});
+    return made;
+}
+
+void expectFullCatalogue(Client const &client, Made const &made) {
+    for (std::size_t place = 0; place < made.actions.size(); ++place) {
+        EXPECT_EQ(ask(client, std::string("get_") + sample_actions[place].what, {made.actions[place]}),
+                  sample_actions[place].settings);
+    }
+    for (std::size_t place = 0; place < made.triggers.size(); ++place) {
+        EXPECT_EQ(ask(client, std::string("get_") + sample_triggers[place].what, {made.triggers[place]}),
+                  sample_triggers[place].settings);
+        Numbers const bound(made.actions.begin(),
+                            made.actions.begin() + static_cast<std::ptrdiff_t>(place) + 1);
+        EXPECT_EQ(ask(client, "get_trigger_associations", {made.triggers[place]}).front(), Value(bound));
+    }
+    EXPECT_EQ(ask(client, "get_action_filters", {made.actions[2]}),
+              (Values{Numbers{62, 65}, Numbers{28800, 4294967295U}, Numbers{61200}}));
+    EXPECT_EQ(ask(client, "get_action_filters", {made.actions[0]}),
+              (Values{Numbers{}, Numbers{}, Numbers{}}));
+}
+
+// ---- list_catalogue.lua ----
+
+TEST_P(LuaExamples, ListCatalogueShowsAnEmptyOne) {
+    Service const service;
+    Finished const finished = runExample("list_catalogue.lua");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "actions: 0, triggers: 0\n");
+}
+
+TEST_P(LuaExamples, ListCatalogueShowsSettingsFiltersAndAssociations) {
+    Service const service;
+    Client client;
+    unsigned int const upload =
+        create(client, "ftp_action", {"upload", "ftp.example.org", "me", "secret", "/", "a.jpg"});
+    unsigned int const preset = create(client, "ptz_preset_action", {"look left", "3"});
+    unsigned int const timer = create(client, "timer_trigger", {"hourly", 3600U});
+    create(client, "timer_trigger", {"idle", 0U});
+    ask(client, "create_association", {timer, upload});
+    ask(client, "create_association", {timer, preset});
+    ask(client, "set_action_filters", {preset, Numbers{62, 65}, Numbers{28800}, Numbers{61200, 3660}});
+    Finished const finished = runExample("list_catalogue.lua");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out,
+              "actions: 2, triggers: 2\n"
+              "action 1: ftp \"upload\"\n"
+              "    server_name = \"ftp.example.org\"\n"
+              "    username = \"me\"\n"
+              "    password = (hidden)\n"
+              "    path = \"/\"\n"
+              "    filename = \"a.jpg\"\n"
+              "action 2: ptz preset \"look left\"\n"
+              "    preset_id = \"3\"\n"
+              "    runs only Mon Tue Wed Thu Fri from 08:00 to 17:00\n"
+              "    runs only Sun Sat from 00:00 to 01:01\n"
+              "trigger 1: timer \"hourly\"\n"
+              "    timer_seconds = 3600\n"
+              "    runs action 1, 2\n"
+              "trigger 2: timer \"idle\"\n"
+              "    timer_seconds = 0\n"
+              "    runs nothing\n");
+}
+
+/// Lets the next identifiers be greater than any signed 32-bit number.
+void setLastIdentifiers(std::string const &store, char const *statement) {
+    sqlite3 *database = nullptr;
+    ASSERT_EQ(sqlite3_open(store.c_str(), &database), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database, statement, nullptr, nullptr, nullptr), SQLITE_OK)
+        << sqlite3_errmsg(database);
+    sqlite3_close(database);
+}
+
+TEST_P(LuaExamples, CopeWithIdentifiersThatListsShowAsNegative) {
+    std::string const store = file("store.db");
+    Service service({"--store", store});
+    {
+        Client client;
+        ask(client, "delete_action", {create(client, "wiper_action", {"wipe"})});
+        ask(client, "delete_trigger", {create(client, "timer_trigger", {"timer", 1U})});
+    }
+    service.stop();
+    setLastIdentifiers(store, "UPDATE sqlite_sequence SET seq = 2999999999");
+    service.start();
+    Finished const built = runExample("build_rule.lua");
+    EXPECT_TRUE(built.exit == exited(0)) << built.errors;
+    EXPECT_NE(
+        built.out.find("trigger 3000000000 \"motion at the gate\" runs action 3000000001 \"who is there\""),
+        std::string::npos)
+        << built.out;
+    Finished const listed = runExample("list_catalogue.lua");
+    EXPECT_TRUE(listed.exit == exited(0)) << listed.errors;
+    EXPECT_NE(listed.out.find("    runs action 3000000000, 3000000001\n"), std::string::npos) << listed.out;
+    Finished const exported = runExample("export_restore.lua", {"export", file("saved")});
+    EXPECT_TRUE(exported.exit == exited(0)) << exported.errors;
+    Finished const restored = runExample("export_restore.lua", {"restore", file("saved")});
+    EXPECT_TRUE(restored.exit == exited(0)) << restored.errors;
+    EXPECT_NE(restored.out.find("trigger 3000000000 is now 3000000001\n"), std::string::npos) << restored.out;
+}
+
+// ---- build_rule.lua ----
+
+TEST_P(LuaExamples, BuildRuleMakesItsOwnRule) {
+    Service const service;
+    Finished const finished = runExample("build_rule.lua");
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out,
+              "trigger 1 \"motion at the gate\" runs action 1 \"open the gate\"\n"
+              "trigger 1 \"motion at the gate\" runs action 2 \"who is there\"\n");
+    Client client;
+    EXPECT_EQ(ask(client, "get_onvif_trigger", {1U}).front(), Value(Text("motion at the gate")));
+    EXPECT_EQ(ask(client, "get_trigger_associations", {1U}).front(), Value(Numbers{1, 2}));
+    EXPECT_EQ(ask(client, "get_action_filters", {1U}),
+              (Values{Numbers{62, 62}, Numbers{28800, 46800}, Numbers{43200, 61200}}));
+    EXPECT_EQ(ask(client, "get_action_filters", {2U}), (Values{Numbers{}, Numbers{}, Numbers{}}));
+}
+
+TEST_P(LuaExamples, BuildRuleMakesTheRuleOfAFile) {
+    Service const service;
+    std::string const rule =
+        writeFile("rule.lua",
+                  "return {trigger = {kind = 'timer', trigger_name = 'hourly', timer_seconds = 3600},\n"
+                  "actions = {{kind = 'wiper', action_name = 'wipe'}}}\n");
+    Finished const finished = runExample("build_rule.lua", {rule});
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "trigger 1 \"hourly\" runs action 1 \"wipe\"\n");
+}
+
+TEST_P(LuaExamples, BuildRuleLeavesNothingBehindWhenAnyStepFails) {
+    for (char const *step : {"Create_onvif_trigger", "Create_relay_action", "Set_action_filters",
+                             "Create_snapshot_action", "Create_association"}) {
+        Service const service({"--fail", std::string(step) + "=9"});
+        Finished const finished = runExample("build_rule.lua");
+        EXPECT_TRUE(finished.exit == exited(1)) << step;
+        EXPECT_EQ(finished.out, "") << step;
+        std::string operation = step;
+        operation.front() = static_cast<char>(operation.front() - 'A' + 'a');
+        EXPECT_EQ(finished.errors.find("build_rule.lua: " + operation + ": "), 0U) << finished.errors;
+        EXPECT_NE(finished.errors.find("(status 9)\n  the service refused"), std::string::npos)
+            << finished.errors;
+        Client client;
+        expectEmptyCatalogue(client);
+    }
+}
+
+TEST_P(LuaExamples, BuildRuleTellsWhatItCouldNotUndo) {
+    Service const service({"--fail", "Create_association=9", "--fail", "Delete_trigger=9"});
+    Finished const finished = runExample("build_rule.lua");
+    EXPECT_TRUE(finished.exit == exited(1));
+    EXPECT_NE(finished.errors.find("trigger 1 was made and could not be deleted: delete_trigger: "),
+              std::string::npos)
+        << finished.errors;
+    Client client;
+    EXPECT_EQ(ask(client, "get_actions"), (Values{Numbers{}, Numbers{}}));
+}
+
+TEST_P(LuaExamples, BuildRuleNamesTheMistakeInARule) {
+    Service const service;
+    struct Mistake {
+        char const *trigger;
+        char const *action;
+        char const *message;
+    };
+    char const *const timer = "{kind = 'timer', trigger_name = 'hourly', timer_seconds = 3600}";
+    char const *const wiper = "{kind = 'wiper', action_name = 'wipe'}";
+    for (Mistake const &mistake : {
+             Mistake{"{kind = 'clock'}", wiper, "the trigger: 'clock' is no kind of trigger"},
+             Mistake{"nil", wiper, "the trigger: 'nil' is no kind of trigger"},
+             Mistake{"{kind = 'timer', trigger_name = 'hourly'}", wiper,
+                     "the trigger: 'timer_seconds' must be a number, it is a nil"},
+             Mistake{"{kind = 'timer', trigger_name = 'hourly', timer_seconds = -1}", wiper,
+                     "the trigger: 'timer_seconds' must be 0 to 4294967295"},
+             Mistake{timer, "{kind = 'wiper', action_name = 5}",
+                     "action 1: 'action_name' must be a string, it is a number"},
+             Mistake{timer, "{kind = 'wiper', action_name = 'wipe', speed = 5}",
+                     "action 1: a wiper action has no 'speed'"},
+             Mistake{timer,
+                     "{kind = 'wiper', action_name = 'wipe', windows = {{days = 62, from = '8', to = '9'}}}",
+                     "action 1: '8' is no time of day, write it like 08:30"},
+             Mistake{timer,
+                     "{kind = 'email', action_name = '', smtp_server = '', to_addresses = {5}, cc_addresses "
+                     "= {}, "
+                     "from_address = '', subject = '', body = '', attach_jpeg = true, include_event = true}",
+                     "action 1: 'to_addresses' must hold texts, it holds a number"},
+         }) {
+        std::string const rule = writeFile("rule.lua", std::string("return {trigger = ") + mistake.trigger +
+                                                           ", actions = {" + mistake.action + "}}\n");
+        Finished const finished = runExample("build_rule.lua", {rule});
+        EXPECT_TRUE(finished.exit == exited(1)) << mistake.message;
+        EXPECT_EQ(finished.errors, std::string("build_rule.lua: ") + mistake.message + "\n");
+    }
+    Client client;
+    expectEmptyCatalogue(client);
+}
+
+// ---- export_restore.lua ----
+
+TEST_P(LuaExamples, RestoringIntoAnEmptyServiceGivesTheSameCatalogue) {
+    std::string const saved = file("catalogue.saved");
+    Made made;
+    {
+        Service const service;
+        Client client;
+        made = fillCatalogue(client);
+        Finished const finished = runExample("export_restore.lua", {"export", saved});
+        EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+        EXPECT_EQ(finished.out, "exported: actions 10, triggers 3, associations 6\n");
+    }
+    Service const service;
+    Finished const finished = runExample("export_restore.lua", {"restore", saved});
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_NE(finished.out.find("restored: actions 10, triggers 3, associations 6\n"), std::string::npos);
+    Client client;
+    expectFullCatalogue(client, made);
+
+    // And what is exported again is the same to the byte.
+    EXPECT_TRUE(runExample("export_restore.lua", {"export", file("again")}).exit == exited(0));
+    std::stringstream first;
+    std::stringstream second;
+    first << std::ifstream(saved).rdbuf();
+    second << std::ifstream(file("again")).rdbuf();
+    EXPECT_GT(first.str().size(), 1000U);
+    EXPECT_EQ(first.str(), second.str());
+}
+
+TEST_P(LuaExamples, RestoringIntoAFullServiceKeepsWhatIsThereAndGivesNewIdentifiers) {
+    Service const service;
+    Client client;
+    create(client, "wiper_action", {"already here"});
+    Made const old = fillCatalogue(client);
+    EXPECT_TRUE(runExample("export_restore.lua", {"export", file("saved")}).exit == exited(0));
+    Finished const finished = runExample("export_restore.lua", {"restore", file("saved")});
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_NE(finished.out.find("action 2 is now 13\n"), std::string::npos) << finished.out;
+    EXPECT_NE(finished.out.find("trigger 1 is now 4\n"), std::string::npos) << finished.out;
+    expectFullCatalogue(client, old);
+    Made fresh = old;
+    for (unsigned int &action : fresh.actions) {
+        action += 11;
+    }
+    for (unsigned int &trigger : fresh.triggers) {
+        trigger += 3;
+    }
+    expectFullCatalogue(client, fresh);
+}
+
+TEST_P(LuaExamples, RestoreLeavesNothingBehindWhenAStepFails) {
+    {
+        Service const service;
+        Client client;
+        fillCatalogue(client);
+        EXPECT_TRUE(runExample("export_restore.lua", {"export", file("saved")}).exit == exited(0));
+    }
+    Service const service({"--fail", "Create_stable_onvif_trigger=9"});
+    Finished const finished = runExample("export_restore.lua", {"restore", file("saved")});
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+    EXPECT_NE(finished.errors.find("create_stable_onvif_trigger: "), std::string::npos) << finished.errors;
+    Client client;
+    expectEmptyCatalogue(client);
+}
+
+TEST_P(LuaExamples, RestoreRefusesFilesThatItHasNotSaved) {
+    Service const service;
+    auto const restore = [&](std::string const &text) {
+        Finished const finished = runExample("export_restore.lua", {"restore", writeFile("saved", text)});
+        EXPECT_TRUE(finished.exit == exited(1)) << text;
+        return finished.errors;
+    };
+    std::string const name = "export_restore.lua: " + file("saved");
+    EXPECT_EQ(restore("return 5"), name + ": is no catalogue that this program has saved\n");
+    EXPECT_EQ(restore("\033Lua"), name + ": is a compiled program, not a saved catalogue\n");
+    EXPECT_EQ(
+        restore(
+            "return {format = 1, actions = {}, triggers = {}, associations = {{trigger = 1, action = 1}}}"),
+        name + ": association 1 names what is not in the file\n");
+    EXPECT_EQ(restore("return {format = 1, actions = {{id = 1, item = {kind = 'wiper', action_name = 'w'}}}, "
+                      "triggers = {}, associations = {}}"),
+              name + ": action 1: 'filters' must have the list 'weekday_filters'\n");
+    // It reaches nothing.
+    EXPECT_NE(restore("os.execute('true')").find("attempt to index global 'os' (a nil value)"),
+              std::string::npos);
+    Finished const missing = runExample("export_restore.lua", {"restore", file("nothing")});
+    EXPECT_TRUE(missing.exit == exited(1));
+    EXPECT_NE(missing.errors.find("No such file or directory"), std::string::npos) << missing.errors;
+    Client client;
+    expectEmptyCatalogue(client);
+}
+
+TEST_P(LuaExamples, ExportKeepsTheOldFileWhenItFails) {
+    std::string const saved = writeFile("saved", "the old one");
+    Service const service({"--fail", "Get_triggers=9"});
+    EXPECT_TRUE(runExample("export_restore.lua", {"export", saved}).exit == exited(1));
+    std::stringstream text;
+    text << std::ifstream(saved).rdbuf();
+    EXPECT_EQ(text.str(), "the old one");
+    EXPECT_FALSE(std::filesystem::exists(saved + ".new"));
+}
+
+// ---- watch.lua ----
+
+TEST_P(LuaExamples, WatchReportsWhatIsNewChangedAndGone) {
+    Service const service;
+    Client client;
+    create(client, "wiper_action", {"already here"});
+    Child watching(command("watch.lua", {"--interval", "0.05"}));
+    ASSERT_TRUE(watching.out().waitFor("new      action 1: wiper \"already here\"\n"))
+        << watching.errors().text();
+    create(client, "timer_trigger", {"hourly", 3600U});
+    EXPECT_TRUE(watching.out().waitFor("new      trigger 1: timer \"hourly\"\n"));
+    ask(client, "modify_timer_trigger", {1U, "hourly", 60U});
+    EXPECT_TRUE(watching.out().waitFor("changed  trigger 1: timer_seconds is now 60, it was 3600\n"));
+    ask(client, "delete_action", {1U});
+    EXPECT_TRUE(watching.out().waitFor("gone     action 1: wiper \"already here\"\n"));
+    EXPECT_EQ(count(watching.out().text(), "\n"), 4U) << watching.out().text();
+    EXPECT_EQ(watching.errors().text(), "");
+}
+
+TEST_P(LuaExamples, WatchLooksAsOftenAsItIsTold) {
+    Service const service;
+    Client client;
+    create(client, "wiper_action", {"wipe"});
+    Finished const finished = runExample("watch.lua", {"--count", "3", "--interval", "0.01"});
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out, "new      action 1: wiper \"wipe\"\n");
+    EXPECT_EQ(runExample("watch.lua", {"--often", "3"}).errors, "watch.lua: unknown option '--often'\n");
+    EXPECT_EQ(runExample("watch.lua", {"--count"}).errors, "watch.lua: --count needs a number\n");
+}
+
+TEST_P(LuaExamples, WatchGoesOnWhenTheServiceIsRestarted) {
+    Service service;
+    Client client;
+    create(client, "wiper_action", {"wipe"});
+    Child watching(command("watch.lua", {"--interval", "0.05"}));
+    ASSERT_TRUE(watching.out().waitFor("new      action 1")) << watching.errors().text();
+    service.stop();
+    EXPECT_TRUE(watching.out().waitFor("the service does not answer: get_actions: "));
+    service.start();
+    EXPECT_TRUE(watching.out().waitFor("the service answers again\ngone     action 1: wiper \"wipe\"\n"))
+        << watching.out().text();
+}
+
+// ---- All ----
+
+TEST_P(LuaExamples, ExplainWhatIsWrongWithoutAService) {
+    for (std::string const name : {"list_catalogue.lua", "build_rule.lua"}) {
+        Finished const finished = runExample(name);
+        EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+        EXPECT_NE(finished.errors.find(name + ": "), std::string::npos) << finished.errors;
+        EXPECT_NE(finished.errors.find("(status 10)\n  start the service"), std::string::npos)
+            << finished.errors;
+    }
+}
+
+}  // namespace
+
+}  // namespace end_to_end

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+// The stub for the Lua language server, beside the module that it declares.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+
+#include "lua_interpreters/lua_interpreters.h"
+#include "support/child.h"
+#include "support/service.h"
+#include "support/workspace.h"
+
+namespace end_to_end {
+
+namespace {
+
+class LuaStub : public ::testing::TestWithParam<std::string> {};
+
+INSTANTIATE_TEST_SUITE_P(, LuaStub, ::testing::ValuesIn(lua_interpreters::paths),
+                         [](auto const &tested) { return lua_interpreters::nameOf(tested.param); });
+
+/// A state folder with a configuration that has a value of each type, under the name of the type.
+std::string stateWithConfiguration() {
+    auto const folder = Workspace::ofThisProgram().newFolder("configured");
+    std::ofstream(folder / "configuration.json") << R"({"format": 1, "values": {
+        "string": {"type": "string", "value": "text"},
+        "json": {"type": "json", "value": {}},
+        "int": {"type": "int", "value": -5},
+        "bool": {"type": "bool", "value": true},
+        "double": {"type": "double", "value": 0.5},
+        "arrayofstring": {"type": "arrayofstring", "value": ["a", "b"]},
+        "arrayofint": {"type": "arrayofint", "value": [1, -2]},
+        "arrayofbool": {"type": "arrayofbool", "value": [true, false]},
+        "arrayofdouble": {"type": "arrayofdouble", "value": [0.5, 1]}}})";
+    return folder.string();
+}
+
+TEST_P(LuaStub, AgreesWithTheModuleAndWouldNotWithAMistake) {
+    Service const service;
+    Command agreement = {GetParam(), {KORVO_STUB_AGREEMENT, KORVO_LUA_STUB}, lua_interpreters::environment()};
+    if (sanitized) {
+        agreement.arguments.emplace_back("without-leaks");
+    }
+    agreement.environment.emplace_back("KORVO_STATE_DIR", stateWithConfiguration());
+    Finished const finished = run(agreement);
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(finished.out,
+              "493 functions, 51 constants, 0 differences\n"
+              "a function less: found\n"
+              "a function more: found\n"
+              "a constant less: found\n"
+              "a constant more: found\n"
+              "another value: found\n"
+              "a parameter that is not explained: found\n"
+              "a parameter less: found\n"
+              "another type of argument: found\n"
+              "another type of result: found\n"
+              "a result less: found\n"
+              "a result more: found\n");
+}
+
+TEST(LuaStubTexts, ExplainEveryFunctionInWords) {
+    std::ifstream stub(KORVO_LUA_STUB);
+    std::string before;
+    std::string first_of_comment;
+    int functions = 0;
+    for (std::string line; std::getline(stub, line); before = line) {
+        if (before.empty()) {
+            first_of_comment = line;
+        }
+        if (line.compare(0, 9, "function ") == 0) {
+            ++functions;
+            EXPECT_EQ(first_of_comment.compare(0, 3, "---"), 0) << line;
+            EXPECT_GT(count(first_of_comment, " "), 2U) << line << "\n" << first_of_comment;
+        }
+    }
+    // With the two global ones.
+    EXPECT_EQ(functions, 495);
+}
+
+}  // namespace
+
+}  // namespace end_to_end
