@@ -10,36 +10,41 @@
 
 #include <string>
 #include <utility>
-#include <variant>
 #include <vector>
 
 #include "fake_platform.h"
 
 namespace fake_platform {
 
-/// An argument, a return value or an out-value. Numbers, enumerations and flags are numbers; std::monostate is NULL.
+/// An argument, a return value or an out-value. Numbers, enumerations and flags are numbers.
 struct Value {
+    enum class Type { null, number, text, pointer, list };
     using List = std::vector<Value>;
 
     Value() = default;
-    Value(double number) : content(number) {}
-    Value(char const *text) : content(std::string(text)) {}
-    Value(std::string text) : content(std::move(text)) {}
-    Value(List list) : content(std::move(list)) {}
+    Value(double value) : type(Type::number), number(value) {}
+    Value(char const *value) : type(Type::text), text(value) {}
+    Value(std::string value) : type(Type::text), text(std::move(value)) {}
+    Value(List value) : type(Type::list), list(std::move(value)) {}
 
     static Value ofPointer(void const *pointer) {
         Value value;
-        if (pointer != nullptr) {
-            value.content = pointer;
-        }
+        value.type = pointer != nullptr ? Type::pointer : Type::null;
+        value.pointer = pointer;
         return value;
     }
 
-    std::variant<std::monostate, double, std::string, void const *, List> content;
+    Type type = Type::null;
+    // The one of the type; the others are empty.
+    double number = 0;
+    std::string text;
+    void const *pointer = nullptr;
+    List list;
 };
 
 inline bool operator==(Value const &left, Value const &right) {
-    return left.content == right.content;
+    return left.type == right.type && left.number == right.number && left.text == right.text &&
+           left.pointer == right.pointer && left.list == right.list;
 }
 
 /// A call of a function of the core. Out-pointers are left out, but for those that its callers hand through from

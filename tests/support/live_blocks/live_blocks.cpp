@@ -170,6 +170,16 @@ std::size_t Recording::allocations() const {
     return seen;
 }
 
+Unnoticed::Unnoticed() : recorded_(recorded_thread), until_failure_(until_failure) {
+    recorded_thread = false;
+    until_failure = 0;
+}
+
+Unnoticed::~Unnoticed() {
+    recorded_thread = recorded_;
+    until_failure = until_failure_;
+}
+
 bool canFail() {
 #if defined(KORVO_SANITIZER_ALLOCATOR)
     return false;

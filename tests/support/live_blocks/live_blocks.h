@@ -30,6 +30,20 @@ class Recording {
     std::size_t allocations() const;
 };
 
+/// While one of these lives, the calling thread's allocations are neither recorded nor made to fail: for allocators of
+/// the test's own, whose blocks are nobody's leak.
+class Unnoticed {
+  public:
+    Unnoticed();
+    ~Unnoticed();
+    Unnoticed(Unnoticed const &) = delete;
+    Unnoticed &operator=(Unnoticed const &) = delete;
+
+  private:
+    bool recorded_;
+    std::size_t until_failure_;
+};
+
 /// Can allocations be made to fail here? Not under a sanitizer that has an allocator of its own.
 bool canFail();
 
