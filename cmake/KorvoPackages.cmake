@@ -38,6 +38,9 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkorvo-api-action-engine-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Client library of the camera's action_engine service, development files")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} ${same_version}, ${platform} ${same_version}")
+# The C++ headers of the base classes include Boost's, those for hosts of the Lua module Lua's. C callers need neither.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "libboost1.81-dev")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "liblua5.1-0-dev")
 
 set(CPACK_DEBIAN_LUA_PACKAGE_NAME lua-korvo-api-action-engine)
 set(CPACK_DEBIAN_LUA_PACKAGE_SECTION interpreters)
