@@ -6,33 +6,10 @@
 #include <unistd.h>
 
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
-namespace {
-
-bool write_all(int socket, std::string const &bytes) {
-    for (std::size_t done = 0; done < bytes.size();) {
-        ssize_t const count = send(socket, bytes.data() + done, bytes.size() - done, MSG_NOSIGNAL);
-        if (count <= 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
-bool read_all(int socket, std::string &bytes) {
-    for (std::size_t done = 0; done < bytes.size();) {
-        ssize_t const count = recv(socket, bytes.data() + done, bytes.size() - done, 0);
-        if (count <= 0) {
-            return false;
-        }
-        done += static_cast<std::size_t>(count);
-    }
-    return true;
-}
-
-}  // namespace
+#include "socket_transfer.h"
 
 BareExchange::BareExchange(std::string request, std::string response)
     : request_(std::move(request)), received_(response.size(), '\0') {
@@ -44,7 +21,7 @@ BareExchange::BareExchange(std::string request, std::string response)
     if (process_ == 0) {
         close(sockets[0]);
         std::string incoming(request_.size(), '\0');
-        while (read_all(sockets[1], incoming) && write_all(sockets[1], response)) {
+        while (receiveAll(sockets[1], incoming) && sendAll(sockets[1], response)) {
         }
         _exit(0);
     }
@@ -61,8 +38,14 @@ BareExchange::~BareExchange() {
     waitpid(process_, nullptr, 0);
 }
 
-void BareExchange::call() {
-    if (!write_all(socket_, request_) || !read_all(socket_, received_)) {
+void BareExchange::call(std::size_t pieces) {
+    std::string_view const request = request_;
+    std::size_t const size = request.size() / pieces;
+    bool is_whole = true;
+    for (std::size_t piece = 0; piece < pieces && is_whole; ++piece) {
+        is_whole = sendAll(socket_, request.substr(piece * size, size));
+    }
+    if (!is_whole || !receiveAll(socket_, received_)) {
         throw std::runtime_error("the bare exchange broke off");
     }
 }

@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <string>
 
 /// A process that answers each request of so many bytes with a response of so many bytes: what an exchange costs
@@ -16,8 +17,8 @@ class BareExchange {
     BareExchange(BareExchange const &) = delete;
     BareExchange &operator=(BareExchange const &) = delete;
 
-    /// Writes the request and reads the whole response.
-    void call();
+    /// Writes the request, in so many equal pieces, and reads the whole response.
+    void call(std::size_t pieces = 1);
 
     pid_t process() const { return process_; }
 

@@ -2,16 +2,16 @@
 // A call from Lua through the module beside one through a wrapper written by hand for this one function. Both call the
 // same C function, which is replaced by one that only fills in its results, so that the way there and back is measured.
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <lua.hpp>
-#include <vector>
+#include <stdexcept>
 
 #include "korvo_api_action_engine.h"
 #include "lua/module.h"
+#include "program.h"
+#include "side_by_side.h"
 
 // In place of the library's own: the program's functions go before those of its libraries.
 korvo_core_status korvo_api_action_engine_get_relay_action_send(
@@ -30,7 +30,6 @@ korvo_core_status korvo_api_action_engine_get_relay_action_send(
 
 namespace {
 
-constexpr int rounds = 41;
 constexpr int calls_a_round = 50000;
 
 // As one writes it by hand: checks its arguments, and leaks the texts when memory runs out.
@@ -70,27 +69,16 @@ constexpr char script[] =
     "local call, count = ...\n"
     "for i = 1, count do local status, name, relay, mode = call(nil, 'camera', 7) end";
 
-double nanosecondsOfACall(lua_State *L, int function) {
-    auto const start = std::chrono::steady_clock::now();
+void callOften(lua_State *L, int function) {
     lua_getfield(L, LUA_REGISTRYINDEX, "script");
     lua_pushvalue(L, function);
     lua_pushinteger(L, calls_a_round);
     if (lua_pcall(L, 2, 0, 0) != 0) {
-        std::fprintf(stderr, "bench-lua-call: %s\n", lua_tostring(L, -1));
-        std::exit(EXIT_FAILURE);
+        throw std::runtime_error(lua_tostring(L, -1));
     }
-    std::chrono::duration<double, std::nano> const elapsed = std::chrono::steady_clock::now() - start;
-    return elapsed.count() / calls_a_round;
 }
 
-double medianOf(std::vector<double> values) {
-    std::nth_element(values.begin(), values.begin() + rounds / 2, values.end());
-    return values[rounds / 2];
-}
-
-}  // namespace
-
-int main() {
+void run() {
     lua_State *const L = luaL_newstate();
     luaL_openlibs(L);
     lua_pushcfunction(L, luaopen_korvo_api_action_engine);
@@ -99,24 +87,20 @@ int main() {
     int const of_the_module = lua_gettop(L);
     lua_pushcfunction(L, callByHand);
     int const by_hand = lua_gettop(L);
-    if (luaL_loadstring(L, script) != 0) {
-        return EXIT_FAILURE;
-    }
+    require(luaL_loadstring(L, script), "loading the script");
     lua_setfield(L, LUA_REGISTRYINDEX, "script");
 
-    std::vector<double> hand;
-    std::vector<double> module;
-    std::vector<double> ratios;
-    for (int round = 0; round < rounds; ++round) {
-        // Side by side, so that what else the machine does meets both.
-        hand.push_back(nanosecondsOfACall(L, by_hand));
-        module.push_back(nanosecondsOfACall(L, of_the_module));
-        ratios.push_back(module.back() / hand.back());
-    }
+    Comparison const result = compareSideBySide({[&] { callOften(L, by_hand); }, {}},
+                                                {[&] { callOften(L, of_the_module); }, {}}, calls_a_round);
     std::printf("Medians of %d rounds of %d calls with 3 arguments and 8 results, in nanoseconds.\n\n",
                 rounds, calls_a_round);
-    std::printf("by hand %.0f   module %.0f   ratio %.2f\n", medianOf(hand), medianOf(module),
-                medianOf(ratios));
+    std::printf("by hand %.0f   module %.0f   ratio %.2f\n", 1000 * result.yardstick.elapsed,
+                1000 * result.measured.elapsed, result.ratio);
     lua_close(L);
-    return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main() {
+    return runBenchmark("bench-lua-call", run);
 }

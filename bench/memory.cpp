@@ -6,18 +6,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "korvo_api_action_engine.h"
+#include "program.h"
 #include "service_process.h"
+#include "side_by_side.h"
 
 #ifdef KORVO_WITH_LUA
 #include <lua.hpp>
@@ -69,12 +68,6 @@ Function *find(void *library, char const *name) {
     return reinterpret_cast<Function *>(symbol);
 }
 #define FIND(library, name) find<decltype(name)>(library, #name)
-
-void require(int outcome, char const *what) {
-    if (outcome != 0) {
-        throw std::runtime_error(std::string(what) + " failed with " + std::to_string(outcome));
-    }
-}
 
 void measureMemory() {
     ServiceProcess const service(KORVO_SIMULATOR);
@@ -139,34 +132,30 @@ double loadTime(char const *library) {
 
 void measureLoading() {
     constexpr char const *yardstick = "libsqlite3.so.0";
-    constexpr int rounds = 101;
+    constexpr int processes = 101;
     std::vector<double> known;
     std::vector<double> ours;
     std::vector<double> ratios;
-    for (int round = 0; round < rounds; ++round) {
+    for (int count = 0; count < processes; ++count) {
         known.push_back(loadTime(yardstick));
         ours.push_back(loadTime(KORVO_LIBRARY));
         ratios.push_back(ours.back() / known.back());
     }
-    auto const median = [](std::vector<double> values) {
-        std::nth_element(values.begin(), values.begin() + rounds / 2, values.end());
-        return values[rounds / 2];
-    };
-    std::printf("\nloading, microseconds, median of %d: %s %.0f, ours %.0f, ratio %.2f\n", rounds, yardstick,
-                median(known), median(ours), median(ratios));
+    std::printf("\nloading, microseconds, median of %d: %s %.0f, ours %.0f, ratio %.2f\n", processes,
+                yardstick, medianOf(known), medianOf(ours), medianOf(ratios));
+}
+
+void run() {
+    // Pages of a library that was linked just now count as dirty until they are written back.
+    sync();
+    // Before anything else, since a library that is loaded already is not loaded again.
+    measureLoading();
+    std::printf("\n");
+    measureMemory();
 }
 
 }  // namespace
 
 int main() {
-    try {
-        // Before anything else, since a library that is loaded already is not loaded again.
-        measureLoading();
-        std::printf("\n");
-        measureMemory();
-        return EXIT_SUCCESS;
-    } catch (std::exception const &failure) {
-        std::fprintf(stderr, "bench-memory: %s\n", failure.what());
-        return EXIT_FAILURE;
-    }
+    return runBenchmark("bench-memory", run);
 }

@@ -6,19 +6,9 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 ServiceProcess::ServiceProcess(std::string const &program) {
-    std::string folder = (std::filesystem::temp_directory_path() / "korvo-bench.XXXXXX").string();
-    if (mkdtemp(folder.data()) == nullptr) {
-        throw std::runtime_error("cannot make a folder like " + folder);
-    }
-    folder_ = folder;
-    setenv("KORVO_RUNTIME_DIR", folder_.c_str(), 1);
-    setenv("KORVO_STATE_DIR", folder_.c_str(), 1);
-
     int pipe_ends[2];
     if (pipe2(pipe_ends, O_CLOEXEC) != 0) {
         throw std::runtime_error("pipe failed");
@@ -49,6 +39,4 @@ ServiceProcess::~ServiceProcess() {
         waitpid(process_, nullptr, 0);
     }
     close(output_);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }

@@ -6,7 +6,9 @@
 
 #include <string>
 
-/// The service in a process and folder of its own, as long as the object lives. Sets KORVO_RUNTIME_DIR.
+#include "temporary_folder.h"
+
+/// The service in a process and folder of its own, as long as the object lives.
 class ServiceProcess {
   public:
     /// Returns once the service takes commands; throws std::runtime_error when it does not start.
@@ -19,7 +21,7 @@ class ServiceProcess {
     pid_t process() const { return process_; }
 
   private:
-    std::string folder_;
+    TemporaryFolder const folder_;
     int output_ = -1;
     pid_t process_ = -1;
 };
