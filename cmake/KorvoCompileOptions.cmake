@@ -36,10 +36,12 @@ endif()
 
 option(KORVO_LTO "Optimise each shared library as a whole, for the smallest file" OFF)
 
+option(KORVO_WARNINGS_ARE_ERRORS "Stop at a warning; the presets do, a compiler that is not ours need not" OFF)
+
 function(korvo_compile_options target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wmissing-declarations -Wcast-qual -Wformat=2
-    -Werror
+    $<$<BOOL:${KORVO_WARNINGS_ARE_ERRORS}>:-Werror>
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual>
     $<$<COMPILE_LANGUAGE:C>:-Wstrict-prototypes -Wmissing-prototypes>
     $<$<CXX_COMPILER_ID:Clang>:-Wthread-safety>)

@@ -32,12 +32,16 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "Client library of the camera's action_engine service")
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "${platform} ${same_version}")
+# Where the platform is the camera's, it is no package of ours.
+if(KORVO_PLATFORM STREQUAL "development")
+  set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "${platform} ${same_version}")
+  set(needs_platform ", ${platform} ${same_version}")
+endif()
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libkorvo-api-action-engine-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Client library of the camera's action_engine service, development files")
-set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} ${same_version}, ${platform} ${same_version}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} ${same_version}${needs_platform}")
 # The C++ headers of the base classes include Boost's, those for hosts of the Lua module Lua's. C callers need neither.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS "libboost1.81-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "liblua5.1-0-dev")

@@ -4,11 +4,17 @@
 # CMAKE_PREFIX_PATH, or CMAKE_SYSROOT of a tool chain file.
 
 if(KORVO_PLATFORM STREQUAL "external")
-  find_path(KORVO_CORE_INCLUDE_DIR korvo_core.h
-    DOC "Folder of the camera SDK that holds korvo_core.h" REQUIRED)
+  # Also outside of a sysroot, whatever a tool chain file says of other libraries.
+  find_path(KORVO_CORE_INCLUDE_DIR korvo_core.h CMAKE_FIND_ROOT_PATH_BOTH
+    DOC "Folder of the camera SDK that holds korvo_core.h")
+  if(NOT KORVO_CORE_INCLUDE_DIR)
+    message(FATAL_ERROR "There is no korvo_core.h in the sysroot or under CMAKE_PREFIX_PATH='${CMAKE_PREFIX_PATH}'. "
+      "Give the folder of the camera SDK: -DCMAKE_PREFIX_PATH=<folder>.")
+  endif()
   foreach(name core interfaces)
     string(TOUPPER ${name} upper)
-    find_library(KORVO_${upper}_LIBRARY korvo-${name} DOC "libkorvo-${name}.so of the camera SDK" REQUIRED)
+    find_library(KORVO_${upper}_LIBRARY korvo-${name} CMAKE_FIND_ROOT_PATH_BOTH
+      DOC "libkorvo-${name}.so of the camera SDK" REQUIRED)
     add_library(korvo-${name} SHARED IMPORTED)
     set_target_properties(korvo-${name} PROPERTIES
       IMPORTED_LOCATION ${KORVO_${upper}_LIBRARY}

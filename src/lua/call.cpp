@@ -104,11 +104,8 @@ bool accepts(lua_State *L, Convention convention, int position) {
             return type == LUA_TNUMBER || (type == LUA_TSTRING && lua_isnumber(L, position) != 0);
         case Convention::flag:
             return type == LUA_TBOOLEAN;
-        case Convention::flags:
-        case Convention::numbers:
-        case Convention::integers:
-        case Convention::reals:
-        case Convention::texts:
+#define LIST_INPUT(name, Type, member, expected) case Convention::name:
+#include "lua/conventions.def"
             return type == LUA_TTABLE;
         default:
             return type == LUA_TNIL || type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA;
@@ -191,21 +188,11 @@ void convertArgument(lua_State *L, Call const &call, Convention convention, int 
         case Convention::flag:
             value.flag = lua_toboolean(L, position) != 0 ? 1 : 0;
             break;
-        case Convention::flags:
-            readList(L, position, &value.flags);
-            break;
-        case Convention::numbers:
-            readList(L, position, &value.numbers);
-            break;
-        case Convention::integers:
-            readList(L, position, &value.integers);
-            break;
-        case Convention::reals:
-            readList(L, position, &value.reals);
-            break;
-        case Convention::texts:
-            readList(L, position, &value.texts);
-            break;
+#define LIST_INPUT(name, Type, member, expected) \
+    case Convention::name:                       \
+        readList(L, position, &value.member);    \
+        break;
+#include "lua/conventions.def"
         case Convention::opaque:
         case Convention::request_id:
             value.pointer = opaqueAt(L, call, position);
@@ -282,22 +269,12 @@ void pushResult(lua_State *L, Convention convention, Value const &value, int *em
         case Convention::out_text:
             lua_pushstring(L, value.out_text);
             break;
-        case Convention::out_flags:
-            pushList(L, value.flags);
-            break;
-        case Convention::out_numbers:
-            pushList(L, value.numbers);
-            break;
-        case Convention::out_integers:
-            pushList(L, value.integers);
-            break;
-        case Convention::out_reals:
-            pushList(L, value.reals);
-            break;
-        case Convention::returned_texts:
-        case Convention::out_texts:
-            pushList(L, value.texts);
-            break;
+#define LIST_OUTPUT(name, Type, member) \
+    case Convention::name:              \
+        pushList(L, value.member);      \
+        break;
+#define LIST_RESULT LIST_OUTPUT
+#include "lua/conventions.def"
         case Convention::out_request_id:
             pushFilledPointer(L, (*empty_pointer)++, value.out_text);
             break;
@@ -347,27 +324,13 @@ void release(Convention convention, Value const &value) {
         case Convention::out_text:
             std::free(value.out_text);
             break;
-        case Convention::flags:
-        case Convention::out_flags:
-            releaseList(value.flags);
-            break;
-        case Convention::numbers:
-        case Convention::out_numbers:
-            releaseList(value.numbers);
-            break;
-        case Convention::integers:
-        case Convention::out_integers:
-            releaseList(value.integers);
-            break;
-        case Convention::reals:
-        case Convention::out_reals:
-            releaseList(value.reals);
-            break;
-        case Convention::texts:
-        case Convention::out_texts:
-        case Convention::returned_texts:
-            releaseList(value.texts);
-            break;
+#define LIST_INPUT(name, Type, member, expected) LIST_OUTPUT(name, Type, member)
+#define LIST_OUTPUT(name, Type, member) \
+    case Convention::name:              \
+        releaseList(value.member);      \
+        break;
+#define LIST_RESULT LIST_OUTPUT
+#include "lua/conventions.def"
         default:
             break;
     }
@@ -431,6 +394,18 @@ bool moveTexts(Call &call, char *room, std::size_t size) {
     return true;
 }
 
+/// A call without lists. Not inlined, so that calls with lists, which may call themselves from a metamethod, take less
+/// of the stack.
+[[gnu::noinline]] int finishWithoutLists(lua_State *L, Call &call) {
+    makeCall(L, call);
+    char texts[1024];
+    if (call.function.shape->released != 0 && !moveTexts(call, texts, sizeof texts)) {
+        lua_settop(L, 0);
+        return finishProtected(L, call, 0);
+    }
+    return pushResults(L, call);
+}
+
 /// What Lua calls for every function of the module. Upvalues: the function; runProtected, for functions
 /// that have something to release.
 int callFromLua(lua_State *L) {
@@ -440,16 +415,7 @@ int callFromLua(lua_State *L) {
     // Out-values that the C function leaves alone come back as NULL, 0 or false.
     Shape const &shape = *call.function.shape;
     std::fill_n(call.values, shape.values, Value{});
-    if (shape.has_lists) {
-        return finishProtected(L, call, shape.arguments);
-    }
-    makeCall(L, call);
-    char texts[1024];
-    if (shape.released != 0 && !moveTexts(call, texts, sizeof texts)) {
-        lua_settop(L, 0);
-        return finishProtected(L, call, 0);
-    }
-    return pushResults(L, call);
+    return shape.has_lists ? finishProtected(L, call, shape.arguments) : finishWithoutLists(L, call);
 }
 
 }  // namespace

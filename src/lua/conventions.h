@@ -167,18 +167,11 @@ constexpr Convention outputOf(operations::Kind kind) {
 /// A list, given by the script or to it.
 constexpr bool isList(Convention convention) {
     switch (convention) {
-        case Convention::flags:
-        case Convention::numbers:
-        case Convention::integers:
-        case Convention::reals:
-        case Convention::texts:
-        case Convention::out_flags:
-        case Convention::out_numbers:
-        case Convention::out_integers:
-        case Convention::out_reals:
-        case Convention::out_texts:
-        case Convention::returned_texts:
-            return true;
+#define LIST_INPUT(name, Type, member, expected) case Convention::name:
+#define LIST_OUTPUT(name, Type, member) case Convention::name:
+#define LIST_RESULT(name, Type, member) case Convention::name:
+#include "lua/conventions.def"
+        return true;
         default:
             return false;
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The exported list conversions, one pair for all kinds. Lua raises errors by a long jump, so whatever may raise one runs in a protected call,
-// and the list is owned outside of it.
+// The exported list conversions, one pair for all kinds. Lua raises errors by a long jump, so whatever may raise one
+// runs in a protected call, and the list is owned outside of it.
 
 #include "lua/conversions.h"
 

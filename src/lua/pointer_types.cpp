@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lua/pointer_types.h"
 
+#include <cstdio>
 #include <deque>
 #include <functional>
 #include <iterator>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -140,22 +140,17 @@ void linkRings(PointerTypes &left, PointerTypes &right) {
     right.next = after_left;
 }
 
-std::mutex joining;
-
+/// Every module has a copy of this code, so the lock must be one that they all share: that of a stream of the process.
 void join(PointerTypes &ring, PointerTypes &module) {
-    std::lock_guard<std::mutex> const lock(joining);
+    flockfile(stderr);
     if (!standsInRing(&ring, &module)) {
         linkRings(ring, module);
     }
+    funlockfile(stderr);
 }
 
 TypedPointer const *asTypedPointer(lua_State *L, int index) {
-    bool const has_metatable = lua_getmetatable(L, index) != 0;
-    if (has_metatable) {
-        lua_pop(L, 1);
-    }
-    bool const is_one =
-        !has_metatable && lua_type(L, index) == LUA_TUSERDATA && lua_objlen(L, index) == sizeof(TypedPointer);
+    bool const is_one = lua_type(L, index) == LUA_TUSERDATA && lua_objlen(L, index) == sizeof(TypedPointer);
     return is_one ? static_cast<TypedPointer const *>(lua_touserdata(L, index)) : nullptr;
 }
 

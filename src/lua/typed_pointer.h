@@ -2,8 +2,8 @@
 #ifndef KORVO_LUA_TYPED_POINTER_H
 #define KORVO_LUA_TYPED_POINTER_H
 
-// C pointers in the hands of scripts. A script can pass them on and compare them, nothing else; they have no metatable
-// and nothing happens when they are collected.
+// C pointers in the hands of scripts. A script can pass them on and compare them, nothing else. They come without a
+// metatable, and nothing happens when they are collected; a host may give them one.
 //
 // A host that wants to give a script a pointer the module cannot make, such as a callback or the place for a handle,
 // makes it with pushTypedPointer(), once the module is loaded:

@@ -48,6 +48,12 @@ function swig_equals(left, right) end
 
 )lua";
 
+// Editors take the type of the module from what the file returns, so that stands behind the error.
+constexpr char const *tail = R"lua(
+error("this file is for editors; take its folder out of LUA_PATH")
+return korvo_api_action_engine
+)lua";
+
 struct Constant {
     char const *name;
     unsigned int value;
@@ -200,7 +206,7 @@ class Writer {
         for (FunctionRow const &function : allFunctions()) {
             writeFunction(function);
         }
-        out_ << "\nreturn korvo_api_action_engine\n";
+        out_ << tail;
     }
 
   private:

@@ -65,6 +65,14 @@ function tests.equals_compares_c_pointers()
     check.equal(select("#", swig_equals(one, one)), 1)
 end
 
+function tests.a_metatable_changes_nothing()
+    local pointer = host.typed("_p_p_void", host.pointer(1))
+    local text = swig_type(pointer)
+    debug.setmetatable(pointer, {__gc = function() end, __eq = function() return false end})
+    check.equal(swig_type(pointer), text)
+    check.equal(swig_equals(pointer, host.pointer(1)), true)
+end
+
 function tests.equals_gives_nothing_for_other_values()
     local one = host.typed("_p_void", host.pointer(1))
     for _, value in ipairs {true, 5, "text", {}, print, coroutine.create(function() end)} do
