@@ -64,7 +64,8 @@ end
 
 -- Checks the whole rule before anything is made. Gives the actions with their windows turned into filters.
 local function checked(rule)
-    assert(type(rule) == "table" and type(rule.actions) == "table", "a rule is a table with a trigger and actions")
+    camera.must(type(rule) == "table" and type(rule.actions) == "table",
+        "a rule is a table with a trigger and actions")
     catalogue.check(catalogue.triggers, rule.trigger, "the trigger")
     local actions = {}
     for place, description in ipairs(rule.actions) do

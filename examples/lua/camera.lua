@@ -42,6 +42,15 @@ function camera.check(operation, status, ...)
     return ...
 end
 
+-- Raises the second value as an error for people, as it is, unless there is a first one. Else gives that back:
+--     local file = camera.must(io.open(name))
+function camera.must(value, problem)
+    if not value then
+        error(problem, 0)
+    end
+    return value
+end
+
 -- The status of an error that camera.check() has raised; nil for any other error.
 function camera.status_of(problem)
     return getmetatable(problem) == failure and problem.status or nil
@@ -77,7 +86,9 @@ function camera.open(name)
             error("the service has no operation '" .. tostring(operation) .. "'", 2)
         end
         return function(...)
-            assert(handle, "the connection is closed")
+            if not handle then
+                error("the connection is closed", 2)
+            end
             return camera.check(operation, send(handle, nil, ...))
         end
     end})

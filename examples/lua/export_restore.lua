@@ -4,9 +4,9 @@
 --     lua5.1 export_restore.lua export catalogue.saved
 --     lua5.1 export_restore.lua restore catalogue.saved
 --
--- The file is a Lua table that people can read and edit. It holds the passwords of FTP actions as they are: keep it
--- where only you can read it. What a service has already stays when a file is restored; what is restored gets new
--- identifiers, since the service gives them, and associations follow.
+-- The file is a Lua table that people can read and edit. It holds the passwords of FTP actions as they are: only you can
+-- read it, and see that it stays so where you copy it to. What a service has already stays when a file is restored; what
+-- is restored gets new identifiers, since the service gives them, and associations follow.
 
 package.path = (arg[0]:match("^.*/") or "./") .. "?.lua;" .. package.path
 local camera = require "camera"
@@ -42,12 +42,20 @@ local function literal(value, indent)
     return lines[1] and "{\n" .. table.concat(lines, ",\n") .. "\n" .. indent .. "}" or "{}"
 end
 
+-- Makes an empty file that only its owner can read. Lua itself cannot say who may.
+local function make_private_file(name)
+    os.remove(name)
+    local quoted = "'" .. name:gsub("'", "'\\''") .. "'"
+    camera.must(os.execute("umask 077 && : > " .. quoted) == 0, "cannot make " .. name)
+end
+
 -- A file is either the old one or all of the new one, whatever happens meanwhile.
 local function write_file(name, text)
-    local file = assert(io.open(name .. ".new", "wb"))
-    assert(file:write(text))
-    assert(file:close())
-    assert(os.rename(name .. ".new", name))
+    make_private_file(name .. ".new")
+    local file = camera.must(io.open(name .. ".new", "wb"))
+    camera.must(file:write(text))
+    camera.must(file:close())
+    camera.must(os.rename(name .. ".new", name))
 end
 
 local function export_half(service, which, further)
@@ -79,8 +87,8 @@ end
 
 -- A saved file is data: it is read as text, and what it says can reach nothing of this program.
 local function read_file(name)
-    local file = assert(io.open(name, "rb"))
-    local text = assert(file:read("*a"))
+    local file = camera.must(io.open(name, "rb"))
+    local text = camera.must(file:read("*a"))
     file:close()
     if text:sub(1, 1) == "\27" then
         error(name .. ": is a compiled program, not a saved catalogue", 0)

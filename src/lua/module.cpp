@@ -26,12 +26,12 @@ constexpr Constant constants[] = {
 #include "lua/constants.def"
 };
 
-int swigType(lua_State *L) {
+int tellType(lua_State *L) {
     lua_pushstring(L, typeText(L, 1));
     return 1;
 }
 
-int swigEquals(lua_State *L) {
+int holdSamePointer(lua_State *L) {
     if (lua_isuserdata(L, 1) == 0 || lua_isuserdata(L, 2) == 0) {
         return 0;
     }
@@ -110,9 +110,9 @@ int luaopen_korvo_api_action_engine(lua_State *L) {
         return luaL_error(L, "not enough memory");
     }
     joinPointerTypes(L);
-    lua_pushcfunction(L, swigType);
+    lua_pushcfunction(L, tellType);
     lua_setglobal(L, "swig_type");
-    lua_pushcfunction(L, swigEquals);
+    lua_pushcfunction(L, holdSamePointer);
     lua_setglobal(L, "swig_equals");
 
     pushModule(L);

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "emulator/emulator.h"
@@ -67,11 +68,13 @@ std::filesystem::path newPlace() {
 
 class LuaDocuments : public ::testing::TestWithParam<std::string> {
   protected:
-    static Finished runScript(std::string const &text) {
+    static Finished runScript(std::string const &text,
+                              std::vector<std::pair<std::string, std::string>> const &environment = {}) {
         auto const folder = newPlace();
         std::ofstream(folder / "example.lua") << text;
         Command command = {GetParam(), {(folder / "example.lua").string()}, lua_interpreters::environment()};
         command.environment.emplace_back("KORVO_STATE_DIR", folder.string());
+        command.environment.insert(command.environment.end(), environment.begin(), environment.end());
         return run(command);
     }
 };
@@ -113,16 +116,31 @@ TEST_P(LuaDocuments, AnExampleThatFailsIsNoticed) {
     EXPECT_TRUE(finished.exit == exited(1)) << finished.errors;
 }
 
+/// Where the first Lua example of a document is among its blocks.
+std::size_t placeOfExample(std::vector<Block> const &blocks) {
+    std::size_t place = 0;
+    while (blocks.at(place).language != "lua") {
+        ++place;
+    }
+    return place;
+}
+
+TEST_P(LuaDocuments, TheExampleOfTheReadmeStopsWithoutAHandle) {
+    std::vector<Block> const blocks = blocksOf("README.md");
+    // Nobody makes folders there, root included, so no messaging can be opened.
+    Finished const finished =
+        runScript(blocks.at(placeOfExample(blocks)).text, {{"KORVO_RUNTIME_DIR", "/proc/korvo-test"}});
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.errors;
+    EXPECT_EQ(finished.out, "");
+}
+
 // The command of the README is run as it stands, but for the folder of the build, the interpreter and what that needs.
 TEST_P(LuaDocuments, TheExampleOfTheReadmeRunsWithItsCommand) {
     if (emulator::present) {
         GTEST_SKIP() << "the command is for a workstation's shell, which the emulator does not run";
     }
     std::vector<Block> const blocks = blocksOf("README.md");
-    std::size_t place = 0;
-    while (blocks.at(place).language != "lua") {
-        ++place;
-    }
+    std::size_t const place = placeOfExample(blocks);
     ASSERT_EQ(blocks.at(place + 1).language, "sh");
     ASSERT_EQ(blocks.at(place + 2).language, "text");
     std::string command = blocks[place + 1].text;

@@ -306,6 +306,13 @@ TEST_P(LuaExamples, BuildRuleNamesTheMistakeInARule) {
     expectEmptyCatalogue(client);
 }
 
+TEST_P(LuaExamples, BuildRuleRefusesAFileThatReturnsNoRule) {
+    Service const service;
+    Finished const finished = runExample("build_rule.lua", {writeFile("rule.lua", "return 5\n")});
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+    EXPECT_EQ(finished.errors, "build_rule.lua: a rule is a table with a trigger and actions\n");
+}
+
 // ---- export_restore.lua ----
 
 TEST_P(LuaExamples, RestoringIntoAnEmptyServiceGivesTheSameCatalogue) {
@@ -394,9 +401,32 @@ TEST_P(LuaExamples, RestoreRefusesFilesThatItHasNotSaved) {
               std::string::npos);
     Finished const missing = runExample("export_restore.lua", {"restore", file("nothing")});
     EXPECT_TRUE(missing.exit == exited(1));
-    EXPECT_NE(missing.errors.find("No such file or directory"), std::string::npos) << missing.errors;
+    EXPECT_EQ(missing.errors, "export_restore.lua: " + file("nothing") + ": No such file or directory\n");
     Client client;
     expectEmptyCatalogue(client);
+}
+
+TEST_P(LuaExamples, ExportWritesAFileForItsOwnerAlone) {
+    // Names are no part of the shell's command, and what an export that was interrupted has left is not written to.
+    std::string const name = "it's $HOME; saved";
+    writeFile(name + ".new", "left");
+    std::filesystem::permissions(file(name + ".new"), std::filesystem::perms(0644));
+    Service const service;
+    Finished const finished = runExample("export_restore.lua", {"export", file(name)});
+    EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
+    EXPECT_EQ(std::filesystem::status(file(name)).permissions(), std::filesystem::perms(0600));
+    EXPECT_FALSE(std::filesystem::exists(file(name + ".new")));
+    Finished const restored = runExample("export_restore.lua", {"restore", file(name)});
+    EXPECT_TRUE(restored.exit == exited(0)) << restored.errors;
+}
+
+TEST_P(LuaExamples, ExportSaysWhereItCannotWrite) {
+    Service const service;
+    Finished const finished = runExample("export_restore.lua", {"export", file("no folder/saved")});
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+    EXPECT_NE(finished.errors.find("export_restore.lua: cannot make " + file("no folder/saved.new") + "\n"),
+              std::string::npos)
+        << finished.errors;
 }
 
 TEST_P(LuaExamples, ExportKeepsTheOldFileWhenItFails) {

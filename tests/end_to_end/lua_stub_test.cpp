@@ -2,6 +2,7 @@
 // The stub for the Lua language server, beside the module that it declares.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -57,6 +58,18 @@ TEST_P(LuaStub, AgreesWithTheModuleAndWouldNotWithAMistake) {
               "another type of result: found\n"
               "a result less: found\n"
               "a result more: found\n");
+}
+
+TEST_P(LuaStub, SaysSoWhenItIsLoadedInsteadOfTheModule) {
+    Command loading = {
+        GetParam(), {"-e", "require 'korvo_api_action_engine'"}, lua_interpreters::environment()};
+    std::string const folder = std::filesystem::path(KORVO_LUA_STUB).parent_path().string();
+    loading.environment.emplace_back("LUA_PATH", folder + "/?.lua");
+    Finished const finished = run(loading);
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
+    EXPECT_NE(finished.errors.find(": this file is for editors; take its folder out of LUA_PATH\n"),
+              std::string::npos)
+        << finished.errors;
 }
 
 TEST(LuaStubTexts, ExplainEveryFunctionInWords) {

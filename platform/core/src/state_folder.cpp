@@ -32,23 +32,30 @@ bool is_absolute(std::string_view path) {
     return !path.empty() && path.front() == '/';
 }
 
-/// Makes the folder, and waits until it is on the disk, since what will be in it is promised to be.
-void make_folder(std::string const &path) {
+/// Makes the folder, and waits until it is on the disk, since what will be in it is promised to be. Gives the
+/// errno of a folder that is neither there nor could be made; else 0.
+int make_folder(std::string const &path) {
     if (mkdir(path.c_str(), S_IRWXU) != 0) {
-        return;
+        return errno == EEXIST ? 0 : errno;
     }
     process::Descriptor const parent(open((path + "/..").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (parent) {
         (void)fsync(parent.get());
     }
+    return 0;
 }
 
-/// Makes every folder on the way that is missing. A failure shows when the last one is opened.
-void make_folders(std::string const &path) {
-    for (std::size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-        make_folder(path.substr(0, end));
-    }
-    make_folder(path);
+/// Makes every folder on the way that is missing. Gives the errno of the first one that could not be made, which
+/// is why those below it are missing; else 0.
+int make_folders(std::string const &path) {
+    int first_failure = 0;
+    std::size_t end = 0;
+    do {
+        end = path.find('/', end + 1);
+        int const failure = make_folder(path.substr(0, end));
+        first_failure = first_failure == 0 ? failure : first_failure;
+    } while (end != std::string::npos);
+    return first_failure;
 }
 
 }  // namespace
@@ -73,10 +80,11 @@ std::string state_folder() {
 }
 
 process::Descriptor open_state_folder(std::string const &path) {
-    make_folders(path);
+    int const why_missing = make_folders(path);
     process::Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder) {
-        throw FileFailure("cannot make or open the state folder " + path + ": " + error_text(errno) +
+        int const failure = errno == ENOENT && why_missing != 0 ? why_missing : errno;
+        throw FileFailure("cannot make or open the state folder " + path + ": " + error_text(failure) +
                           "; create it, or name another one in KORVO_STATE_DIR");
     }
     return folder;

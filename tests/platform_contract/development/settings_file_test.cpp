@@ -2,8 +2,10 @@
 // The settings file: where it is, how it begins, what happens when it is damaged or cannot be used.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -26,6 +28,13 @@ using DamagedSettings = SettingsTest;
 unsigned int mode_of(std::string const &path) {
     struct stat found = {};
     return stat(path.c_str(), &found) == 0 ? found.st_mode & 07777U : 0;
+}
+
+/// Takes from this thread what lets root write where the mode of a folder forbids it.
+bool give_up_privileges() {
+    __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
+    return syscall(SYS_capset, &header, none) == 0;
 }
 
 ino_t number_of(std::string const &path) {
@@ -259,6 +268,28 @@ TEST_F(SettingsFile, InAFolderThatCannotBeMadeFailsOnlyForWriters) {
     int number = 0;
     EXPECT_EQ(IntSetting::get("key", number), absent);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("/proc/korvo-test"), std::string::npos);
+    forget_settings();
+}
+
+TEST_F(SettingsFile, InAFolderThatMayNotBeMadeSaysWhy) {
+    std::filesystem::create_directories(folder_.path());
+    ASSERT_EQ(chmod(folder_.path().c_str(), S_IRUSR | S_IXUSR), 0);
+    std::string const below = folder_.path() + "/missing/state";
+    Variable const nowhere("KORVO_STATE_DIR", below);
+    forget_settings();
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(result_in_child([] {
+                  if (!give_up_privileges()) {
+                      return 1;
+                  }
+                  return IntSetting::set("key", 1) == unusable ? 0 : 2;
+              }),
+              0);
+    std::string const log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("cannot make or open the state folder " + below +
+                       ": Permission denied; create it, or name another one in KORVO_STATE_DIR"),
+              std::string::npos)
+        << log;
     forget_settings();
 }
 
