@@ -47,16 +47,16 @@ class Wrapped {
     }
 
     static constexpr auto makeSlots() {
-        std::array<Slot, std::size_t{count(isInput)} + count(isResult) + count(mustBeReleased)> slots = {};
+        std::array<Slot, std::size_t{count(isInput)} + count(isResult) + count(mustBeReleased)> made = {};
         std::size_t next = 0;
         for (auto const has : {isInput, isResult, mustBeReleased}) {
             for (unsigned char place = 0; place < std::size(conventions); ++place) {
                 if (has(conventions[place])) {
-                    slots[next++] = {conventions[place], place};
+                    made[next++] = {conventions[place], place};
                 }
             }
         }
-        return slots;
+        return made;
     }
 
     static constexpr auto slots = makeSlots();
