@@ -26,7 +26,7 @@ Text textOf(char const *text) {
     return text != nullptr ? Text(text) : std::nullopt;
 }
 
-std::string formatted(char const *format, va_list arguments) {
+KORVO_CORE_PRINTF(1, 0) std::string formatted(char const *format, va_list arguments) {
     char text[4096];
     (void)std::vsnprintf(text, sizeof text, format, arguments);
     return text;
