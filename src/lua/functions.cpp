@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "korvo_api_action_engine.h"
+#include "lua/call_forms.h"
 #include "lua/wrapped.h"
 #include "operations/operations.h"
 
@@ -55,70 +56,39 @@ NamedFunction const event_functions[] = {
 
 // The forms of the operations. Their names are put together from the row and the form.
 
-using Status = Parameter<Convention::returned_status>;
-using Handle = Parameter<Convention::opaque>;
-using Target = Parameter<Convention::text>;
-using Timeout = Parameter<Convention::integer>;
-using Block = Parameter<Convention::flag>;
-using NewRequestId = Parameter<Convention::out_request_id>;
-using RequestId = Parameter<Convention::request_id>;
-using Context = Parameter<Convention::opaque>;
-
-#define INPUT(kind, member) , Parameter<inputOf(operations::Kind::kind)>
-#define OUTPUT(kind, member) , Parameter<outputOf(operations::Kind::kind)>
+#define OWN(convention, name) , Parameter<Convention::convention>
+#define IN(kind, member) , Parameter<inputOf(operations::Kind::kind)>
+#define OUT(kind, member) , Parameter<outputOf(operations::Kind::kind)>
 #define KIND(kind, member) , operations::Kind::kind
-#define CALLBACK(RESULTS) CallbackParameter<operations::Kind::none RESULTS(KIND)>
-#define FORM(op, form, ...) \
-    KORVO_LUA_FUNCTION(korvo_api_action_engine_##op##_##form, Wrapped<Status, __VA_ARGS__>)
+#define CALLBACK(RESULTS) , CallbackParameter<operations::Kind::none RESULTS(KIND)>
+#define FORM(form, op, INPUTS, RESULTS)                                                  \
+    KORVO_LUA_FUNCTION(korvo_api_action_engine_##op##_##form,                            \
+                       Wrapped<Parameter<Convention::returned_status> KORVO_FORM_##form( \
+                           OWN, IN, OUT, CALLBACK, INPUTS, RESULTS)>),
+#define FORM_NAME(form, op, INPUTS, RESULTS) "_" #form,
 
-#define SEND(op, INPUTS, RESULTS) FORM(op, send, Handle, Target INPUTS(INPUT) RESULTS(OUTPUT))
-#define SEND_WITH_TIMEOUT(op, INPUTS, RESULTS) \
-    FORM(op, send_with_timeout, Handle, Target, Timeout INPUTS(INPUT) RESULTS(OUTPUT))
-#define NON_BLOCKING_SEND(op, INPUTS) FORM(op, non_blocking_send, Handle, Target, NewRequestId INPUTS(INPUT))
-#define RECEIVE(op, RESULTS) FORM(op, receive, Handle, Block, Target, RequestId RESULTS(OUTPUT))
-#define RECEIVE_WITH_TIMEOUT(op, RESULTS) \
-    FORM(op, receive_with_timeout, Handle, Target, Timeout, RequestId RESULTS(OUTPUT))
-#define SEND_ASYNC(op, INPUTS, RESULTS) \
-    FORM(op, send_async, Handle, Target INPUTS(INPUT), CALLBACK(RESULTS), Context)
-#define CANCEL_ASYNC(op, RESULTS) FORM(op, cancel_async, Handle, CALLBACK(RESULTS), Context)
+char const *const form_names[] = {KORVO_CALL_FORMS(FORM_NAME, , , )};
+char const *const version_form_names[] = {KORVO_VERSION_FORMS(FORM_NAME, , , )};
+constexpr int form_count = std::size(form_names);
 
-char const *const forms[] = {"_send",        "_send_with_timeout",    "_non_blocking_send",
-                             "_receive",     "_receive_with_timeout", "_send_async",
-                             "_cancel_async"};
-constexpr int form_count = std::size(forms);
-
-#define OPERATION(op, Method, INPUTS, RESULTS)                                                           \
-    {SEND(op, INPUTS, RESULTS), SEND_WITH_TIMEOUT(op, INPUTS, RESULTS), NON_BLOCKING_SEND(op, INPUTS),   \
-     RECEIVE(op, RESULTS),      RECEIVE_WITH_TIMEOUT(op, RESULTS),      SEND_ASYNC(op, INPUTS, RESULTS), \
-     CANCEL_ASYNC(op, RESULTS)},
+#define OPERATION(op, Method, INPUTS, RESULTS) {KORVO_CALL_FORMS(FORM, op, INPUTS, RESULTS)},
 Function const operation_functions[][form_count] = {
 #include "operations/operations.def"
 };
 
-// The version handshake has no forms with a time-out, and its inputs are the library's.
-#define NO_INPUTS(X)
 #define OPERATION(op, Method, INPUTS, RESULTS)
-#define VERSION_QUERY(op, Method, INPUTS, RESULTS)                                        \
-    SEND(op, NO_INPUTS, RESULTS), NON_BLOCKING_SEND(op, NO_INPUTS), RECEIVE(op, RESULTS), \
-        SEND_ASYNC(op, NO_INPUTS, RESULTS), CANCEL_ASYNC(op, RESULTS)
+#define VERSION_QUERY(op, Method, INPUTS, RESULTS) KORVO_VERSION_FORMS(FORM, op, INPUTS, RESULTS)
 Function const version_functions[] = {
 #include "operations/operations.def"
 };
-constexpr int version_forms[] = {0, 2, 3, 5, 6};
 
-#undef NO_INPUTS
-#undef CANCEL_ASYNC
-#undef SEND_ASYNC
-#undef RECEIVE_WITH_TIMEOUT
-#undef RECEIVE
-#undef NON_BLOCKING_SEND
-#undef SEND_WITH_TIMEOUT
-#undef SEND
+#undef FORM_NAME
 #undef FORM
 #undef CALLBACK
 #undef KIND
-#undef OUTPUT
-#undef INPUT
+#undef OUT
+#undef IN
+#undef OWN
 
 constexpr int version_count = std::size(version_functions);
 constexpr int operation_count = std::size(operation_functions);
@@ -128,7 +98,7 @@ constexpr int version_begin = library_begin + static_cast<int>(std::size(library
 constexpr int operations_begin = version_begin + version_count;
 constexpr int events_begin = operations_begin + operation_count * form_count;
 
-static_assert(std::size(version_forms) == version_count);
+static_assert(std::size(version_form_names) == version_count);
 static_assert(events_begin + static_cast<int>(std::size(event_functions)) == function_count);
 
 /// What there is to know about a function: the function, and either its name or its row and form.
@@ -136,12 +106,12 @@ struct Entry {
     Function const *function;
     char const *name;
     operations::Operation const *operation;
-    int form;
+    char const *form;
 };
 
 Entry entryAt(int place) {
     auto const named = [](NamedFunction const &entry) {
-        return Entry{&entry.function, entry.name, nullptr, 0};
+        return Entry{&entry.function, entry.name, nullptr, nullptr};
     };
     if (place < library_begin) {
         return named(core_functions[place]);
@@ -151,13 +121,13 @@ Entry entryAt(int place) {
     }
     if (place < operations_begin) {
         int const at = place - version_begin;
-        return {&version_functions[at], nullptr, &operations::version_query, version_forms[at]};
+        return {&version_functions[at], nullptr, &operations::version_query, version_form_names[at]};
     }
     if (place < events_begin) {
         int const at = place - operations_begin;
         int const form = at % form_count;
         return {&operation_functions[at / form_count][form], nullptr, &operations::all[at / form_count],
-                form};
+                form_names[form]};
     }
     return named(event_functions[place - events_begin]);
 }
@@ -186,7 +156,7 @@ void pushFunctionName(lua_State *L, Function const &function) {
     if (entry.operation == nullptr) {
         lua_pushstring(L, entry.name);
     } else {
-        lua_pushfstring(L, "korvo_api_action_engine_%s%s", entry.operation->name, forms[entry.form]);
+        lua_pushfstring(L, "korvo_api_action_engine_%s%s", entry.operation->name, entry.form);
     }
 }
 

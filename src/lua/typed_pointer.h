@@ -10,6 +10,9 @@
 //
 //     static void *messaging;
 //     korvo::lua::pushTypedPointer(L, "_p_p_void", &messaging);
+//
+// The functions here are called on the thread that runs the Lua state, need two free slots of its stack, and raise Lua's
+// error when memory runs out.
 
 #include <lua.hpp>
 

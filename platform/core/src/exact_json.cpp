@@ -4,8 +4,8 @@
 #include <boost/json/basic_parser_impl.hpp>
 #include <boost/json/serialize.hpp>
 #include <boost/json/value_stack.hpp>
-#include <charconv>
-#include <cmath>
+
+#include "exact_number.h"
 
 namespace platform::exact_json {
 
@@ -83,18 +83,13 @@ class Builder {
 
     bool on_double(double estimate, bj::string_view part, bj::error_code &code) {
         number_.append(part.data(), part.size());
-        double number = 0;
-        auto const converted = std::from_chars(number_.data(), number_.data() + number_.size(), number);
+        std::optional<double> const number = exactNumber(number_, estimate);
         number_.clear();
-        if (converted.ec == std::errc::result_out_of_range) {
-            if (!(std::fabs(estimate) < 1)) {
-                code = bj::error::exponent_overflow;
-                return false;
-            }
-            // Too close to zero to be told from it.
-            number = 0;
+        if (!number) {
+            code = bj::error::exponent_overflow;
+            return false;
         }
-        stack_.push_double(number);
+        stack_.push_double(*number);
         return true;
     }
 

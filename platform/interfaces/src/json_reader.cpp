@@ -2,10 +2,10 @@
 #include "json_reader.h"
 
 #include <boost/json/basic_parser_impl.hpp>
-#include <charconv>
-#include <cmath>
 #include <utility>
 #include <vector>
+
+#include "exact_number.h"
 
 namespace json_text {
 
@@ -98,18 +98,12 @@ class Builder {
 
     bool on_double(double estimate, bj::string_view part, bj::error_code &code) {
         number_.append(part.data(), part.size());
-        // The parser's own result may be a few digits off at the end; numbers come back as they were sent.
-        double number = 0;
-        auto const converted = std::from_chars(number_.data(), number_.data() + number_.size(), number);
+        std::optional<double> const number = platform::exactNumber(number_, estimate);
         number_.clear();
-        if (converted.ec == std::errc::result_out_of_range) {
-            if (!(std::fabs(estimate) < 1)) {
-                return refuse("a number is too large", code);
-            }
-            // Too close to zero to be told from it.
-            number = 0;
+        if (!number) {
+            return refuse("a number is too large", code);
         }
-        return put(json::Number(number), code) != nullptr;
+        return put(json::Number(*number), code) != nullptr;
     }
 
     bool on_bool(bool flag, bj::error_code &code) { return put(json::Boolean(flag), code) != nullptr; }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lua/stub/function_rows.h"
 
+#include "lua/call_forms.h"
 #include "operations/operations.h"
 
 namespace korvo::lua::stub {
 namespace {
 
 using operations::Kind;
-using operations::Member;
 using operations::Operation;
 using Parameters = std::vector<Parameter>;
 
@@ -66,78 +66,55 @@ std::vector<FunctionRow> eventFunctions() {
 #undef ROW
 #undef PARAMETER
 
-// ---- The forms of an operation ----
+// ---- The forms of the operations ----
 
-void append(Parameters &parameters, Member const *members, Convention (*conventionOf)(Kind)) {
-    for (; members->kind != Kind::none; ++members) {
-        parameters.push_back({conventionOf(members->kind), members->name});
-    }
+FunctionRow formRow(Operation const &operation, char const *form, Parameters const &parameters) {
+    FunctionRow form_row = row(std::string("korvo_api_action_engine_") + operation.name + form, parameters);
+    form_row.operation = &operation;
+    form_row.form = form;
+    return form_row;
 }
 
-Parameter const status = {Convention::returned_status, "status"};
-Parameter const handle = {Convention::opaque, "handle"};
-Parameter const target = {Convention::text, "target"};
-Parameter const timeout = {Convention::integer, "timeout"};
-Parameter const block = {Convention::flag, "block"};
-Parameter const request_id = {Convention::request_id, "request_id"};
-Parameter const new_request_id = {Convention::out_request_id, "request_id"};
-Parameter const callback = {Convention::callback, "callback"};
-Parameter const context = {Convention::opaque, "context"};
+#define OWN(convention, name) {Convention::convention, #name},
+#define IN(kind, member) {inputOf(Kind::kind), #member},
+#define OUT(kind, member) {outputOf(Kind::kind), #member},
+#define CALLBACK(RESULTS) {Convention::callback, "callback"},
+#define FORM(form, op, INPUTS, RESULTS)               \
+    formRow(op, "_" #form,                            \
+            {{Convention::returned_status, "status"}, \
+             KORVO_FORM_##form(OWN, IN, OUT, CALLBACK, INPUTS, RESULTS)}),
 
-struct Form {
-    char const *name;
-    Parameters before;
-    bool has_inputs;
-    Parameters after;
-    bool has_results;
-    bool of_version_query;
-};
-
-std::vector<Form> const forms = {
-    {"_send", {status, handle, target}, true, {}, true, true},
-    {"_send_with_timeout", {status, handle, target, timeout}, true, {}, true, false},
-    {"_non_blocking_send", {status, handle, target}, true, {new_request_id}, false, true},
-    {"_receive", {status, handle, block, target, request_id}, false, {}, true, true},
-    {"_receive_with_timeout", {status, handle, target, timeout, request_id}, false, {}, true, false},
-    {"_send_async", {status, handle, target}, true, {callback, context}, false, true},
-    {"_cancel_async", {status, handle, callback, context}, false, {}, false, true},
-};
-
-void appendForms(std::vector<FunctionRow> &functions, Operation const &operation) {
-    bool const is_version_query = &operation == &operations::version_query;
-    for (Form const &form : forms) {
-        if (is_version_query && !form.of_version_query) {
-            continue;
-        }
-        Parameters parameters = form.before;
-        // The inputs of the version query are the library's.
-        if (form.has_inputs && !is_version_query) {
-            append(parameters, operation.inputs, inputOf);
-        }
-        parameters.insert(parameters.end(), form.after.begin(), form.after.end());
-        if (form.has_results) {
-            append(parameters, operation.results, outputOf);
-        }
-        functions.push_back(
-            row(std::string("korvo_api_action_engine_") + operation.name + form.name, parameters));
-        functions.back().operation = &operation;
-        functions.back().form = form.name;
-    }
+std::vector<FunctionRow> versionForms() {
+    return {
+#define OPERATION(op, Method, INPUTS, RESULTS)
+#define VERSION_QUERY(op, Method, INPUTS, RESULTS) \
+    KORVO_VERSION_FORMS(FORM, operations::version_query, INPUTS, RESULTS)
+#include "operations/operations.def"
+    };
 }
+
+std::vector<FunctionRow> operationForms() {
+    return {
+#define OPERATION(op, Method, INPUTS, RESULTS) \
+    KORVO_CALL_FORMS(FORM, operations::all[operations::op], INPUTS, RESULTS)
+#include "operations/operations.def"
+    };
+}
+
+#undef FORM
+#undef CALLBACK
+#undef OUT
+#undef IN
+#undef OWN
 
 }  // namespace
 
 std::vector<FunctionRow> allFunctions() {
-    std::vector<FunctionRow> functions = coreFunctions();
-    for (FunctionRow &function : libraryFunctions()) {
-        functions.push_back(std::move(function));
-    }
-    appendForms(functions, operations::version_query);
-    for (Operation const &operation : operations::all) {
-        appendForms(functions, operation);
-    }
-    for (FunctionRow &function : eventFunctions()) {
-        functions.push_back(std::move(function));
+    std::vector<FunctionRow> functions;
+    for (auto const part : {coreFunctions, libraryFunctions, versionForms, operationForms, eventFunctions}) {
+        for (FunctionRow &function : part()) {
+            functions.push_back(std::move(function));
+        }
     }
     return functions;
 }
