@@ -62,7 +62,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 [[noreturn]] void raiseCount(lua_State *L, Call const &call) {
     int const given = lua_gettop(L);
     int const expected = call.function.shape->arguments;
-    pushFunctionName(L, call.function);
+    pushFunctionName(L, placeOf(call.function));
     lua_pushfstring(L, "Error in %s expected %d..%d args, got %d", lua_tostring(L, -1), expected, expected,
                     given);
     raise(L, call);
@@ -70,7 +70,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 
 [[noreturn]] void raiseArgument(lua_State *L, Call const &call, int position, char const *expected) {
     char const *const given = typeText(L, position);
-    pushFunctionName(L, call.function);
+    pushFunctionName(L, placeOf(call.function));
     lua_pushfstring(L, "Error in %s (arg %d), expected '%s' got '%s'", lua_tostring(L, -1), position,
                     expected, given);
     raise(L, call);
@@ -82,7 +82,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 }
 
 [[noreturn]] void raiseNoPointer(lua_State *L, Call const &call, int position) {
-    pushFunctionName(L, call.function);
+    pushFunctionName(L, placeOf(call.function));
     lua_pushfstring(L, "Error in %s, expected a %s at argument number %d\n", lua_tostring(L, -1), "void*",
                     position);
     raise(L, call);
@@ -115,7 +115,7 @@ bool accepts(lua_State *L, Convention convention, int position) {
 [[noreturn]] void raiseType(lua_State *L, Call const &call, Convention convention, int position) {
     if (convention == Convention::callback) {
         lua_pushfstring(L, "korvo_api_action_engine_%s_method_callback_func_ptr",
-                        operationOf(call.function)->name);
+                        operationAt(placeOf(call.function))->name);
         raiseArgument(L, call, position, lua_tostring(L, -1));
     }
     raiseArgument(L, call, position, expectedArgument(convention).text);
@@ -159,7 +159,7 @@ void *typedPointerAt(lua_State *L, Call const &call, Convention convention, int 
         return nullptr;
     }
     PointerType const &expected = convention == Convention::callback
-                                      ? callbackType(*operationOf(call.function))
+                                      ? callbackType(*operationAt(placeOf(call.function)))
                                       : pointerType(expectedArgument(convention).type);
     if (!isSameType(typeOfUserdata(L, position), &expected)) {
         raiseArgument(L, call, position, expected.text);
@@ -424,7 +424,7 @@ void registerFunctions(lua_State *L) {
     lua_pushcfunction(L, runProtected);
     for (int place = 0; place < function_count; ++place) {
         Function const &function = functionAt(place);
-        pushFunctionName(L, function);  // [table runProtected name]
+        pushFunctionName(L, place);  // [table runProtected name]
         lua_pushlightuserdata(L, const_cast<Function *>(&function));
         int upvalues = 1;
         if (function.shape->released != 0) {

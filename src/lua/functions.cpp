@@ -132,27 +132,26 @@ Entry entryAt(int place) {
     return named(event_functions[place - events_begin]);
 }
 
-/// Names are wanted for the registration, for errors and for callbacks only.
-Entry entryOf(Function const &function) {
-    int place = 0;
-    while (entryAt(place).function != &function) {
-        ++place;
-    }
-    return entryAt(place);
-}
-
 }  // namespace
 
 Function const &functionAt(int place) {
     return *entryAt(place).function;
 }
 
-operations::Operation const *operationOf(Function const &function) {
-    return entryOf(function).operation;
+int placeOf(Function const &function) {
+    int place = 0;
+    while (&functionAt(place) != &function) {
+        ++place;
+    }
+    return place;
 }
 
-void pushFunctionName(lua_State *L, Function const &function) {
-    Entry const entry = entryOf(function);
+operations::Operation const *operationAt(int place) {
+    return entryAt(place).operation;
+}
+
+void pushFunctionName(lua_State *L, int place) {
+    Entry const entry = entryAt(place);
     if (entry.operation == nullptr) {
         lua_pushstring(L, entry.name);
     } else {

@@ -50,11 +50,14 @@ constexpr int function_count = 493;
 /// A function by its place in the order of registration, from 0.
 Function const &functionAt(int place);
 
+/// The place of a function of the module. It is searched for, which is nothing for the way of a call that goes well.
+int placeOf(Function const &function);
+
 /// The operation that a function is a form of; NULL for others.
-operations::Operation const *operationOf(Function const &function);
+operations::Operation const *operationAt(int place);
 
 /// Pushes the name of a function.
-void pushFunctionName(lua_State *L, Function const &function);
+void pushFunctionName(lua_State *L, int place);
 
 }  // namespace korvo::lua
 
