@@ -3,38 +3,11 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
 namespace simulator {
-
-namespace {
-
-std::string environment(char const *name) {
-    char const *const value = std::getenv(name);
-    return value == nullptr ? "" : value;
-}
-
-}  // namespace
-
-std::string stateFolder() {
-    constexpr char const *own = "/action-engine-simulator";
-    if (std::string const state = environment("KORVO_STATE_DIR"); !state.empty()) {
-        return state + own;
-    }
-    if (std::string const state = environment("XDG_STATE_HOME"); !state.empty()) {
-        return state + "/korvo" + own;
-    }
-    if (std::string const home = environment("HOME"); !home.empty()) {
-        return home + "/.local/state/korvo" + own;
-    }
-    throw std::runtime_error(
-        "there is no folder for pictures and mails: neither KORVO_STATE_DIR nor HOME is set. Set one of "
-        "them, or give "
-        "--snapshots and --outbox.");
-}
 
 void makeFolder(std::string const &path) {
     // Mails and pictures are their owner's; folders that are there keep their mode.

@@ -14,6 +14,7 @@
 #include "simulator/options.h"
 #include "simulator/runners/runner.h"
 #include "simulator/service.h"
+#include "simulator/state_folder.h"
 #include "simulator/store.h"
 
 namespace {

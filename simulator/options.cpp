@@ -9,6 +9,7 @@
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "simulator/log.h"
 #include "simulator/methods.h"
@@ -16,35 +17,6 @@
 namespace simulator {
 
 namespace {
-
-enum Choice : int {
-    choice_target = 1,
-    choice_store,
-    choice_snapshots,
-    choice_outbox,
-    choice_fail,
-    choice_delay,
-    choice_drop,
-    choice_target_version,
-    choice_log_level,
-    choice_help,
-    choice_version,
-};
-
-constexpr option choices[] = {
-    {"target", required_argument, nullptr, choice_target},
-    {"store", required_argument, nullptr, choice_store},
-    {"snapshots", required_argument, nullptr, choice_snapshots},
-    {"outbox", required_argument, nullptr, choice_outbox},
-    {"fail", required_argument, nullptr, choice_fail},
-    {"delay", required_argument, nullptr, choice_delay},
-    {"drop", required_argument, nullptr, choice_drop},
-    {"target-version", required_argument, nullptr, choice_target_version},
-    {"log-level", required_argument, nullptr, choice_log_level},
-    {"help", no_argument, nullptr, choice_help},
-    {"version", no_argument, nullptr, choice_version},
-    {nullptr, 0, nullptr, 0},
-};
 
 constexpr std::string_view log_levels[] = {"emerg",   "alert",  "crit", "err",
                                            "warning", "notice", "info", "debug"};
@@ -117,88 +89,151 @@ std::string logLevel(std::string_view text) {
     return std::string(text);
 }
 
-void apply(int choice, std::string const &value, Options &options) {
-    Faults &faults = options.answers.faults;
-    switch (choice) {
-        case choice_target:
-            options.target = value;
-            break;
-        case choice_store:
-            options.store = nonEmpty("store", value);
-            break;
-        case choice_snapshots:
-            options.snapshots = nonEmpty("snapshots", value);
-            break;
-        case choice_outbox:
-            options.outbox = nonEmpty("outbox", value);
-            break;
-        case choice_fail: {
-            auto const [failing, status] = methodAndNumber("fail", "STATUS", value);
-            if (status == 0) {
-                throw UsageError("--fail: status 0 is success. Give another one, 9 for example.");
-            }
-            faults[failing].status = status;
-            break;
-        }
-        case choice_delay: {
-            auto const [late, milliseconds] = methodAndNumber("delay", "MS", value);
-            faults[late].delay = std::chrono::milliseconds(milliseconds);
-            break;
-        }
-        case choice_drop:
-            faults[method("drop", value)].drop = true;
-            break;
-        case choice_target_version:
-            options.answers.version = version(value);
-            break;
-        case choice_log_level:
-            options.log_level = logLevel(value);
-            break;
-        case choice_help:
-            options.mode = Options::Mode::help;
-            break;
-        case choice_version:
-            options.mode = Options::Mode::version;
-            break;
-        default:
-            break;
-    }
+constexpr char const *advice = " --help lists the options.";
+
+void setTarget(Options &options, std::string const &value) {
+    options.target = value;
 }
 
-char const *nameOf(int choice) {
-    for (option const &known : choices) {
-        if (known.val == choice && known.name != nullptr) {
-            return known.name;
+void setStore(Options &options, std::string const &value) {
+    options.store = nonEmpty("store", value);
+}
+
+void setSnapshots(Options &options, std::string const &value) {
+    options.snapshots = nonEmpty("snapshots", value);
+}
+
+void setOutbox(Options &options, std::string const &value) {
+    options.outbox = nonEmpty("outbox", value);
+}
+
+void setLogLevel(Options &options, std::string const &value) {
+    options.log_level = logLevel(value);
+}
+
+void addFailure(Options &options, std::string const &value) {
+    auto const [failing, status] = methodAndNumber("fail", "STATUS", value);
+    if (status == 0) {
+        throw UsageError("--fail: status 0 is success. Give another one, 9 for example.");
+    }
+    options.answers.faults[failing].status = status;
+}
+
+void addDelay(Options &options, std::string const &value) {
+    auto const [late, milliseconds] = methodAndNumber("delay", "MS", value);
+    options.answers.faults[late].delay = std::chrono::milliseconds(milliseconds);
+}
+
+void addDrop(Options &options, std::string const &value) {
+    options.answers.faults[method("drop", value)].drop = true;
+}
+
+void setTargetVersion(Options &options, std::string const &value) {
+    options.answers.version = version(value);
+}
+
+void setHelp(Options &options, std::string const &) {
+    options.mode = Options::Mode::help;
+}
+
+void setVersion(Options &options, std::string const &) {
+    options.mode = Options::Mode::version;
+}
+
+/// Everything about one option. The man page repeats the words, which a test compares.
+struct Row {
+    char const *name;
+    /// NULL for an option without a value.
+    char const *argument;
+    /// What it does, for --help; a line is at most 48 characters long.
+    char const *words;
+    void (*take)(Options &options, std::string const &value);
+};
+
+constexpr Row general[] = {
+    {"target", "TEXT", "Serve under this target instead of the default\none.", setTarget},
+    {"store", "FILE", "Keep the catalogue in this file. Without it, the\ncatalogue is gone at the end.",
+     setStore},
+    {"snapshots", "DIR",
+     "Where snapshot actions write their pictures.\nWithout it, action-engine-simulator/snapshots\n"
+     "in the state folder. The folder is made where it\nis missing.",
+     setSnapshots},
+    {"outbox", "DIR",
+     "Where e-mails and uploads are put; nothing is\never sent. Without it,\n"
+     "action-engine-simulator/outbox in the state\nfolder. The folder is made where it is missing.",
+     setOutbox},
+    {"log-level", "LEVEL", "emerg, alert, crit, err, warning, notice, info\nor debug.", setLogLevel},
+    {"help", nullptr, "Print the options and exit.", setHelp},
+    {"version", nullptr, "Print the program's version and exit.", setVersion},
+};
+
+constexpr Row faults[] = {
+    {"fail", "METHOD=STATUS", "Answer with this status, and do nothing.", addFailure},
+    {"delay", "METHOD=MS", "Do it, and answer so many milliseconds later.", addDelay},
+    {"drop", "METHOD", "Neither do it nor answer.", addDrop},
+    {"target-version", "MAJOR.MINOR", "Answer version queries with this instead of\n1.19.", setTargetVersion},
+};
+
+std::vector<Row> allRows() {
+    std::vector<Row> rows(std::begin(general), std::end(general));
+    rows.insert(rows.end(), std::begin(faults), std::end(faults));
+    return rows;
+}
+
+template <std::size_t size>
+std::string helpOf(Row const (&rows)[size]) {
+    constexpr std::size_t words_column = 30;
+    std::string text;
+    for (Row const &row : rows) {
+        std::string line =
+            std::string("  --") + row.name + (row.argument == nullptr ? "" : std::string(" ") + row.argument);
+        for (std::string_view words = row.words; !words.empty();) {
+            std::size_t const end = std::min(words.find('\n'), words.size());
+            line.resize(std::max(line.size() + 1, words_column), ' ');
+            text.append(line).append(words.substr(0, end)) += '\n';
+            line.clear();
+            line.resize(words_column - 1, ' ');
+            words.remove_prefix(std::min(end + 1, words.size()));
         }
     }
-    return "";
+    return text;
 }
 
 }  // namespace
 
 Options parseOptions(int argc, char *argv[]) {
-    constexpr char const *advice = " --help lists the options.";
+    std::vector<Row> const rows = allRows();
+    std::vector<option> known;
+    // Beyond all characters, which short options are told by.
+    constexpr int first_choice = 256;
+    for (Row const &row : rows) {
+        known.push_back({row.name, row.argument == nullptr ? no_argument : required_argument,
+                         /*flag*/ nullptr, first_choice + static_cast<int>(known.size())});
+    }
+    auto const rowOf = [&rows](int choice) -> Row const & {
+        return rows[static_cast<std::size_t>(choice - first_choice)];
+    };
+    known.push_back({nullptr, 0, nullptr, 0});
+
     Options options;
     // 0 makes the parser forget an earlier command line. The errors are ours, so it prints none.
     optind = 0;
     opterr = 0;
     while (true) {
-        int const choice = getopt_long(argc, argv, "+:", choices, nullptr);
+        int const choice = getopt_long(argc, argv, "+:", known.data(), nullptr);
         if (choice == -1) {
             break;
         }
-        if (choice == ':') {
-            throw UsageError(std::string("--") + nameOf(optopt) + " needs a value." + advice);
+        if (choice == ':' || (choice == '?' && optopt >= first_choice)) {
+            // An option that is known lacks its value, or has been given one that it does not take.
+            throw UsageError(std::string("--") + rowOf(optopt).name +
+                             (choice == ':' ? " needs a value." : " takes no value.") + advice);
         }
         if (choice == '?') {
-            // An option that is known has been given a value that it does not take.
-            if (char const *const name = nameOf(optopt); *name != '\0') {
-                throw UsageError(std::string("--") + name + " takes no value." + advice);
-            }
             throw UsageError("there is no option " + quoted(argv[optind - 1]) +
                              ", or it is short for several." + advice);
         }
-        apply(choice, optarg == nullptr ? "" : optarg, options);
+        rowOf(choice).take(options, optarg == nullptr ? "" : optarg);
         if (options.mode != Options::Mode::serve) {
             return options;
         }
@@ -216,29 +251,24 @@ std::string helpText() {
 The action_engine service for development machines: keeps actions and triggers,
 fires timers, runs what is bound to them and publishes Action_completed.
 
-  --target TEXT       serve under this target instead of the default one
-  --store FILE        keep the catalogue in this file; without it, it is gone at
-                      the end
-  --snapshots DIR     where snapshot actions write their pictures
-  --outbox DIR        where e-mails and uploads are put; nothing is ever sent
-                      (both folders are made; without the options they are
-                      under the state folder, KORVO_STATE_DIR)
-  --log-level LEVEL   emerg, alert, crit, err, warning, notice, info or debug
-
+)" + helpOf(general) +
+           R"(
 To try out how a program takes errors; each may be given several times, and a
 METHOD is named as on the wire, like Get_action_type:
 
-  --fail METHOD=STATUS          answer with this status, and do nothing
-  --delay METHOD=MS             do it, and answer so many milliseconds later
-  --drop METHOD                 neither do it nor answer
-  --target-version MAJOR.MINOR  answer version queries with this instead of 1.19
-
-  --help              print this and exit
-  --version           print the program's version and exit
+)" + helpOf(faults) +
+           R"(
+Filters: the n-th entries of the three lists of Set_action_filters are one
+filter, a set of weekdays (Sunday 1, Monday 2, ... Saturday 64, added up) and a
+window in seconds since local midnight, with its start and without its end. An
+action runs when one of its filters fits, or when it has none. A window whose
+end comes before its start crosses midnight and belongs to the day on which it
+started; equal start and end are the whole day.
 
 When it takes commands it prints a line that begins with
 "korvo-action-engine-simulator: ready". SIGTERM and SIGINT end it, with exit
-status 0. Errors have exit status 1, a wrong command line has 2.
+status 0. Errors have exit status 1, a wrong command line has 2. The manual
+page says more.
 )";
 }
 

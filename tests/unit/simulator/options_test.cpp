@@ -4,10 +4,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "simulator/methods.h"
+#include "support.h"
 
 namespace simulator::tests {
 
@@ -32,6 +35,31 @@ std::string refusal(std::vector<std::string> const &arguments) {
         return error.what();
     }
     return "no refusal";
+}
+
+/// The text with one blank for each run of blanks and line ends.
+std::string plain(std::string const &text) {
+    return std::regex_replace(text, std::regex("\\s+"), " ");
+}
+
+/// A manual page's text without what makes it pretty.
+std::string withoutMacros(std::string const &page) {
+    std::string text = std::regex_replace(page, std::regex("\\\\f[BIR]"), "");
+    text = std::regex_replace(text, std::regex("\\\\-"), "-");
+    return std::regex_replace(text, std::regex("(^|\n)\\.(SS|TP|PP|SH)"), "$1");
+}
+
+/// What follows a beginning, up to the next option, or to the paragraph's end where there is none.
+std::string sentencesAfter(std::string const &text, std::string const &beginning) {
+    std::size_t const found = text.find(beginning);
+    if (found == std::string::npos) {
+        return "";
+    }
+    std::string const rest = text.substr(found + beginning.size());
+    std::smatch end;
+    bool const more =
+        std::regex_search(rest, end, std::regex(" --[a-z]| To try out | Filters: | When it takes "));
+    return more ? rest.substr(0, static_cast<std::size_t>(end.position())) : rest;
 }
 
 Fault fault(Options const &options, char const *method) {
@@ -133,12 +161,32 @@ TEST(Options, ThatAreWrongAreExplained) {
     }
 }
 
-TEST(Options, AreAllInTheHelp) {
-    for (char const *const option :
-         {"--target ", "--store ", "--snapshots ", "--outbox ", "--fail ", "--delay ", "--drop ",
-          "--target-version ", "--log-level ", "--help ", "--version "}) {
-        EXPECT_THAT(helpText(), HasSubstr(option));
+TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
+    std::string const help = plain(helpText());
+    std::string const manual = plain(withoutMacros(readFile(MANUAL_PAGE)));
+    // Of both texts, what stands from the first option on: for each option its name, its value and its words.
+    for (char const *const option : {"--target TEXT", "--store FILE", "--snapshots DIR", "--outbox DIR",
+                                     "--log-level LEVEL", "--help", "--version", "--fail METHOD=STATUS",
+                                     "--delay METHOD=MS", "--drop METHOD", "--target-version MAJOR.MINOR"}) {
+        std::string const words = sentencesAfter(help, std::string(" ") + option + " ");
+        ASSERT_GT(words.size(), 10U) << option;
+        EXPECT_THAT(manual, HasSubstr(std::string(" ") + option + " " + words));
     }
+    std::string const filters = sentencesAfter(help, " Filters: ");
+    EXPECT_THAT(manual, HasSubstr(" Filters " + filters));
+}
+
+TEST(Options, OfTheManualPageAreAllInTheHelp) {
+    std::istringstream manual(readFile(MANUAL_PAGE));
+    unsigned int options = 0;
+    for (std::string line; std::getline(manual, line);) {
+        constexpr char const *beginning = "\\fB\\-\\-";
+        if (line.rfind(beginning, 0) == 0) {
+            EXPECT_THAT(plain(helpText()), HasSubstr(plain(withoutMacros(" " + line + " "))));
+            ++options;
+        }
+    }
+    EXPECT_EQ(options, 11U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

@@ -14,6 +14,8 @@
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -124,6 +126,31 @@ class Program {
     int err_ = -1;
     std::thread log_reader_;
     std::string errors_;
+};
+
+/// Puts variables of the environment back at its end.
+class Environment {
+  public:
+    explicit Environment(std::vector<char const *> const &names) {
+        for (char const *const name : names) {
+            char const *const value = std::getenv(name);
+            previous_[name] = value == nullptr ? std::nullopt : std::optional<std::string>(value);
+        }
+    }
+    ~Environment() {
+        for (auto const &[name, value] : previous_) {
+            if (value) {
+                ::setenv(name.c_str(), value->c_str(), 1);
+            } else {
+                ::unsetenv(name.c_str());
+            }
+        }
+    }
+    Environment(Environment const &) = delete;
+    Environment &operator=(Environment const &) = delete;
+
+  private:
+    std::map<std::string, std::optional<std::string>> previous_;
 };
 
 /// A client at the default target.
@@ -248,6 +275,40 @@ TEST_F(ProgramTest, ExplainsErrorsAndTellsThemApartByItsExitStatus) {
     Program folder({"--snapshots", state / "file/pictures"});
     EXPECT_EQ(folder.exitStatus(), 1);
     EXPECT_THAT(folder.errors(), HasSubstr("cannot make the folder"));
+}
+
+TEST_F(ProgramTest, KeepsPicturesAndMailsWhereTheCoreKeepsState) {
+    struct Case {
+        char const *own;
+        char const *xdg;
+        char const *home;
+        std::string expected;
+    };
+    std::string const home = state.path();
+    std::string const xdg = state / "xdg";
+    Case const cases[] = {
+        {"", xdg.c_str(), home.c_str(), xdg + "/korvo/action-engine-simulator"},
+        {"", "", home.c_str(), home + "/.local/state/korvo/action-engine-simulator"},
+        // A relative path names no folder that could be found again.
+        {"", "relative", home.c_str(), home + "/.local/state/korvo/action-engine-simulator"},
+    };
+    Environment const previous({"KORVO_STATE_DIR", "XDG_STATE_HOME", "HOME"});
+    for (Case const &one : cases) {
+        ::setenv("KORVO_STATE_DIR", one.own, 1);
+        ::setenv("XDG_STATE_HOME", one.xdg, 1);
+        ::setenv("HOME", one.home, 1);
+        Program program({});
+        expectReady(program);
+        EXPECT_TRUE(std::filesystem::is_directory(one.expected + "/snapshots")) << one.expected;
+        EXPECT_TRUE(std::filesystem::is_directory(one.expected + "/outbox")) << one.expected;
+        std::filesystem::remove_all(one.expected);
+    }
+    for (char const *const name : {"KORVO_STATE_DIR", "XDG_STATE_HOME", "HOME"}) {
+        ::unsetenv(name);
+    }
+    Program nowhere({});
+    EXPECT_EQ(nowhere.exitStatus(), 1);
+    EXPECT_THAT(nowhere.errors(), HasSubstr("there is no folder for pictures and mails: neither "));
 }
 
 TEST_F(ProgramTest, IsTheOnlyOneWithItsStoreAndWithItsTarget) {
