@@ -49,11 +49,12 @@ function(korvo_compile_options target)
     C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
-# A shared library that exports what its version script lists and nothing else.
-function(korvo_shared_library target version_script)
+# A shared library that exports what its version script lists and nothing else. Names of packages and files that hold the
+# soname's number are made of the one given here.
+function(korvo_shared_library target version_script soversion)
   korvo_compile_options(${target})
   set_target_properties(${target} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    VERSION ${soversion}.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH} SOVERSION ${soversion}
     LINK_DEPENDS ${version_script}
     INSTALL_RPATH "$ORIGIN")
   target_link_options(${target} PRIVATE

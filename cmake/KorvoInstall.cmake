@@ -6,6 +6,7 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+get_target_property(KORVO_SOVERSION korvo-api-action-engine SOVERSION)
 set(KORVO_LUA_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/lua/5.1)
 set(KORVO_CXX_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/korvo-api-action-engine)
 set(KORVO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/korvo-api-action-engine)
@@ -44,7 +45,7 @@ if(KORVO_LUA)
   file(RELATIVE_PATH to_library ${CMAKE_INSTALL_FULL_LIBDIR}/lua/5.1 ${CMAKE_INSTALL_FULL_LIBDIR})
   set(module_link ${PROJECT_BINARY_DIR}/installed/korvo_api_action_engine.so)
   file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/installed)
-  file(CREATE_LINK ${to_library}libkorvo-api-action-engine.so.${PROJECT_VERSION_MAJOR} ${module_link} SYMBOLIC)
+  file(CREATE_LINK ${to_library}libkorvo-api-action-engine.so.${KORVO_SOVERSION} ${module_link} SYMBOLIC)
   install(FILES ${module_link} DESTINATION ${KORVO_LUA_MODULE_DIR} COMPONENT lua)
   install(FILES src/lua/conversions.h src/lua/module.h src/lua/typed_pointer.h
     DESTINATION ${KORVO_CXX_INCLUDE_DIR}/lua COMPONENT development)

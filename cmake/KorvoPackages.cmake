@@ -24,7 +24,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/src ${PROJECT_BINARY_DIR}/platform/core ${PROJECT_BINARY_DIR}/platform/interfaces)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-set(library libkorvo-api-action-engine${PROJECT_VERSION_MAJOR})
+set(library libkorvo-api-action-engine${KORVO_SOVERSION})
 set(platform korvo-development-platform)
 set(same_version "(= ${PROJECT_VERSION})")
 
