@@ -13,9 +13,9 @@
 #include <stdexcept>
 #include <string>
 
-#include "frame.h"
 #include "korvo_core.h"
 #include "listeners.h"
+#include "messaging/frame.h"
 #include "program.h"
 #include "side_by_side.h"
 #include "socket_transfer.h"

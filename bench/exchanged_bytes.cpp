@@ -3,8 +3,8 @@
 
 #include <cstdlib>
 
-#include "frame.h"
 #include "korvo_core.h"
+#include "messaging/frame.h"
 #include "program.h"
 
 ExchangedBytes bytesOf(void *logging, std::string const &command) {

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string>
 
-#include "frame.h"
 #include "fuzz_input.h"
+#include "messaging/frame.h"
 
 using platform::frame::Decoder;
 using platform::frame::Frame;

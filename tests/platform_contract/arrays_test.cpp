@@ -9,7 +9,7 @@
 namespace {
 
 template <typename T>
-void expect_elements_to_write(T **list, unsigned int count) {
+void expectElementsToWrite(T **list, unsigned int count) {
     ASSERT_NE(list, nullptr);
     for (unsigned int index = 0; index < count; ++index) {
         ASSERT_NE(list[index], nullptr);
@@ -28,10 +28,10 @@ TEST(Arrays, HaveAsManyElementsAsAskedForAndAnEnd) {
     unsigned int **const unsigned_numbers = korvo_core_alloc_uint_array(3);
     int **const numbers = korvo_core_alloc_int_array(3);
     double **const doubles = korvo_core_alloc_double_array(3);
-    expect_elements_to_write(flags, 3);
-    expect_elements_to_write(unsigned_numbers, 3);
-    expect_elements_to_write(numbers, 3);
-    expect_elements_to_write(doubles, 3);
+    expectElementsToWrite(flags, 3);
+    expectElementsToWrite(unsigned_numbers, 3);
+    expectElementsToWrite(numbers, 3);
+    expectElementsToWrite(doubles, 3);
     korvo_core_free_bool_array(flags);
     korvo_core_free_uint_array(unsigned_numbers);
     korvo_core_free_int_array(numbers);

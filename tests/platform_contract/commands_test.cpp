@@ -94,7 +94,7 @@ TEST(Commands, ToAServiceThatHasStoppedAreRefusedAndWorkAgainWhenItIsBack) {
 
 TEST(Commands, GoToTheCallbackWhileOneIsRegistered) {
     Service service;
-    service.answer_with([](Command const &command) { return "{\"echo\":" + command.command + "}"; });
+    service.answerWith([](Command const &command) { return "{\"echo\":" + command.command + "}"; });
     Client client;
     ASSERT_EQ(client.send("id-4", "{\"a\":1}"), KORVO_CORE_STATUS_NO_ERROR);
     Response response;
@@ -141,9 +141,9 @@ TEST(Responses, GoToTheInitiatorThatAsked) {
 
 TEST(Responses, GoToTheCallbackWhileOneIsRegistered) {
     Service service("sample", "north");
-    service.answer_with([](Command const &) { return "{\"status\":0}"; });
+    service.answerWith([](Command const &) { return "{\"status\":0}"; });
     Client client;
-    client.collect_responses();
+    client.collectResponses();
     ASSERT_EQ(client.send("id-5", "{}", "sample", "north"), KORVO_CORE_STATUS_NO_ERROR);
     auto const response = client.responses.take();
     ASSERT_TRUE(response.has_value());
@@ -152,9 +152,9 @@ TEST(Responses, GoToTheCallbackWhileOneIsRegistered) {
 
 TEST(Responses, AreReceivedAgainAfterTheCallbackIsGone) {
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client client;
-    client.collect_responses();
+    client.collectResponses();
     ASSERT_EQ(client.send("to-callback", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_TRUE(client.responses.take().has_value());
     ASSERT_EQ(korvo_core_ipc_initiator_response_receive_callback(client.handle(), nullptr, nullptr),
@@ -174,7 +174,7 @@ TEST(Responses, MayBeTakenOverByTheCallback) {
         }
     } kept;
     Service service;
-    service.answer_with([](Command const &) { return "{\"kept\":true}"; });
+    service.answerWith([](Command const &) { return "{\"kept\":true}"; });
     Client client;
     ASSERT_EQ(korvo_core_ipc_initiator_response_receive_callback(client.handle(), Kept::take, &kept),
               KORVO_CORE_STATUS_NO_ERROR);

@@ -10,33 +10,33 @@ TEST(Events, ReachASubscriberWithServiceAndSource) {
     Service service("sample", "north");
     Client client;
     ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
-    client.collect_events();
-    auto const event = publish_until_received(service, client, "{\"event\":\"Moved\"}");
+    client.collectEvents();
+    auto const event = publishUntilReceived(service, client, "{\"event\":\"Moved\"}");
     ASSERT_TRUE(event.has_value());
     EXPECT_EQ(*event, (Event{"sample", "north", "{\"event\":\"Moved\"}"}));
 }
 
 TEST(Events, OfAServiceThatStartsAfterTheSubscriptionArriveToo) {
     Client client;
-    client.collect_events();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
     Service service;
-    EXPECT_TRUE(publish_until_received(service, client, "{\"event\":\"Late\"}").has_value());
+    EXPECT_TRUE(publishUntilReceived(service, client, "{\"event\":\"Late\"}").has_value());
 }
 
 TEST(Events, OfEveryTargetOfTheServiceArrive) {
     Client client;
-    client.collect_events();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
     Service north("sample", "north");
     Service south("sample", "south");
-    auto const from_north = publish_until_received(north, client, "{\"event\":\"A\"}");
+    auto const from_north = publishUntilReceived(north, client, "{\"event\":\"A\"}");
     ASSERT_TRUE(from_north.has_value());
     EXPECT_EQ(from_north->source, "north");
     // Events of the first that were published more than once may still be on their way.
-    std::optional<Event> from_south = publish_until_received(south, client, "{\"event\":\"B\"}");
+    std::optional<Event> from_south = publishUntilReceived(south, client, "{\"event\":\"B\"}");
     while (from_south.has_value() && from_south->source == "north") {
-        from_south = publish_until_received(south, client, "{\"event\":\"B\"}");
+        from_south = publishUntilReceived(south, client, "{\"event\":\"B\"}");
     }
     ASSERT_TRUE(from_south.has_value());
     EXPECT_EQ(*from_south, (Event{"sample", "south", "{\"event\":\"B\"}"}));
@@ -46,9 +46,9 @@ TEST(Events, ReachEverySubscriberInTheirOrder) {
     Service service;
     std::list<Client> clients(4);
     for (Client &client : clients) {
-        client.collect_events();
+        client.collectEvents();
         ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
-        ASSERT_TRUE(publish_until_received(service, client, "{\"event\":\"Ready\"}").has_value());
+        ASSERT_TRUE(publishUntilReceived(service, client, "{\"event\":\"Ready\"}").has_value());
     }
     constexpr int count = 50;
     for (int number = 0; number < count; ++number) {
@@ -72,14 +72,14 @@ TEST(Events, OfOtherServicesDoNotArrive) {
     Service wanted("wanted", "");
     Service unwanted("unwanted", "");
     Client client;
-    client.collect_events();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe("wanted"), KORVO_CORE_STATUS_NO_ERROR);
     // A connection to the other service, over which its events could come.
     ASSERT_EQ(client.send("id", "{}", "unwanted", ""), KORVO_CORE_STATUS_NO_ERROR);
     Command command;
     ASSERT_EQ(unwanted.poll(command), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(unwanted.publish("{\"event\":\"No\"}"), KORVO_CORE_STATUS_NO_ERROR);
-    auto const event = publish_until_received(wanted, client, "{\"event\":\"Yes\"}");
+    auto const event = publishUntilReceived(wanted, client, "{\"event\":\"Yes\"}");
     ASSERT_TRUE(event.has_value());
     EXPECT_EQ(event->event, "{\"event\":\"Yes\"}");
 }
@@ -88,15 +88,15 @@ TEST(Events, DoNotArriveAfterUnsubscribing) {
     Service ended("ended", "");
     Service kept("kept", "");
     Client client;
-    client.collect_events();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe("ended"), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(client.subscribe("kept"), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_TRUE(publish_until_received(ended, client, "{\"event\":\"Before\"}").has_value());
+    ASSERT_TRUE(publishUntilReceived(ended, client, "{\"event\":\"Before\"}").has_value());
     ASSERT_EQ(korvo_core_ipc_initiator_event_unsubscribe(client.handle(), "ended"),
               KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(ended.publish("{\"event\":\"After\"}"), KORVO_CORE_STATUS_NO_ERROR);
     for (bool is_done = false; !is_done;) {
-        auto const event = publish_until_received(kept, client, "{\"event\":\"Marker\"}");
+        auto const event = publishUntilReceived(kept, client, "{\"event\":\"Marker\"}");
         ASSERT_TRUE(event.has_value());
         EXPECT_NE(event->event, "{\"event\":\"After\"}");
         is_done = event->event == "{\"event\":\"Marker\"}";
@@ -105,16 +105,16 @@ TEST(Events, DoNotArriveAfterUnsubscribing) {
 
 TEST(Events, ArriveAgainAfterTheServiceWasRestarted) {
     Client client;
-    client.collect_events();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
     {
         Service service;
-        ASSERT_TRUE(publish_until_received(service, client, "{\"event\":\"Before\"}").has_value());
+        ASSERT_TRUE(publishUntilReceived(service, client, "{\"event\":\"Before\"}").has_value());
     }
     Service again;
     std::optional<Event> event;
     do {
-        event = publish_until_received(again, client, "{\"event\":\"After\"}");
+        event = publishUntilReceived(again, client, "{\"event\":\"After\"}");
         ASSERT_TRUE(event.has_value());
     } while (event->event != "{\"event\":\"After\"}");
 }

@@ -104,7 +104,7 @@ struct Staying {
 TEST(Closing, WaitsForACallbackThatIsRunning) {
     Staying staying;
     Service service;
-    service.answer_with([](Command const &) { return "{}"; });
+    service.answerWith([](Command const &) { return "{}"; });
     Client client;
     ASSERT_EQ(korvo_core_ipc_initiator_response_receive_callback(client.handle(), Staying::stay, &staying),
               KORVO_CORE_STATUS_NO_ERROR);
@@ -133,7 +133,7 @@ TEST(Closing, FromInsideAResponseCallbackComesBack) {
         }
     };
     Service service;
-    service.answer_with([](Command const &) { return "{}"; });
+    service.answerWith([](Command const &) { return "{}"; });
     void *handle = nullptr;
     ASSERT_EQ(korvo_core_ipc_initiator_init(nullptr, "closer", &handle, 1), KORVO_CORE_STATUS_NO_ERROR);
     Closer closer{handle, {}};

@@ -8,9 +8,9 @@
 
 namespace {
 
-void log_list(void *logging, char const *format, ...) KORVO_CORE_PRINTF(2, 3);
+void logList(void *logging, char const *format, ...) KORVO_CORE_PRINTF(2, 3);
 
-void log_list(void *logging, char const *format, ...) {
+void logList(void *logging, char const *format, ...) {
     va_list arguments;
     va_start(arguments, format);
     korvo_core_logging_logv(logging, KORVO_CORE_LOG_PRIORITY_DEBUG, format, arguments);
@@ -26,7 +26,7 @@ TEST(LoggingContract, TakesRecordsOfEveryPriority) {
                                          "%s %d", "record", 1),
                   KORVO_CORE_STATUS_NO_ERROR);
     }
-    log_list(logging.handle(), "%s %d", "record", 2);
+    logList(logging.handle(), "%s %d", "record", 2);
 }
 
 TEST(LoggingContract, SaysWhetherAPriorityIsActive) {
@@ -40,7 +40,7 @@ TEST(LoggingContract, SaysWhetherAPriorityIsActive) {
 TEST(LoggingContract, TakesRecordsWithoutAHandle) {
     EXPECT_EQ(korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "%s", "record"),
               KORVO_CORE_STATUS_NO_ERROR);
-    log_list(nullptr, "%s", "record");
+    logList(nullptr, "%s", "record");
 }
 
 TEST(LoggingContract, NeedsAPlaceForTheHandle) {

@@ -64,7 +64,7 @@ TEST(ObjectCommands, ToAServiceThatIsNotThereAreRefused) {
 
 TEST(ObjectResponses, BringEveryKindOfValue) {
     Service service;
-    service.answer_with([](Command const &) {
+    service.answerWith([](Command const &) {
         return "{\"command\":\"Get\",\"status\":0,\"text\":\"a\\\"\\u00e4\\n\",\"number\":-2.5,\"large\":"
                "4294967295,"
                "\"yes\":true,\"no\":false,\"nothing\":null,\"list\":[1,2,3],\"object\":{\"a\":{\"b\":[]}}}";
@@ -74,8 +74,8 @@ TEST(ObjectResponses, BringEveryKindOfValue) {
     ASSERT_EQ(object.exchange("Get", 0, read), KORVO_CORE_STATUS_NO_ERROR);
     json::Object const &response = read;
     EXPECT_EQ(response["text"].CastTo<json::String>().value(), "a\"\xc3\xa4\n");
-    EXPECT_EQ(number_in(response, "number"), -2.5);
-    EXPECT_EQ(number_in(response, "large"), 4294967295.0);
+    EXPECT_EQ(numberIn(response, "number"), -2.5);
+    EXPECT_EQ(numberIn(response, "large"), 4294967295.0);
     EXPECT_TRUE(response["yes"].CastTo<json::Boolean>().value());
     EXPECT_FALSE(response["no"].CastTo<json::Boolean>().value());
     EXPECT_NO_THROW((void)response["nothing"].CastTo<json::Null>());
@@ -89,7 +89,7 @@ TEST(ObjectResponses, BringEveryKindOfValue) {
 TEST(ObjectResponses, WithAStatusGiveThatStatusAndNoResponse) {
     for (unsigned int status : {1U, 8U, 9U, 10U, 77U}) {
         Service service;
-        service.answer_with([&](Command const &) {
+        service.answerWith([&](Command const &) {
             return "{\"command\":\"Get\",\"status\":" + std::to_string(status) + ",\"number\":5}";
         });
         Object object;
@@ -101,7 +101,7 @@ TEST(ObjectResponses, WithAStatusGiveThatStatusAndNoResponse) {
 
 TEST(ObjectResponses, WithoutAStatusGive4) {
     Service service;
-    service.answer_with([](Command const &) { return "{\"command\":\"Get\",\"number\":5}"; });
+    service.answerWith([](Command const &) { return "{\"command\":\"Get\",\"number\":5}"; });
     Object object;
     json::Object response;
     EXPECT_EQ(object.exchange("Get", 0, response), KORVO_CORE_STATUS_IPC_FAILED);
@@ -113,7 +113,7 @@ TEST(ObjectResponses, ThatAreBrokenGive4AndTheNextCallWorks) {
          {"nonsense", "{\"status\":0", "[]", "17", "{\"status\":0}}", "{\"status\":}", "\"text\""}) {
         Service service;
         bool is_broken = true;
-        service.answer_with(
+        service.answerWith(
             [&](Command const &command) { return is_broken ? std::string(broken) : echo(command); });
         Object object;
         json::Object response;
@@ -121,24 +121,24 @@ TEST(ObjectResponses, ThatAreBrokenGive4AndTheNextCallWorks) {
         EXPECT_TRUE(response.empty()) << broken;
         is_broken = false;
         EXPECT_EQ(object.exchange("Get", 2, response), KORVO_CORE_STATUS_NO_ERROR) << broken;
-        EXPECT_EQ(number_in(response, "number"), 2.0);
+        EXPECT_EQ(numberIn(response, "number"), 2.0);
     }
 }
 
 TEST(ObjectResponses, AreReceivedInAnyOrder) {
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Object object;
     ASSERT_EQ(object.send("first", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(object.send("second", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(object.send("third", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
     json::Object response;
     ASSERT_EQ(object.receive("third", "Get", response), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(number_in(response, "number"), 3.0);
+    EXPECT_EQ(numberIn(response, "number"), 3.0);
     ASSERT_EQ(object.receive("first", "Get", response), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(number_in(response, "number"), 1.0);
+    EXPECT_EQ(numberIn(response, "number"), 1.0);
     ASSERT_EQ(object.receive("second", "Get", response), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(number_in(response, "number"), 2.0);
+    EXPECT_EQ(numberIn(response, "number"), 2.0);
 }
 
 TEST(ObjectResponses, CanBeReceivedAfterATimeOut) {
@@ -152,42 +152,42 @@ TEST(ObjectResponses, CanBeReceivedAfterATimeOut) {
     ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(service.respond(command, echo(command)), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(object.receive("id", "Get", response, -1), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(number_in(response, "number"), 4.0);
+    EXPECT_EQ(numberIn(response, "number"), 4.0);
 }
 
 TEST(ObjectResponses, ToAnnouncedRequestsAreDispatched) {
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Object object;
-    ASSERT_EQ(object.send_async("id", "Get", 6), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("id", "Get", 6), KORVO_CORE_STATUS_NO_ERROR);
     auto const response = object.responses.take();
     ASSERT_TRUE(response.has_value());
     EXPECT_EQ(response->method, "Get");
     EXPECT_EQ(response->target, "");
     EXPECT_EQ(response->request_id, "id");
-    EXPECT_EQ(number_in(response->response, "status"), 0.0);
-    EXPECT_EQ(number_in(response->response, "number"), 6.0);
+    EXPECT_EQ(numberIn(response->response, "status"), 0.0);
+    EXPECT_EQ(numberIn(response->response, "number"), 6.0);
 }
 
 TEST(ObjectResponses, WithAStatusAreDispatchedWithIt) {
     Service service;
-    service.answer_with([](Command const &) { return "{\"command\":\"Get\",\"status\":9}"; });
+    service.answerWith([](Command const &) { return "{\"command\":\"Get\",\"status\":9}"; });
     Object object;
-    ASSERT_EQ(object.send_async("id", "Get"), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("id", "Get"), KORVO_CORE_STATUS_NO_ERROR);
     auto const response = object.responses.take();
     ASSERT_TRUE(response.has_value());
-    EXPECT_EQ(number_in(response->response, "status"), 9.0);
+    EXPECT_EQ(numberIn(response->response, "status"), 9.0);
 }
 
 TEST(ObjectResponses, GoToTheObjectThatAskedAlsoOnASharedHandle) {
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Client shared;
     Object one(shared.handle());
     Object other(shared.handle());
-    ASSERT_EQ(one.send_async("from-one", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_EQ(other.send_async("from-other", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_EQ(one.send_async("from-one-again", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(one.sendAsync("from-one", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(other.sendAsync("from-other", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(one.sendAsync("from-one-again", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
     auto const to_other = other.responses.take();
     ASSERT_TRUE(to_other.has_value());
     EXPECT_EQ(to_other->request_id, "from-other");
@@ -203,47 +203,47 @@ TEST(ObjectResponses, GoToTheObjectThatAskedAlsoOnASharedHandle) {
 
 TEST(ObjectResponses, OfSynchronousCallsAreNotDispatchedWhileCallbacksAreRegistered) {
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Object object;
-    ASSERT_EQ(object.send_async("async", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("async", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_TRUE(object.responses.take().has_value());
     for (int number = 0; number < 20; ++number) {
         json::Object response;
         ASSERT_EQ(object.exchange("Get", number, response), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_EQ(number_in(response, "number"), static_cast<double>(number));
+        EXPECT_EQ(numberIn(response, "number"), static_cast<double>(number));
     }
     EXPECT_EQ(object.responses.count(), 1U);
 }
 
 TEST(ObjectResponses, SentBeforeTheyAreReceivedAreNotDispatchedEither) {
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Object object;
-    ASSERT_EQ(object.send_async("async", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("async", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_TRUE(object.responses.take().has_value());
     ASSERT_EQ(object.send("later", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
     // The response to this one comes after the one to "later", which has had its chance to go astray.
-    ASSERT_EQ(object.send_async("marker", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("marker", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
     auto const marker = object.responses.take();
     ASSERT_TRUE(marker.has_value());
     EXPECT_EQ(marker->request_id, "marker");
     json::Object response;
     ASSERT_EQ(object.receive("later", "Get", response), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(number_in(response, "number"), 2.0);
+    EXPECT_EQ(numberIn(response, "number"), 2.0);
 }
 
 TEST(ObjectResponses, ThatAreBrokenAreNotDispatched) {
     Service service;
-    service.answer_with([](Command const &command) {
+    service.answerWith([](Command const &command) {
         double const number = asked(command).number;
         return number == 1   ? std::string("{\"command\":\"Get\",")
                : number == 2 ? std::string("{\"status\":0}")
                              : echo(command);
     });
     Object object;
-    ASSERT_EQ(object.send_async("broken", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_EQ(object.send_async("nameless", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_EQ(object.send_async("good", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("broken", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("nameless", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("good", "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
     auto const response = object.responses.take();
     ASSERT_TRUE(response.has_value());
     EXPECT_EQ(response->request_id, "good");
@@ -251,15 +251,15 @@ TEST(ObjectResponses, ThatAreBrokenAreNotDispatched) {
 
 TEST(ObjectCalls, FromInsideACallbackAreAnswered) {
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Object object;
     object.at_response = [](Object &self) {
         json::Object response;
         EXPECT_EQ(self.exchange("Inner", 7, response), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_EQ(number_in(response, "number"), 7.0);
+        EXPECT_EQ(numberIn(response, "number"), 7.0);
     };
-    ASSERT_EQ(object.send_async("first", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_EQ(object.send_async("second", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("first", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(object.sendAsync("second", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
     auto const first = object.responses.take();
     auto const second = object.responses.take();
     ASSERT_TRUE(first.has_value() && second.has_value());
@@ -271,9 +271,9 @@ TEST(ObjectCalls, OfManyThreadsOnOneHandleEachGetTheirOwnResponse) {
     constexpr int threads = 8;
     constexpr int calls = 100;
     Service service;
-    service.answer_with(echo);
+    service.answerWith(echo);
     Object object;
-    object.collect_events();
+    object.collectEvents();
     std::vector<std::thread> callers;
     for (int caller = 0; caller < threads; ++caller) {
         callers.emplace_back([&, caller] {
@@ -281,10 +281,10 @@ TEST(ObjectCalls, OfManyThreadsOnOneHandleEachGetTheirOwnResponse) {
                 double const number = caller * calls + call;
                 json::Object response;
                 EXPECT_EQ(object.exchange("Get", number, response), KORVO_CORE_STATUS_NO_ERROR);
-                EXPECT_EQ(number_in(response, "number"), number);
+                EXPECT_EQ(numberIn(response, "number"), number);
                 if (call % 10 == 0) {
                     std::string const id = "async-" + std::to_string(caller) + "-" + std::to_string(call);
-                    EXPECT_EQ(object.send_async(id.c_str(), "Get", number), KORVO_CORE_STATUS_NO_ERROR);
+                    EXPECT_EQ(object.sendAsync(id.c_str(), "Get", number), KORVO_CORE_STATUS_NO_ERROR);
                     EXPECT_EQ(service.publish("{\"event\":\"Noise\"}"), KORVO_CORE_STATUS_NO_ERROR);
                 }
             }
@@ -299,14 +299,14 @@ TEST(ObjectCalls, OfManyThreadsOnOneHandleEachGetTheirOwnResponse) {
         int caller = -1;
         int call = -1;
         ASSERT_EQ(std::sscanf(response->request_id.c_str(), "async-%d-%d", &caller, &call), 2);
-        EXPECT_EQ(number_in(response->response, "number"), static_cast<double>(caller * calls + call));
+        EXPECT_EQ(numberIn(response->response, "number"), static_cast<double>(caller * calls + call));
     }
 }
 
 TEST(ObjectEvents, AreDispatchedWithSourceNameAndPayload) {
     Service service("sample", "north");
     Object object;
-    object.collect_events();
+    object.collectEvents();
     std::optional<Object::Event> event;
     auto const end = std::chrono::steady_clock::now() + patience;
     while (!event.has_value() && std::chrono::steady_clock::now() < end) {
@@ -319,7 +319,7 @@ TEST(ObjectEvents, AreDispatchedWithSourceNameAndPayload) {
     ASSERT_TRUE(event.has_value());
     EXPECT_EQ(event->source, "north");
     EXPECT_EQ(event->name, "Moved");
-    EXPECT_EQ(number_in(event->payload, "level"), 3.0);
+    EXPECT_EQ(numberIn(event->payload, "level"), 3.0);
 }
 
 TEST(TextConversion, CopiesTexts) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "addressing.h"
+#include "messaging/addressing.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -13,10 +13,10 @@
 #include "korvo_core.h"
 #include "support/runtime_folder.h"
 
-using platform::is_socket_of;
+using platform::isSocketOf;
 using platform::Log;
 using platform::RuntimeFolder;
-using platform::socket_name;
+using platform::socketName;
 
 namespace {
 
@@ -41,7 +41,7 @@ class Environment {
 };
 
 bool opens() {
-    return static_cast<bool>(RuntimeFolder::from_environment().open(Log(nullptr)));
+    return static_cast<bool>(RuntimeFolder::fromEnvironment().open(Log(nullptr)));
 }
 
 /// What the log says while the runtime folder that the environment names is opened.
@@ -51,7 +51,7 @@ std::string complaint() {
     return testing::internal::GetCapturedStderr();
 }
 
-unsigned int mode_of(std::string const &path) {
+unsigned int modeOf(std::string const &path) {
     struct stat found = {};
     EXPECT_EQ(stat(path.c_str(), &found), 0) << path;
     return found.st_mode & 07777U;
@@ -60,13 +60,13 @@ unsigned int mode_of(std::string const &path) {
 }  // namespace
 
 TEST(SocketName, IsTwoDigestsWhateverTheTextsAre) {
-    std::string const plain = socket_name("action_engine", "");
+    std::string const plain = socketName("action_engine", "");
     EXPECT_EQ(plain.size(), 49U);
     EXPECT_EQ(plain[24], '.');
     EXPECT_EQ(plain.find_first_not_of("0123456789abcdef."), std::string::npos);
     for (std::string const &target :
          {std::string("../../x"), std::string(100000, 'y'), std::string("\n\0\xff", 3)}) {
-        std::string const name = socket_name("action_engine", target);
+        std::string const name = socketName("action_engine", target);
         EXPECT_EQ(name.size(), 49U);
         EXPECT_EQ(name.find_first_not_of("0123456789abcdef."), std::string::npos);
         EXPECT_EQ(name.substr(0, 25), plain.substr(0, 25));
@@ -74,41 +74,41 @@ TEST(SocketName, IsTwoDigestsWhateverTheTextsAre) {
 }
 
 TEST(SocketName, DiffersForEveryServiceAndTarget) {
-    std::set<std::string> const names = {socket_name("a", "b"), socket_name("ab", ""), socket_name("", "ab"),
-                                         socket_name("b", "a"), socket_name("a", ""),  socket_name("", "a"),
-                                         socket_name("A", "b"), socket_name("a", "b ")};
+    std::set<std::string> const names = {socketName("a", "b"), socketName("ab", ""), socketName("", "ab"),
+                                         socketName("b", "a"), socketName("a", ""),  socketName("", "a"),
+                                         socketName("A", "b"), socketName("a", "b ")};
     EXPECT_EQ(names.size(), 8U);
 }
 
 TEST(SocketName, IsTheSameInEveryProcess) {
     // Processes that were built at different times meet under these names.
-    EXPECT_EQ(socket_name("action_engine", ""), socket_name("action_engine", std::string_view()));
-    EXPECT_EQ(socket_name("action_engine", "camera 1"), socket_name("action_engine", "camera 1"));
+    EXPECT_EQ(socketName("action_engine", ""), socketName("action_engine", std::string_view()));
+    EXPECT_EQ(socketName("action_engine", "camera 1"), socketName("action_engine", "camera 1"));
 }
 
 TEST(SocketName, TellsTheServiceOfATarget) {
-    EXPECT_TRUE(is_socket_of(socket_name("a", "b"), "a"));
-    EXPECT_TRUE(is_socket_of(socket_name("a", ""), "a"));
-    EXPECT_FALSE(is_socket_of(socket_name("a", "b"), "b"));
-    EXPECT_FALSE(is_socket_of(socket_name("a", "b") + ".lock", "a"));
-    EXPECT_FALSE(is_socket_of(socket_name("a", "b") + ".new", "a"));
-    EXPECT_FALSE(is_socket_of("", "a"));
+    EXPECT_TRUE(isSocketOf(socketName("a", "b"), "a"));
+    EXPECT_TRUE(isSocketOf(socketName("a", ""), "a"));
+    EXPECT_FALSE(isSocketOf(socketName("a", "b"), "b"));
+    EXPECT_FALSE(isSocketOf(socketName("a", "b") + ".lock", "a"));
+    EXPECT_FALSE(isSocketOf(socketName("a", "b") + ".new", "a"));
+    EXPECT_FALSE(isSocketOf("", "a"));
 }
 
 TEST(RuntimeFolderTest, IsMadeForTheUserAlone) {
     TestRuntimeFolder const parent;
     Environment const chosen("KORVO_RUNTIME_DIR", (parent.path() + "/made").c_str());
     EXPECT_TRUE(opens());
-    EXPECT_EQ(mode_of(parent.path() + "/made"), 0700U);
+    EXPECT_EQ(modeOf(parent.path() + "/made"), 0700U);
 }
 
 TEST(RuntimeFolderTest, IsInTheSessionsFolderByDefault) {
     TestRuntimeFolder const session;
     Environment const chosen("KORVO_RUNTIME_DIR", nullptr);
-    Environment const session_folder("XDG_RUNTIME_DIR", session.path().c_str());
-    EXPECT_EQ(RuntimeFolder::from_environment().path(), session.path() + "/korvo");
+    Environment const sessionFolder("XDG_RUNTIME_DIR", session.path().c_str());
+    EXPECT_EQ(RuntimeFolder::fromEnvironment().path(), session.path() + "/korvo");
     EXPECT_TRUE(opens());
-    EXPECT_EQ(mode_of(session.path() + "/korvo"), 0700U);
+    EXPECT_EQ(modeOf(session.path() + "/korvo"), 0700U);
 }
 
 TEST(RuntimeFolderTest, IsInTheTemporaryFolderWithoutASession) {
@@ -117,9 +117,9 @@ TEST(RuntimeFolderTest, IsInTheTemporaryFolderWithoutASession) {
     Environment const session("XDG_RUNTIME_DIR", nullptr);
     Environment const temporary_folder("TMPDIR", temporary.path().c_str());
     std::string const expected = temporary.path() + "/korvo-" + std::to_string(geteuid());
-    EXPECT_EQ(RuntimeFolder::from_environment().path(), expected);
+    EXPECT_EQ(RuntimeFolder::fromEnvironment().path(), expected);
     EXPECT_TRUE(opens());
-    EXPECT_EQ(mode_of(expected), 0700U);
+    EXPECT_EQ(modeOf(expected), 0700U);
 }
 
 TEST(RuntimeFolderTest, InTheTemporaryFolderIsNoLink) {

@@ -81,7 +81,7 @@ void ChildProcess::kill() {
     }
 }
 
-int result_in_child(std::function<int()> const &check) {
+int resultInChild(std::function<int()> const &check) {
     pid_t const child = fork();
     if (child == 0) {
         (void)alarm(patience_ms / 1000);

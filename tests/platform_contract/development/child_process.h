@@ -16,7 +16,7 @@ class ChildProcess {
     ChildProcess(ChildProcess const &) = delete;
     ChildProcess &operator=(ChildProcess const &) = delete;
 
-    bool is_ready() const { return is_ready_; }
+    bool isReady() const { return is_ready_; }
     pid_t id() const { return id_; }
 
     void signal(int number) const;
@@ -28,7 +28,7 @@ class ChildProcess {
 };
 
 /// Runs `check` in a forked process and gives its result there; -1 when it crashed or hung.
-int result_in_child(std::function<int()> const &check);
+int resultInChild(std::function<int()> const &check);
 
 /// A service "sample" in a process of its own. It echoes each command as the response, except "silent", which it never
 /// answers.

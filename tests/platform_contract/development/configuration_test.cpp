@@ -16,7 +16,7 @@ using Configuration = SettingsTest;
 template <typename Setting>
 typename Setting::Value configured(char const *key) {
     typename Setting::Value value{};
-    EXPECT_EQ(Setting::get_configured(key, value), done) << key;
+    EXPECT_EQ(Setting::getConfigured(key, value), done) << key;
     return value;
 }
 
@@ -25,13 +25,13 @@ typename Setting::Value configured(char const *key) {
 TEST_F(Configuration, MayBeMissing) {
     EXPECT_EQ(korvo_core_configuration_init(), done);
     int number = 0;
-    EXPECT_EQ(IntSetting::get_configured("key", number), KORVO_CORE_STATUS_SETTING_NOT_PRESENT);
+    EXPECT_EQ(IntSetting::getConfigured("key", number), KORVO_CORE_STATUS_SETTING_NOT_PRESENT);
     EXPECT_EQ(korvo_core_configuration_deinit(), done);
     EXPECT_FALSE(std::filesystem::exists(folder_.path()));
 }
 
 TEST_F(Configuration, ThatIsDocumentedWorks) {
-    write_file(folder_.configuration(), read_file(KORVO_CONFIGURATION_SAMPLE));
+    writeFile(folder_.configuration(), readFile(KORVO_CONFIGURATION_SAMPLE));
     ASSERT_EQ(korvo_core_configuration_init(), done);
     EXPECT_EQ(configured<StringSetting>("camera.model"), "Korvo Dome 4K");
     EXPECT_EQ(configured<JsonSetting>("camera.presets"),
@@ -48,24 +48,24 @@ TEST_F(Configuration, ThatIsDocumentedWorks) {
 }
 
 TEST_F(Configuration, IsReadAgainWhenItChanges) {
-    write_file(folder_.configuration(), R"({"format": 1, "values": {"k": {"type": "int", "value": 1}}})");
+    writeFile(folder_.configuration(), R"({"format": 1, "values": {"k": {"type": "int", "value": 1}}})");
     EXPECT_EQ(configured<IntSetting>("k"), 1);
-    write_file(folder_.configuration() + ".mine",
-               R"({"format": 1, "values": {"k": {"type": "int", "value": 2}}})");
+    writeFile(folder_.configuration() + ".mine",
+              R"({"format": 1, "values": {"k": {"type": "int", "value": 2}}})");
     std::filesystem::rename(folder_.configuration() + ".mine", folder_.configuration());
     EXPECT_EQ(configured<IntSetting>("k"), 2);
     // In place, as editors do it.
-    write_file(folder_.configuration(), R"({"format": 1, "values": {"k": {"type": "int", "value": 31}}})");
+    writeFile(folder_.configuration(), R"({"format": 1, "values": {"k": {"type": "int", "value": 31}}})");
     EXPECT_EQ(configured<IntSetting>("k"), 31);
 }
 
 TEST_F(Configuration, ThatIsDamagedStaysAndFails) {
     std::string const damaged = R"({"format": 1, "values": {"k": {"type": "int", "value": "1"}}})";
-    write_file(folder_.configuration(), damaged);
+    writeFile(folder_.configuration(), damaged);
     testing::internal::CaptureStderr();
     EXPECT_EQ(korvo_core_configuration_init(), unusable);
     int number = 0;
-    EXPECT_EQ(IntSetting::get_configured("k", number), unusable);
+    EXPECT_EQ(IntSetting::getConfigured("k", number), unusable);
     korvo_core_settings_type type = KORVO_CORE_SETTING_TYPE_UNKNOWN;
     EXPECT_EQ(korvo_core_configuration_get_type("k", &type), unusable);
     EXPECT_EQ(korvo_core_configuration_does_key_exist("k"), 0);
@@ -77,7 +77,7 @@ TEST_F(Configuration, ThatIsDamagedStaysAndFails) {
             " is damaged: \"value\" of key \"k\" is no whole number of 32 bits (its type is int); mend it"),
         std::string::npos)
         << log;
-    EXPECT_EQ(read_file(folder_.configuration()), damaged);
-    write_file(folder_.configuration(), R"({"format": 1, "values": {"k": {"type": "int", "value": 1}}})");
+    EXPECT_EQ(readFile(folder_.configuration()), damaged);
+    writeFile(folder_.configuration(), R"({"format": 1, "values": {"k": {"type": "int", "value": 1}}})");
     EXPECT_EQ(configured<IntSetting>("k"), 1);
 }

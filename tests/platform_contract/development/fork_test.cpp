@@ -11,7 +11,7 @@
 namespace {
 
 /// The first call that does not return status 3, counted from 1; 0 when all do.
-int first_wrong_call(void *client, void *target) {
+int firstWrongCall(void *client, void *target) {
     char *text[4] = {};
     korvo_core_status const statuses[] = {
         korvo_core_ipc_initiator_command_send(client, "sample", "", "id", "{}"),
@@ -43,7 +43,7 @@ TEST(ForkedChild, GetsStatus3ForInheritedHandles) {
     Service service;
     Client client;
     ASSERT_EQ(client.send("id", "{}"), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(result_in_child([&] { return first_wrong_call(client.handle(), service.handle()); }), 0);
+    EXPECT_EQ(resultInChild([&] { return firstWrongCall(client.handle(), service.handle()); }), 0);
     // Nothing of that has reached the parent's connection.
     Command command;
     ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
@@ -55,15 +55,15 @@ TEST(ForkedChild, GetsStatus3ForInheritedHandles) {
 
 TEST(ForkedChild, OfAParentWithMessagingThreadsGetsStatus3Too) {
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client client;
-    client.collect_responses();
+    client.collectResponses();
     ASSERT_EQ(client.send("before", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_TRUE(client.responses.take().has_value());
     for (int round = 0; round < 20; ++round) {
         // The threads are at work, and have locks, at the moment of the fork.
         ASSERT_EQ(client.send(std::to_string(round).c_str(), "{}"), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_EQ(result_in_child([&] { return first_wrong_call(client.handle(), service.handle()); }), 0);
+        EXPECT_EQ(resultInChild([&] { return firstWrongCall(client.handle(), service.handle()); }), 0);
         EXPECT_TRUE(client.responses.take().has_value());
     }
 }
@@ -73,7 +73,7 @@ TEST(ForkedChild, MayOpenHandlesOfItsOwn) {
     Client inherited;
     ASSERT_EQ(inherited.send("from parent", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(
-        result_in_child([] {
+        resultInChild([] {
             void *client = nullptr;
             if (korvo_core_ipc_initiator_init(nullptr, "child", &client, 1) != KORVO_CORE_STATUS_NO_ERROR) {
                 return 1;
@@ -96,7 +96,7 @@ TEST(ForkedChild, MayOpenHandlesOfItsOwn) {
 TEST(ForkedChild, LogsThroughInheritedLoggers) {
     Logging const logging;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(result_in_child([&] {
+    EXPECT_EQ(resultInChild([&] {
                   return static_cast<int>(korvo_core_logging_log(
                       logging.handle(), KORVO_CORE_LOG_PRIORITY_ERR, "from the child"));
               }),
@@ -115,7 +115,7 @@ TEST(ForkedChild, HoldsNeitherConnectionsNorNamesOfItsParent) {
         ready();
         (void)pause();
     });
-    ASSERT_TRUE(lingering.is_ready());
+    ASSERT_TRUE(lingering.isReady());
     service.reset();
     // Were the child's copies open, this would wait until the time-out.
     Response response;
@@ -129,7 +129,7 @@ TEST(ForkedChild, HoldsNeitherConnectionsNorNamesOfItsParent) {
 TEST(ForkedChild, OfACallbackEndsWithoutTouchingTheParentsHandle) {
     struct Forking {
         Mailbox<int> results;
-        static void fork_here(char **, char **, char **, char **, void *context) {
+        static void forkHere(char **, char **, char **, char **, void *context) {
             auto &self = *static_cast<Forking *>(context);
             pid_t const child = fork();
             if (child == 0) {
@@ -141,10 +141,10 @@ TEST(ForkedChild, OfACallbackEndsWithoutTouchingTheParentsHandle) {
         }
     } forking;
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client client;
     ASSERT_EQ(
-        korvo_core_ipc_initiator_response_receive_callback(client.handle(), Forking::fork_here, &forking),
+        korvo_core_ipc_initiator_response_receive_callback(client.handle(), Forking::forkHere, &forking),
         KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(client.send("first", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     auto const child = forking.results.take();
@@ -153,7 +153,7 @@ TEST(ForkedChild, OfACallbackEndsWithoutTouchingTheParentsHandle) {
     int status = -1;
     ASSERT_EQ(waitpid(*child, &status, 0), *child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
-    client.collect_responses();
+    client.collectResponses();
     ASSERT_EQ(client.send("second", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_TRUE(client.responses.take().has_value());
 }

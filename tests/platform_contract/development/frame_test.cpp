@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "frame.h"
+#include "messaging/frame.h"
 
 #include <gtest/gtest.h>
 
@@ -28,7 +28,7 @@ void feed(Decoder &decoder, std::string_view bytes) {
     }
 }
 
-Decoder::Result result_of(std::string_view bytes) {
+Decoder::Result resultOf(std::string_view bytes) {
     Decoder decoder;
     feed(decoder, bytes);
     Frame frame;
@@ -138,9 +138,9 @@ TEST(FrameDecoder, KnowsWhatDoesNotFit) {
 }
 
 TEST(FrameDecoder, RefusesAnAnnouncedLengthAboveTheBoundAtOnce) {
-    EXPECT_EQ(result_of(header(1, 0, 0, 0x10, 0)), Decoder::Result::incomplete);
-    EXPECT_EQ(result_of(header(1, 1, 0, 0x10, 0)), Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(1, 0xff, 0xff, 0xff, 0xff)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(1, 0, 0, 0x10, 0)), Decoder::Result::incomplete);
+    EXPECT_EQ(resultOf(header(1, 1, 0, 0x10, 0)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(1, 0xff, 0xff, 0xff, 0xff)), Decoder::Result::broken);
 }
 
 TEST(FrameDecoder, AsksForNoMoreRoomThanHasBeenFilled) {
@@ -162,27 +162,27 @@ TEST(FrameDecoder, GivesTheRoomOfALargeFrameBack) {
 }
 
 TEST(FrameDecoder, RefusesAWrongBeginVersionOrType) {
-    EXPECT_EQ(result_of(std::string("XV\x01\x01\0\0\0\0", 8)), Decoder::Result::broken);
-    EXPECT_EQ(result_of(std::string("KX\x01\x01\0\0\0\0", 8)), Decoder::Result::broken);
-    EXPECT_EQ(result_of(std::string("KV\x02\x01\0\0\0\0", 8)), Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(0, 0, 0, 0, 0)), Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(6, 0, 0, 0, 0)), Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(static_cast<char>(0xff), 0, 0, 0, 0)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(std::string("XV\x01\x01\0\0\0\0", 8)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(std::string("KX\x01\x01\0\0\0\0", 8)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(std::string("KV\x02\x01\0\0\0\0", 8)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(0, 0, 0, 0, 0)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(6, 0, 0, 0, 0)), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(static_cast<char>(0xff), 0, 0, 0, 0)), Decoder::Result::broken);
 }
 
 TEST(FrameDecoder, RefusesTextsThatDoNotFillThePayloadExactly) {
     // No room for a length, a length beyond the end, and something behind the last text.
-    EXPECT_EQ(result_of(header(1, 3, 0, 0, 0) + std::string(3, '\0')), Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(1, 8, 0, 0, 0) + std::string("\x05\0\0\0\0\0\0\0", 8)),
+    EXPECT_EQ(resultOf(header(1, 3, 0, 0, 0) + std::string(3, '\0')), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(1, 8, 0, 0, 0) + std::string("\x05\0\0\0\0\0\0\0", 8)),
               Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(1, 8, 0, 0, 0) + std::string("\xff\xff\xff\xff\0\0\0\0", 8)),
+    EXPECT_EQ(resultOf(header(1, 8, 0, 0, 0) + std::string("\xff\xff\xff\xff\0\0\0\0", 8)),
               Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(1, 9, 0, 0, 0) + std::string(9, '\0')), Decoder::Result::broken);
-    EXPECT_EQ(result_of(header(4, 1, 0, 0, 0) + std::string(1, '\0')), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(1, 9, 0, 0, 0) + std::string(9, '\0')), Decoder::Result::broken);
+    EXPECT_EQ(resultOf(header(4, 1, 0, 0, 0) + std::string(1, '\0')), Decoder::Result::broken);
 }
 
 TEST(FrameDecoder, RefusesTextsWithAZeroByte) {
-    EXPECT_EQ(result_of(header(1, 9, 0, 0, 0) + std::string("\0\0\0\0\x01\0\0\0\0", 9)),
+    EXPECT_EQ(resultOf(header(1, 9, 0, 0, 0) + std::string("\0\0\0\0\x01\0\0\0\0", 9)),
               Decoder::Result::broken);
 }
 

@@ -15,7 +15,7 @@ using json_text::write;
 
 namespace {
 
-std::string text_of(json::UnknownElement const &value) {
+std::string textOf(json::UnknownElement const &value) {
     json::Object object;
     object["v"] = value;
     std::string text;
@@ -23,19 +23,19 @@ std::string text_of(json::UnknownElement const &value) {
     return text;
 }
 
-std::string problem_of_writing(json::UnknownElement const &value) {
+std::string problemOfWriting(json::UnknownElement const &value) {
     json::Object object;
     object["v"] = value;
     std::string text;
     return write(object, text);
 }
 
-std::string problem_of_reading(std::string const &text) {
+std::string problemOfReading(std::string const &text) {
     json::Object object;
     return read(text, object);
 }
 
-json::Object object_of(std::string const &text) {
+json::Object objectOf(std::string const &text) {
     json::Object object;
     EXPECT_EQ(read(text, object), "") << text;
     return object;
@@ -70,36 +70,36 @@ TEST(JsonWriter, WritesMembersInTheirOrder) {
 }
 
 TEST(JsonWriter, WritesWholeNumbersWithoutAFraction) {
-    EXPECT_EQ(text_of(json::Number(0)), "{\"v\":0}");
-    EXPECT_EQ(text_of(json::Number(-0.0)), "{\"v\":0}");
-    EXPECT_EQ(text_of(json::Number(-5)), "{\"v\":-5}");
-    EXPECT_EQ(text_of(json::Number(2147483648.0)), "{\"v\":2147483648}");
-    EXPECT_EQ(text_of(json::Number(4294967295.0)), "{\"v\":4294967295}");
-    EXPECT_EQ(text_of(json::Number(4294967296.0)), "{\"v\":4294967296}");
-    EXPECT_EQ(text_of(json::Number(9007199254740992.0)), "{\"v\":9007199254740992}");
+    EXPECT_EQ(textOf(json::Number(0)), "{\"v\":0}");
+    EXPECT_EQ(textOf(json::Number(-0.0)), "{\"v\":0}");
+    EXPECT_EQ(textOf(json::Number(-5)), "{\"v\":-5}");
+    EXPECT_EQ(textOf(json::Number(2147483648.0)), "{\"v\":2147483648}");
+    EXPECT_EQ(textOf(json::Number(4294967295.0)), "{\"v\":4294967295}");
+    EXPECT_EQ(textOf(json::Number(4294967296.0)), "{\"v\":4294967296}");
+    EXPECT_EQ(textOf(json::Number(9007199254740992.0)), "{\"v\":9007199254740992}");
 }
 
 TEST(JsonWriter, WritesNumbersSoThatTheyReadBackTheSame) {
     for (double const number :
          {0.1, -2.5, 1e300, 5e-324, 1.0 / 3.0, 123456789.125, 1e22, 9007199254740994.0}) {
-        json::Object const object = object_of(text_of(json::Number(number)));
+        json::Object const object = objectOf(textOf(json::Number(number)));
         EXPECT_EQ(object["v"].CastTo<json::Number>().value(), number);
     }
 }
 
 TEST(JsonWriter, RefusesNumbersThatJsonDoesNotHave) {
-    EXPECT_NE(problem_of_writing(json::Number(std::numeric_limits<double>::infinity())), "");
-    EXPECT_NE(problem_of_writing(json::Number(std::nan(""))), "");
+    EXPECT_NE(problemOfWriting(json::Number(std::numeric_limits<double>::infinity())), "");
+    EXPECT_NE(problemOfWriting(json::Number(std::nan(""))), "");
 }
 
 TEST(JsonWriter, EscapesTexts) {
-    EXPECT_EQ(text_of(json::String("\"\\/\n\r\t\b\x01\x1f\x7f\xc3\xa4")),
+    EXPECT_EQ(textOf(json::String("\"\\/\n\r\t\b\x01\x1f\x7f\xc3\xa4")),
               "{\"v\":\"\\\"\\\\/\\n\\r\\t\\u0008\\u0001\\u001f\x7f\xc3\xa4\"}");
-    EXPECT_EQ(text_of(json::String(std::string("a\0b", 3))), "{\"v\":\"a\\u0000b\"}");
+    EXPECT_EQ(textOf(json::String(std::string("a\0b", 3))), "{\"v\":\"a\\u0000b\"}");
 }
 
 TEST(JsonWriter, RefusesTextsThatAreNotUtf8) {
-    EXPECT_NE(problem_of_writing(json::String("caf\xe9")), "");
+    EXPECT_NE(problemOfWriting(json::String("caf\xe9")), "");
     json::Object object;
     object["\xff"] = json::Null();
     std::string text;
@@ -113,10 +113,10 @@ TEST(JsonWriter, RefusesNestingThatReadersRefuse) {
         outer.Insert(value);
         value = outer;
     }
-    EXPECT_EQ(problem_of_writing(value), "");
+    EXPECT_EQ(problemOfWriting(value), "");
     json::Array outer;
     outer.Insert(value);
-    EXPECT_NE(problem_of_writing(outer), "");
+    EXPECT_NE(problemOfWriting(outer), "");
 }
 
 TEST(Utf8, IsWhatUnicodeSays) {
@@ -132,7 +132,7 @@ TEST(Utf8, IsWhatUnicodeSays) {
 }
 
 TEST(JsonReader, ReadsEveryKindOfValue) {
-    json::Object const object = object_of(
+    json::Object const object = objectOf(
         " { \"text\" : \"a\\\"\\\\\\/\\b\\f\\n\\r\\t\\u00e4\\ud83d\\ude00\" , "
         "\"list\":[1,-2,2.5,1e3,18446744073709551615],"
         "\"yes\":true,\"no\":false,\"nothing\":null,\"inner\":{\"deep\":{}} } ");
@@ -150,7 +150,7 @@ TEST(JsonReader, ReadsEveryKindOfValue) {
 }
 
 TEST(JsonReader, KeepsTheOrderOfMembers) {
-    json::Object const object = object_of("{\"z\":1,\"a\":2,\"m\":3}");
+    json::Object const object = objectOf("{\"z\":1,\"a\":2,\"m\":3}");
     std::string names;
     for (json::Object::Member const &member : object) {
         names += member.name;
@@ -160,7 +160,7 @@ TEST(JsonReader, KeepsTheOrderOfMembers) {
 
 TEST(JsonReader, ReadsTextsAndNamesOfAnyLength) {
     std::string const large(300000, 'x');
-    json::Object const object = object_of("{\"" + large + "\":\"" + large + "\\n" + large + "\"}");
+    json::Object const object = objectOf("{\"" + large + "\":\"" + large + "\\n" + large + "\"}");
     EXPECT_EQ(object[large].CastTo<json::String>().value(), large + "\n" + large);
 }
 
@@ -190,47 +190,47 @@ TEST(JsonReader, RefusesWhatIsNoObject) {
                              "{\"a\":\"\n\"}",
                              "{/**/}",
                              "{\"a\":1}\xef\xbb\xbf"}) {
-        EXPECT_NE(problem_of_reading(text), "") << text;
+        EXPECT_NE(problemOfReading(text), "") << text;
     }
 }
 
 TEST(JsonReader, RefusesTextsThatAreNotUtf8) {
-    EXPECT_NE(problem_of_reading("{\"a\":\"\xff\"}"), "");
-    EXPECT_NE(problem_of_reading("{\"\xc0\x80\":1}"), "");
+    EXPECT_NE(problemOfReading("{\"a\":\"\xff\"}"), "");
+    EXPECT_NE(problemOfReading("{\"\xc0\x80\":1}"), "");
 }
 
 TEST(JsonReader, ReadsTheDoubleThatIsNearestToANumber) {
     // Literals of the compiler beside the same digits in a text.
-    EXPECT_EQ(object_of("{\"v\":18446744073709777777777551614}")["v"].CastTo<json::Number>().value(),
+    EXPECT_EQ(objectOf("{\"v\":18446744073709777777777551614}")["v"].CastTo<json::Number>().value(),
               18446744073709777777777551614.0);
     EXPECT_EQ(
-        object_of("{\"v\":6666666666666666666666666666666666666666619}")["v"].CastTo<json::Number>().value(),
+        objectOf("{\"v\":6666666666666666666666666666666666666666619}")["v"].CastTo<json::Number>().value(),
         6666666666666666666666666666666666666666619.0);
-    EXPECT_EQ(object_of("{\"v\":-1.7976931348623157e308}")["v"].CastTo<json::Number>().value(),
+    EXPECT_EQ(objectOf("{\"v\":-1.7976931348623157e308}")["v"].CastTo<json::Number>().value(),
               -1.7976931348623157e308);
-    EXPECT_EQ(object_of("{\"v\":2.2250738585072011e-308}")["v"].CastTo<json::Number>().value(),
+    EXPECT_EQ(objectOf("{\"v\":2.2250738585072011e-308}")["v"].CastTo<json::Number>().value(),
               2.2250738585072011e-308);
-    EXPECT_EQ(object_of("{\"v\":0.3}")["v"].CastTo<json::Number>().value(), 0.3);
+    EXPECT_EQ(objectOf("{\"v\":0.3}")["v"].CastTo<json::Number>().value(), 0.3);
 }
 
 TEST(JsonReader, ReadsNumbersTooCloseToZeroAsZero) {
-    EXPECT_EQ(object_of("{\"v\":1e-999}")["v"].CastTo<json::Number>().value(), 0.0);
+    EXPECT_EQ(objectOf("{\"v\":1e-999}")["v"].CastTo<json::Number>().value(), 0.0);
 }
 
 TEST(JsonReader, RefusesNumbersThatNoDoubleHolds) {
-    EXPECT_NE(problem_of_reading("{\"a\":1e999}"), "");
-    EXPECT_NE(problem_of_reading("{\"a\":-1e999}"), "");
+    EXPECT_NE(problemOfReading("{\"a\":1e999}"), "");
+    EXPECT_NE(problemOfReading("{\"a\":-1e999}"), "");
 }
 
 TEST(JsonReader, RefusesANameThatStandsTwiceInAnObject) {
-    EXPECT_NE(problem_of_reading("{\"a\":1,\"a\":2}"), "");
-    EXPECT_EQ(problem_of_reading("{\"a\":{\"a\":1}}"), "");
+    EXPECT_NE(problemOfReading("{\"a\":1,\"a\":2}"), "");
+    EXPECT_EQ(problemOfReading("{\"a\":{\"a\":1}}"), "");
 }
 
 TEST(JsonReader, HasABoundOnDepth) {
-    EXPECT_EQ(problem_of_reading(nested(32)), "");
-    EXPECT_NE(problem_of_reading(nested(33)), "");
-    EXPECT_NE(problem_of_reading("{\"v\":" + std::string(500000, '[')), "");
+    EXPECT_EQ(problemOfReading(nested(32)), "");
+    EXPECT_NE(problemOfReading(nested(33)), "");
+    EXPECT_NE(problemOfReading("{\"v\":" + std::string(500000, '[')), "");
 }
 
 TEST(JsonReader, HasABoundOnTheMembersOfAnObject) {
@@ -238,8 +238,8 @@ TEST(JsonReader, HasABoundOnTheMembersOfAnObject) {
     for (int number = 1; number < 1024; ++number) {
         text += ",\"" + std::to_string(number) + "\":0";
     }
-    EXPECT_EQ(problem_of_reading(text + "}"), "");
-    EXPECT_NE(problem_of_reading(text + ",\"more\":0}"), "");
+    EXPECT_EQ(problemOfReading(text + "}"), "");
+    EXPECT_NE(problemOfReading(text + ",\"more\":0}"), "");
 }
 
 TEST(JsonReader, HasABoundOnAllValues) {
@@ -248,22 +248,22 @@ TEST(JsonReader, HasABoundOnAllValues) {
     for (int number = 1; number < 65535; ++number) {
         list += ",0";
     }
-    EXPECT_EQ(problem_of_reading("{\"v\":[" + list + "]}"), "");
-    EXPECT_NE(problem_of_reading("{\"v\":[" + list + ",0]}"), "");
+    EXPECT_EQ(problemOfReading("{\"v\":[" + list + "]}"), "");
+    EXPECT_NE(problemOfReading("{\"v\":[" + list + ",0]}"), "");
     std::string empty_lists = "[]";
     for (int number = 0; number < 200000; ++number) {
         empty_lists += ",[]";
     }
-    EXPECT_NE(problem_of_reading("{\"v\":[" + empty_lists + "]}"), "");
+    EXPECT_NE(problemOfReading("{\"v\":[" + empty_lists + "]}"), "");
 }
 
 TEST(JsonReader, HasABoundOnSize) {
     std::string const frame = "{\"v\":\"\"}";
-    EXPECT_EQ(problem_of_reading("{\"v\":\"" + std::string(1048576 - frame.size(), 'x') + "\"}"), "");
-    EXPECT_NE(problem_of_reading("{\"v\":\"" + std::string(1048576 - frame.size() + 1, 'x') + "\"}"), "");
+    EXPECT_EQ(problemOfReading("{\"v\":\"" + std::string(1048576 - frame.size(), 'x') + "\"}"), "");
+    EXPECT_NE(problemOfReading("{\"v\":\"" + std::string(1048576 - frame.size() + 1, 'x') + "\"}"), "");
 }
 
 TEST(JsonReader, SaysWhereTheTextIsBroken) {
-    EXPECT_NE(problem_of_reading("{\"a\":1,\"b\":}").find("at byte 11"), std::string::npos)
-        << problem_of_reading("{\"a\":1,\"b\":}");
+    EXPECT_NE(problemOfReading("{\"a\":1,\"b\":}").find("at byte 11"), std::string::npos)
+        << problemOfReading("{\"a\":1,\"b\":}");
 }

@@ -22,7 +22,7 @@ Milliseconds since(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now() - start);
 }
 
-std::size_t entries_of(char const *folder) {
+std::size_t entriesOf(char const *folder) {
     std::size_t count = 0;
     for (auto const &entry : std::filesystem::directory_iterator(folder)) {
         (void)entry;
@@ -73,7 +73,7 @@ TEST(MessageSize, BeyondTheBoundIsRefusedAndNothingIsSent) {
 
 TEST(SlowSubscriber, LosesEventsAndDelaysNobody) {
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client slow;
     ASSERT_EQ(slow.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
     // After this answer the subscription is known to the service; from here on nobody reads for this client.
@@ -81,7 +81,7 @@ TEST(SlowSubscriber, LosesEventsAndDelaysNobody) {
     Response response;
     ASSERT_EQ(slow.receive(response), KORVO_CORE_STATUS_NO_ERROR);
     Client quick;
-    quick.collect_events();
+    quick.collectEvents();
     ASSERT_EQ(quick.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(quick.send("id", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(quick.receive(response), KORVO_CORE_STATUS_NO_ERROR);
@@ -99,14 +99,14 @@ TEST(SlowSubscriber, LosesEventsAndDelaysNobody) {
     EXPECT_NE(said.find("does not read its events"), std::string::npos) << said;
 
     // What was kept for the slow one still arrives, from the first on, and then what is published now.
-    slow.collect_events();
+    slow.collectEvents();
     auto const first = slow.events.take();
     ASSERT_TRUE(first.has_value());
     EXPECT_EQ(first->event, "0" + large);
     std::size_t received = 1;
     std::optional<Event> event;
     do {
-        event = publish_until_received(service, slow, "now");
+        event = publishUntilReceived(service, slow, "now");
         ASSERT_TRUE(event.has_value());
         ++received;
     } while (event->event != "now");
@@ -156,7 +156,7 @@ TEST(EventsWithoutACallback, WaitUpToABound) {
     }
     std::string const said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.find("events come faster"), std::string::npos) << said;
-    client.collect_events();
+    client.collectEvents();
     for (int expected = 0; expected < 1024; ++expected) {
         auto const event = client.events.take();
         ASSERT_TRUE(event.has_value()) << expected;
@@ -166,7 +166,7 @@ TEST(EventsWithoutACallback, WaitUpToABound) {
 
 TEST(StaleAnnouncement, LeavesTheResponseReceivable) {
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client client;
     Mailbox<std::string> called;
     struct Context {
@@ -253,7 +253,7 @@ constexpr Milliseconds closing_time{1000};
 constexpr Milliseconds closing_time{100};
 #endif
 
-void expect_to_close_soon(Client &client) {
+void expectToCloseSoon(Client &client) {
     auto const start = std::chrono::steady_clock::now();
     client.close();
     EXPECT_LE(since(start), closing_time);
@@ -264,17 +264,17 @@ void expect_to_close_soon(Client &client) {
 TEST(ClosingTime, IsShortForAnIdleInitiator) {
     Service service;
     Client client;
-    client.collect_responses();
-    client.collect_events();
+    client.collectResponses();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(client.subscribe("absent"), KORVO_CORE_STATUS_NO_ERROR);
-    expect_to_close_soon(client);
+    expectToCloseSoon(client);
 }
 
 TEST(ClosingTime, IsShortWhileCallsWait) {
     Service service;
     Client client;
-    client.collect_events();
+    client.collectEvents();
     void *const handle = client.handle();
     ASSERT_EQ(korvo_core_private_command_send(handle, "sample", "", "id", "{}", 2, nullptr),
               KORVO_CORE_STATUS_NO_ERROR);
@@ -287,13 +287,13 @@ TEST(ClosingTime, IsShortWhileCallsWait) {
                   KORVO_CORE_STATUS_NO_ERROR);
     });
     ASSERT_TRUE(begun.wait());
-    expect_to_close_soon(client);
+    expectToCloseSoon(client);
     caller.join();
 }
 
 TEST(ClosingTime, IsShortWhileASendFindsTheSocketFull) {
     ServiceProcess process;
-    ASSERT_TRUE(process.is_ready());
+    ASSERT_TRUE(process.isReady());
     process.signal(SIGSTOP);
     Client client;
     std::string const large(mebibyte / 2, 'x');
@@ -310,7 +310,7 @@ TEST(ClosingTime, IsShortWhileASendFindsTheSocketFull) {
     });
     ASSERT_TRUE(begun.wait());
     EXPECT_FALSE(ended.take(Milliseconds(100)).has_value());
-    expect_to_close_soon(client);
+    expectToCloseSoon(client);
     // 4, or 1 where the thread was so late that the handle was closed before its call.
     auto const status = ended.take();
     sender.join();
@@ -320,7 +320,7 @@ TEST(ClosingTime, IsShortWhileASendFindsTheSocketFull) {
 
 TEST(ClosingTime, IsShortForAService) {
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client client;
     ASSERT_EQ(client.send("id", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     Response response;
@@ -332,7 +332,7 @@ TEST(ClosingTime, IsShortForAService) {
 
 TEST(FullSocket, IsGivenUpAfterFiveSecondsAndTheNextCallWorks) {
     auto process = std::make_unique<ServiceProcess>();
-    ASSERT_TRUE(process->is_ready());
+    ASSERT_TRUE(process->isReady());
     process->signal(SIGSTOP);
     Client client;
     std::string const large(mebibyte / 2, 'x');
@@ -355,7 +355,7 @@ TEST(FullSocket, IsGivenUpAfterFiveSecondsAndTheNextCallWorks) {
 TEST(FullSocket, DoesNotStopAServiceThatWritesBack) {
     // Both directions fill up, unless the sender reads while it cannot write.
     ServiceProcess process;
-    ASSERT_TRUE(process.is_ready());
+    ASSERT_TRUE(process.isReady());
     Client client;
     std::string const large(100000, 'x');
     constexpr int count = 60;
@@ -373,34 +373,34 @@ TEST(FullSocket, DoesNotStopAServiceThatWritesBack) {
 TEST(Descriptors, AndThreadsAndFilesAreGivenBack) {
     auto const use_everything = [] {
         Service service("sample", "north");
-        service.answer_with([](Command const &command) { return command.command; });
+        service.answerWith([](Command const &command) { return command.command; });
         Client client;
-        client.collect_responses();
-        client.collect_events();
+        client.collectResponses();
+        client.collectEvents();
         ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
         ASSERT_EQ(client.send("id", "{}", "sample", "north"), KORVO_CORE_STATUS_NO_ERROR);
         ASSERT_TRUE(client.responses.take().has_value());
-        ASSERT_TRUE(publish_until_received(service, client, "{}").has_value());
+        ASSERT_TRUE(publishUntilReceived(service, client, "{}").has_value());
         Client polling;
         ASSERT_EQ(polling.send("id", "{}", "sample", "north"), KORVO_CORE_STATUS_NO_ERROR);
         Response response;
         ASSERT_EQ(polling.receive(response), KORVO_CORE_STATUS_NO_ERROR);
     };
     use_everything();
-    std::size_t const descriptors = entries_of("/proc/self/fd");
-    std::size_t const threads = entries_of("/proc/self/task");
-    std::size_t const files = entries_of(std::getenv("KORVO_RUNTIME_DIR"));
+    std::size_t const descriptors = entriesOf("/proc/self/fd");
+    std::size_t const threads = entriesOf("/proc/self/task");
+    std::size_t const files = entriesOf(std::getenv("KORVO_RUNTIME_DIR"));
     for (int round = 0; round < 5; ++round) {
         use_everything();
     }
-    EXPECT_EQ(entries_of("/proc/self/fd"), descriptors);
+    EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors);
     // A thread that was joined may be listed for a moment longer.
     auto const end = std::chrono::steady_clock::now() + patience;
-    while (entries_of("/proc/self/task") > threads && std::chrono::steady_clock::now() < end) {
+    while (entriesOf("/proc/self/task") > threads && std::chrono::steady_clock::now() < end) {
         std::this_thread::yield();
     }
-    EXPECT_EQ(entries_of("/proc/self/task"), threads);
-    EXPECT_EQ(entries_of(std::getenv("KORVO_RUNTIME_DIR")), files);
+    EXPECT_EQ(entriesOf("/proc/self/task"), threads);
+    EXPECT_EQ(entriesOf(std::getenv("KORVO_RUNTIME_DIR")), files);
 }
 
 TEST(Descriptors, AreClosedInProgramsThatAreStarted) {
@@ -417,10 +417,10 @@ TEST(Descriptors, AreClosedInProgramsThatAreStarted) {
     };
     std::set<std::string> const before = kept_open();
     Service service;
-    service.answer_with([](Command const &command) { return command.command; });
+    service.answerWith([](Command const &command) { return command.command; });
     Client client;
-    client.collect_events();
+    client.collectEvents();
     ASSERT_EQ(client.subscribe(), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_TRUE(publish_until_received(service, client, "{}").has_value());
+    ASSERT_TRUE(publishUntilReceived(service, client, "{}").has_value());
     EXPECT_EQ(kept_open(), before);
 }

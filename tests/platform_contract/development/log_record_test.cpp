@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "log_record.h"
+#include "base/log_record.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +46,7 @@ TEST(LogRecord, IsOneLineWithTimePriorityProcessAndText) {
 }
 
 TEST(LogRecord, EscapesWhatWouldBreakTheLineOrCommandATerminal) {
-    EXPECT_EQ(log_record::one_line("a\nb\r\x1b[2J\x7f\xc3\xa4"), "a\\nb\\x0d\\x1b[2J\\x7f\xc3\xa4");
+    EXPECT_EQ(log_record::oneLine("a\nb\r\x1b[2J\x7f\xc3\xa4"), "a\\nb\\x0d\\x1b[2J\\x7f\xc3\xa4");
     std::string const line = written(nullptr, KORVO_CORE_LOG_PRIORITY_ERR, "first\nsecond");
     EXPECT_NE(line.find("first\\nsecond\n"), std::string::npos) << line;
 }

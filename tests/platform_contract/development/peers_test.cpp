@@ -10,29 +10,29 @@
 #include <memory>
 #include <thread>
 
-#include "addressing.h"
 #include "child_process.h"
-#include "frame.h"
+#include "messaging/addressing.h"
+#include "messaging/frame.h"
 #include "raw_socket.h"
 #include "support/ends.h"
 
-using platform::socket_name;
+using platform::socketName;
 namespace frame = platform::frame;
 
 namespace {
 
-std::string socket_path(char const *service = "sample", char const *target = "") {
-    return std::string(std::getenv("KORVO_RUNTIME_DIR")) + "/" + socket_name(service, target);
+std::string socketPath(char const *service = "sample", char const *target = "") {
+    return std::string(std::getenv("KORVO_RUNTIME_DIR")) + "/" + socketName(service, target);
 }
 
-std::string frame_of(frame::Type type, std::string_view first, std::string_view second) {
+std::string frameOf(frame::Type type, std::string_view first, std::string_view second) {
     std::string bytes;
     frame::append(bytes, type, first, second);
     return bytes;
 }
 
 /// Whether the service answers an initiator.
-void expect_to_serve(Service &service) {
+void expectToServe(Service &service) {
     Client client;
     ASSERT_EQ(client.send("still there", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     Command command;
@@ -50,7 +50,7 @@ Milliseconds since(std::chrono::steady_clock::time_point start) {
 
 TEST(KilledService, EndsACallThatWaitsAndTheNextCallWorksWhenItIsBack) {
     auto process = std::make_unique<ServiceProcess>();
-    ASSERT_TRUE(process->is_ready());
+    ASSERT_TRUE(process->isReady());
     Client client;
     ASSERT_EQ(client.send("first", "echo"), KORVO_CORE_STATUS_NO_ERROR);
     Response response;
@@ -71,7 +71,7 @@ TEST(KilledService, EndsACallThatWaitsAndTheNextCallWorksWhenItIsBack) {
 
     EXPECT_EQ(client.send("third", "echo"), KORVO_CORE_STATUS_DISABLED_TARGET);
     // The dead process's socket file is still there; the new one takes its place.
-    EXPECT_TRUE(std::filesystem::exists(socket_path()));
+    EXPECT_TRUE(std::filesystem::exists(socketPath()));
     Service again;
     ASSERT_EQ(client.send("fourth", "echo"), KORVO_CORE_STATUS_NO_ERROR);
     Command command;
@@ -81,7 +81,7 @@ TEST(KilledService, EndsACallThatWaitsAndTheNextCallWorksWhenItIsBack) {
 
 TEST(KilledService, EndsEveryCallThatWaitsOnIt) {
     auto process = std::make_unique<ServiceProcess>();
-    ASSERT_TRUE(process->is_ready());
+    ASSERT_TRUE(process->isReady());
     Client client;
     constexpr int callers = 4;
     Mailbox<korvo_core_status> ended;
@@ -105,7 +105,7 @@ TEST(KilledService, EndsEveryCallThatWaitsOnIt) {
 
 TEST(KilledService, DoesNotGetACommandTwice) {
     auto process = std::make_unique<ServiceProcess>();
-    ASSERT_TRUE(process->is_ready());
+    ASSERT_TRUE(process->isReady());
     Client client;
     ASSERT_EQ(client.send("unanswered", "silent"), KORVO_CORE_STATUS_NO_ERROR);
     process->kill();
@@ -119,7 +119,7 @@ TEST(KilledService, DoesNotGetACommandTwice) {
 
 TEST(StoppedService, MakesCallsTimeOutAndAnswersLate) {
     ServiceProcess process;
-    ASSERT_TRUE(process.is_ready());
+    ASSERT_TRUE(process.isReady());
     Client client;
     process.signal(SIGSTOP);
     ASSERT_EQ(client.send("id", "echo"), KORVO_CORE_STATUS_NO_ERROR);
@@ -144,7 +144,7 @@ TEST(KilledInitiator, LeavesAServiceThatServesOthers) {
         }
         (void)pause();
     });
-    ASSERT_TRUE(process.is_ready());
+    ASSERT_TRUE(process.isReady());
     Command command;
     ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(command.request_id, "last words");
@@ -153,7 +153,7 @@ TEST(KilledInitiator, LeavesAServiceThatServesOthers) {
     EXPECT_EQ(service.publish("{}"), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(service.poll(command, 0), KORVO_CORE_STATUS_IPC_FAILED);
     EXPECT_EQ(service.respond(command, "{}"), KORVO_CORE_STATUS_DISABLED_TARGET);
-    expect_to_serve(service);
+    expectToServe(service);
 }
 
 TEST(BrokenInitiator, IsDisconnectedAndHarmsNobody) {
@@ -161,29 +161,28 @@ TEST(BrokenInitiator, IsDisconnectedAndHarmsNobody) {
     for (std::string const &garbage :
          {std::string("GET / HTTP/1.1\r\n\r\n"), std::string("KV\x01\x01\xff\xff\xff\xff", 8),
           std::string(5000, '\0')}) {
-        RawSocket const peer = RawSocket::connect(socket_path());
-        ASSERT_TRUE(peer.is_open());
+        RawSocket const peer = RawSocket::connect(socketPath());
+        ASSERT_TRUE(peer.isOpen());
         ASSERT_TRUE(peer.send(garbage));
         Command command;
         EXPECT_EQ(service.poll(command, 50), KORVO_CORE_STATUS_IPC_FAILED);
         EXPECT_TRUE(peer.ends());
     }
-    expect_to_serve(service);
+    expectToServe(service);
 }
 
 TEST(BrokenInitiator, ThatSendsHalfAFrameHoldsNobodyUp) {
     Service service;
-    RawSocket const peer = RawSocket::connect(socket_path());
+    RawSocket const peer = RawSocket::connect(socketPath());
     ASSERT_TRUE(peer.send(std::string("KV\x01\x01\x00\x00\x10\x00partial", 15)));
-    expect_to_serve(service);
+    expectToServe(service);
 }
 
 TEST(BrokenInitiator, ThatSendsWhatOnlyServicesSendIsPassedOver) {
     Service service;
-    RawSocket const peer = RawSocket::connect(socket_path());
-    ASSERT_TRUE(peer.send(frame_of(frame::Type::response, "id", "{}") +
-                          frame_of(frame::Type::event, "", "{}") +
-                          frame_of(frame::Type::command, "id", "{}")));
+    RawSocket const peer = RawSocket::connect(socketPath());
+    ASSERT_TRUE(peer.send(frameOf(frame::Type::response, "id", "{}") + frameOf(frame::Type::event, "", "{}") +
+                          frameOf(frame::Type::command, "id", "{}")));
     Command command;
     ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(command.request_id, "id");
@@ -194,8 +193,8 @@ namespace {
 /// Something that listens in a service's place and speaks as the test says.
 class FakeService {
   public:
-    FakeService() : listener_(RawSocket::listen(socket_path("broken", ""))) {}
-    ~FakeService() { (void)unlink(socket_path("broken", "").c_str()); }
+    FakeService() : listener_(RawSocket::listen(socketPath("broken", ""))) {}
+    ~FakeService() { (void)unlink(socketPath("broken", "").c_str()); }
     FakeService(FakeService const &) = delete;
     FakeService &operator=(FakeService const &) = delete;
 
@@ -227,11 +226,11 @@ TEST(BrokenService, MayAnswerWhatWasNotAskedWithoutHarm) {
     ASSERT_EQ(client.send("id", "{}", "broken", ""), KORVO_CORE_STATUS_NO_ERROR);
     RawSocket const peer = service.accept();
     ASSERT_FALSE(peer.receive().empty());
-    ASSERT_TRUE(peer.send(frame_of(frame::Type::response, "another id", "{\"n\":1}") +
-                          frame_of(frame::Type::event, "s", "{\"event\":\"Unwanted\"}") +
-                          frame_of(frame::Type::command, "id", "{}") +
-                          frame_of(frame::Type::response, "id", "{\"n\":2}") +
-                          frame_of(frame::Type::response, "id", "{\"n\":3}")));
+    ASSERT_TRUE(peer.send(frameOf(frame::Type::response, "another id", "{\"n\":1}") +
+                          frameOf(frame::Type::event, "s", "{\"event\":\"Unwanted\"}") +
+                          frameOf(frame::Type::command, "id", "{}") +
+                          frameOf(frame::Type::response, "id", "{\"n\":2}") +
+                          frameOf(frame::Type::response, "id", "{\"n\":3}")));
     Response response;
     ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(response.response, "{\"n\":2}");
@@ -246,8 +245,8 @@ TEST(BrokenService, CannotAnswerForAnotherOne) {
     ASSERT_EQ(client.send("to sample", "{}"), KORVO_CORE_STATUS_NO_ERROR);
     RawSocket const peer = broken.accept();
     ASSERT_FALSE(peer.receive().empty());
-    ASSERT_TRUE(peer.send(frame_of(frame::Type::response, "to sample", "{\"forged\":true}") +
-                          frame_of(frame::Type::response, "to broken", "{}")));
+    ASSERT_TRUE(peer.send(frameOf(frame::Type::response, "to sample", "{\"forged\":true}") +
+                          frameOf(frame::Type::response, "to broken", "{}")));
     Response response;
     ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(response.request_id, "to broken");
@@ -265,25 +264,25 @@ TEST(Strangers, AreDisconnectedByTheService) {
     Service service;
     // Opens what the folder and the socket keep closed, so that only the check of the peer is left.
     ASSERT_EQ(chmod(std::getenv("KORVO_RUNTIME_DIR"), 0755), 0);
-    ASSERT_EQ(chmod(socket_path().c_str(), 0777), 0);
-    std::string const path = socket_path();
+    ASSERT_EQ(chmod(socketPath().c_str(), 0777), 0);
+    std::string const path = socketPath();
     ChildProcess stranger([&](std::function<void()> const &ready) {
         if (setuid(12345) != 0) {
             return;
         }
         RawSocket const peer = RawSocket::connect(path);
-        if (peer.is_open() && peer.send(frame_of(frame::Type::command, "stranger", "{}"))) {
+        if (peer.isOpen() && peer.send(frameOf(frame::Type::command, "stranger", "{}"))) {
             ready();
         }
         (void)pause();
     });
-    ASSERT_TRUE(stranger.is_ready());
+    ASSERT_TRUE(stranger.isReady());
     testing::internal::CaptureStderr();
     Command command;
     EXPECT_EQ(service.poll(command, 50), KORVO_CORE_STATUS_IPC_FAILED);
     std::string const said = testing::internal::GetCapturedStderr();
     EXPECT_NE(said.find("of user 12345"), std::string::npos) << said;
-    expect_to_serve(service);
+    expectToServe(service);
 }
 
 TEST(Strangers, WhoListenInAServicesPlaceAreNotSpokenTo) {
@@ -291,7 +290,7 @@ TEST(Strangers, WhoListenInAServicesPlaceAreNotSpokenTo) {
         GTEST_SKIP() << "only root can become another user";
     }
     std::string const folder = std::getenv("KORVO_RUNTIME_DIR");
-    std::string const path = socket_path("strange", "");
+    std::string const path = socketPath("strange", "");
     std::string const elsewhere = folder + "/open";
     ASSERT_EQ(mkdir(elsewhere.c_str(), 0777), 0);
     ASSERT_EQ(chmod(elsewhere.c_str(), 0777), 0);
@@ -301,12 +300,12 @@ TEST(Strangers, WhoListenInAServicesPlaceAreNotSpokenTo) {
             return;
         }
         RawSocket const listener = RawSocket::listen(elsewhere + "/socket");
-        if (listener.is_open()) {
+        if (listener.isOpen()) {
             ready();
         }
         (void)pause();
     });
-    ASSERT_TRUE(stranger.is_ready());
+    ASSERT_TRUE(stranger.isReady());
     ASSERT_EQ(rename((elsewhere + "/socket").c_str(), path.c_str()), 0);
     Client client;
     testing::internal::CaptureStderr();

@@ -11,14 +11,14 @@
 
 namespace {
 
-sockaddr_un address_of(std::string const &path) {
+sockaddr_un addressOf(std::string const &path) {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
     path.copy(address.sun_path, sizeof address.sun_path - 1);
     return address;
 }
 
-int make_socket() {
+int makeSocket() {
     int const descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     timeval const patience = {20, 0};
     (void)setsockopt(descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
@@ -35,8 +35,8 @@ RawSocket::~RawSocket() {
 }
 
 RawSocket RawSocket::connect(std::string const &path) {
-    int const descriptor = make_socket();
-    sockaddr_un const address = address_of(path);
+    int const descriptor = makeSocket();
+    sockaddr_un const address = addressOf(path);
     if (::connect(descriptor, reinterpret_cast<sockaddr const *>(&address), sizeof address) != 0) {
         (void)close(descriptor);
         return RawSocket(-1);
@@ -45,8 +45,8 @@ RawSocket RawSocket::connect(std::string const &path) {
 }
 
 RawSocket RawSocket::listen(std::string const &path) {
-    int const descriptor = make_socket();
-    sockaddr_un const address = address_of(path);
+    int const descriptor = makeSocket();
+    sockaddr_un const address = addressOf(path);
     if (bind(descriptor, reinterpret_cast<sockaddr const *>(&address), sizeof address) != 0 ||
         ::listen(descriptor, 8) != 0) {
         (void)close(descriptor);

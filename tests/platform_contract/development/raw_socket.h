@@ -13,13 +13,13 @@ class RawSocket {
     RawSocket(RawSocket const &) = delete;
     RawSocket &operator=(RawSocket const &) = delete;
 
-    /// Connects to the socket file; is_open() tells whether that worked.
+    /// Connects to the socket file; isOpen() tells whether that worked.
     static RawSocket connect(std::string const &path);
     /// Listens under a new socket file.
     static RawSocket listen(std::string const &path);
     RawSocket accept() const;
 
-    bool is_open() const { return descriptor_ >= 0; }
+    bool isOpen() const { return descriptor_ >= 0; }
     bool send(std::string const &bytes) const;
     /// Waits for some bytes; an empty text at the end of the stream, or when nothing comes for long.
     std::string receive() const;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "requests.h"
+#include "messaging/requests.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "announcements.h"
+#include "messaging/announcements.h"
 
 using platform::Address;
 using platform::Request;
@@ -66,19 +66,19 @@ TEST(RequestTableTest, GivesResponsesForAnyoneInTheOrderOfTheirArrival) {
     Request &first = add(table, "first", Route::anyone);
     Request &second = add(table, "second", Route::anyone);
     Request &owned = add(table, "owned", Route::receiver);
-    EXPECT_EQ(table.first_for_anyone(), nullptr);
+    EXPECT_EQ(table.firstForAnyone(), nullptr);
     (void)table.keep(owned, Text("o"));
     (void)table.keep(second, Text("2"));
     (void)table.keep(first, Text("1"));
-    ASSERT_EQ(table.first_for_anyone(), &second);
+    ASSERT_EQ(table.firstForAnyone(), &second);
     table.erase(second);
-    EXPECT_EQ(table.first_for_anyone(), &first);
+    EXPECT_EQ(table.firstForAnyone(), &first);
 }
 
 TEST(RequestTableTest, RemembersTheLast32AnsweredResponses) {
     RequestTable table;
     for (int number = 0; number < 33; ++number) {
-        table.remember_answered(add(table, std::to_string(number), Route::owner_callback), Text("x"));
+        table.rememberAnswered(add(table, std::to_string(number), Route::owner_callback), Text("x"));
     }
     EXPECT_EQ(table.find("0"), nullptr);
     EXPECT_NE(table.find("1"), nullptr);

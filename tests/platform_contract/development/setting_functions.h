@@ -27,7 +27,7 @@ C untouched() {
 }
 
 template <typename C, typename T>
-korvo_core_status get_scalar(korvo_core_status (*function)(char const *, C *), char const *key, T &value) {
+korvo_core_status getScalar(korvo_core_status (*function)(char const *, C *), char const *key, T &value) {
     C result = untouched<C>();
     korvo_core_status const status = function(key, &result);
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
@@ -52,25 +52,25 @@ C element(C const *block) {
     return *block;
 }
 
-inline void free_list(char **list) {
+inline void freeList(char **list) {
     korvo_core_free_string_array(list);
 }
 
-inline void free_list(int **list) {
+inline void freeList(int **list) {
     korvo_core_free_int_array(list);
 }
 
-inline void free_list(unsigned char **list) {
+inline void freeList(unsigned char **list) {
     korvo_core_free_bool_array(list);
 }
 
-inline void free_list(double **list) {
+inline void freeList(double **list) {
     korvo_core_free_double_array(list);
 }
 
 template <typename C, typename T>
-korvo_core_status get_list(korvo_core_status (*function)(char const *, C ***, unsigned int *),
-                           char const *key, std::vector<T> &value) {
+korvo_core_status getList(korvo_core_status (*function)(char const *, C ***, unsigned int *), char const *key,
+                          std::vector<T> &value) {
     C **list = untouched<C **>();
     unsigned int count = 77;
     korvo_core_status const status = function(key, &list, &count);
@@ -84,7 +84,7 @@ korvo_core_status get_list(korvo_core_status (*function)(char const *, C ***, un
         value.push_back(element(*place));
     }
     EXPECT_EQ(value.size(), count);
-    free_list(list);
+    freeList(list);
     return status;
 }
 
@@ -127,76 +127,75 @@ auto input(T const &value) {
 
 }  // namespace setting_functions
 
-#define SCALAR_SETTING(Name, name, TYPE, Kept)                                                             \
+#define SCALAR_SETTING(Name, name, TYPE, Kept)                                                               \
+    struct Name##Setting {                                                                                   \
+        using Value = Kept;                                                                                  \
+        static constexpr korvo_core_settings_type type = KORVO_CORE_SETTING_TYPE_##TYPE;                     \
+        static constexpr char const *type_name = #name;                                                      \
+        static korvo_core_status get(char const *key, Value &value) {                                        \
+            return setting_functions::getScalar(korvo_core_settings_get_##name##_value, key, value);         \
+        }                                                                                                    \
+        static korvo_core_status getDefault(char const *key, Value &value) {                                 \
+            return setting_functions::getScalar(korvo_core_settings_get_default_##name##_value, key, value); \
+        }                                                                                                    \
+        static korvo_core_status getConfigured(char const *key, Value &value) {                              \
+            return setting_functions::getScalar(korvo_core_configuration_get_##name##_value, key, value);    \
+        }                                                                                                    \
+        static korvo_core_status set(char const *key, Value const &value) {                                  \
+            return korvo_core_settings_set_##name##_value(key, setting_functions::input(value));             \
+        }                                                                                                    \
+        static korvo_core_status setDefault(char const *key, Value const &value) {                           \
+            return korvo_core_settings_set_default_##name##_value(key, setting_functions::input(value));     \
+        }                                                                                                    \
+        static korvo_core_status copy(char const *from, char const *to) {                                    \
+            return korvo_core_settings_copy_##name##_key(from, to);                                          \
+        }                                                                                                    \
+        static std::vector<korvo_core_status> withNothingToWriteTo(char const *key) {                        \
+            return {korvo_core_settings_get_##name##_value(key, nullptr),                                    \
+                    korvo_core_settings_get_default_##name##_value(key, nullptr),                            \
+                    korvo_core_configuration_get_##name##_value(key, nullptr)};                              \
+        }                                                                                                    \
+        static std::vector<Value> samples();                                                                 \
+        static char const *written();                                                                        \
+    }
+
+#define LIST_SETTING(Name, name, TYPE, C, Kept)                                                            \
     struct Name##Setting {                                                                                 \
-        using Value = Kept;                                                                                \
+        using Value = std::vector<Kept>;                                                                   \
         static constexpr korvo_core_settings_type type = KORVO_CORE_SETTING_TYPE_##TYPE;                   \
         static constexpr char const *type_name = #name;                                                    \
         static korvo_core_status get(char const *key, Value &value) {                                      \
-            return setting_functions::get_scalar(korvo_core_settings_get_##name##_value, key, value);      \
+            return setting_functions::getList(korvo_core_settings_get_##name##_value, key, value);         \
         }                                                                                                  \
-        static korvo_core_status get_default(char const *key, Value &value) {                              \
-            return setting_functions::get_scalar(korvo_core_settings_get_default_##name##_value, key,      \
-                                                 value);                                                   \
+        static korvo_core_status getDefault(char const *key, Value &value) {                               \
+            return setting_functions::getList(korvo_core_settings_get_default_##name##_value, key, value); \
         }                                                                                                  \
-        static korvo_core_status get_configured(char const *key, Value &value) {                           \
-            return setting_functions::get_scalar(korvo_core_configuration_get_##name##_value, key, value); \
+        static korvo_core_status getConfigured(char const *key, Value &value) {                            \
+            return setting_functions::getList(korvo_core_configuration_get_##name##_value, key, value);    \
         }                                                                                                  \
         static korvo_core_status set(char const *key, Value const &value) {                                \
-            return korvo_core_settings_set_##name##_value(key, setting_functions::input(value));           \
+            return korvo_core_settings_set_##name##_value(                                                 \
+                key, setting_functions::BorrowedList<C>(value).slots.data());                              \
         }                                                                                                  \
-        static korvo_core_status set_default(char const *key, Value const &value) {                        \
-            return korvo_core_settings_set_default_##name##_value(key, setting_functions::input(value));   \
+        static korvo_core_status setDefault(char const *key, Value const &value) {                         \
+            return korvo_core_settings_set_default_##name##_value(                                         \
+                key, setting_functions::BorrowedList<C>(value).slots.data());                              \
         }                                                                                                  \
         static korvo_core_status copy(char const *from, char const *to) {                                  \
             return korvo_core_settings_copy_##name##_key(from, to);                                        \
         }                                                                                                  \
-        static std::vector<korvo_core_status> with_nothing_to_write_to(char const *key) {                  \
-            return {korvo_core_settings_get_##name##_value(key, nullptr),                                  \
-                    korvo_core_settings_get_default_##name##_value(key, nullptr),                          \
-                    korvo_core_configuration_get_##name##_value(key, nullptr)};                            \
+        static std::vector<korvo_core_status> withNothingToWriteTo(char const *key) {                      \
+            C **list = nullptr;                                                                            \
+            unsigned int count = 0;                                                                        \
+            return {korvo_core_settings_get_##name##_value(key, nullptr, &count),                          \
+                    korvo_core_settings_get_##name##_value(key, &list, nullptr),                           \
+                    korvo_core_settings_get_default_##name##_value(key, nullptr, &count),                  \
+                    korvo_core_settings_get_default_##name##_value(key, &list, nullptr),                   \
+                    korvo_core_configuration_get_##name##_value(key, nullptr, &count),                     \
+                    korvo_core_configuration_get_##name##_value(key, &list, nullptr)};                     \
         }                                                                                                  \
         static std::vector<Value> samples();                                                               \
         static char const *written();                                                                      \
-    }
-
-#define LIST_SETTING(Name, name, TYPE, C, Kept)                                                             \
-    struct Name##Setting {                                                                                  \
-        using Value = std::vector<Kept>;                                                                    \
-        static constexpr korvo_core_settings_type type = KORVO_CORE_SETTING_TYPE_##TYPE;                    \
-        static constexpr char const *type_name = #name;                                                     \
-        static korvo_core_status get(char const *key, Value &value) {                                       \
-            return setting_functions::get_list(korvo_core_settings_get_##name##_value, key, value);         \
-        }                                                                                                   \
-        static korvo_core_status get_default(char const *key, Value &value) {                               \
-            return setting_functions::get_list(korvo_core_settings_get_default_##name##_value, key, value); \
-        }                                                                                                   \
-        static korvo_core_status get_configured(char const *key, Value &value) {                            \
-            return setting_functions::get_list(korvo_core_configuration_get_##name##_value, key, value);    \
-        }                                                                                                   \
-        static korvo_core_status set(char const *key, Value const &value) {                                 \
-            return korvo_core_settings_set_##name##_value(                                                  \
-                key, setting_functions::BorrowedList<C>(value).slots.data());                               \
-        }                                                                                                   \
-        static korvo_core_status set_default(char const *key, Value const &value) {                         \
-            return korvo_core_settings_set_default_##name##_value(                                          \
-                key, setting_functions::BorrowedList<C>(value).slots.data());                               \
-        }                                                                                                   \
-        static korvo_core_status copy(char const *from, char const *to) {                                   \
-            return korvo_core_settings_copy_##name##_key(from, to);                                         \
-        }                                                                                                   \
-        static std::vector<korvo_core_status> with_nothing_to_write_to(char const *key) {                   \
-            C **list = nullptr;                                                                             \
-            unsigned int count = 0;                                                                         \
-            return {korvo_core_settings_get_##name##_value(key, nullptr, &count),                           \
-                    korvo_core_settings_get_##name##_value(key, &list, nullptr),                            \
-                    korvo_core_settings_get_default_##name##_value(key, nullptr, &count),                   \
-                    korvo_core_settings_get_default_##name##_value(key, &list, nullptr),                    \
-                    korvo_core_configuration_get_##name##_value(key, nullptr, &count),                      \
-                    korvo_core_configuration_get_##name##_value(key, &list, nullptr)};                      \
-        }                                                                                                   \
-        static std::vector<Value> samples();                                                                \
-        static char const *written();                                                                       \
     }
 
 SCALAR_SETTING(String, string, STRING, std::string);

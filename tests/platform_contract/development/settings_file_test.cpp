@@ -25,44 +25,44 @@ using SettingsFile = SettingsTest;
 using SettingsVersion = SettingsTest;
 using DamagedSettings = SettingsTest;
 
-unsigned int mode_of(std::string const &path) {
+unsigned int modeOf(std::string const &path) {
     struct stat found = {};
     return stat(path.c_str(), &found) == 0 ? found.st_mode & 07777U : 0;
 }
 
 /// Takes from this thread what lets root write where the mode of a folder forbids it.
-bool give_up_privileges() {
+bool giveUpPrivileges() {
     __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
     __user_cap_data_struct none[_LINUX_CAPABILITY_U32S_3] = {};
     return syscall(SYS_capset, &header, none) == 0;
 }
 
-ino_t number_of(std::string const &path) {
+ino_t numberOf(std::string const &path) {
     struct stat found = {};
     return stat(path.c_str(), &found) == 0 ? found.st_ino : 0;
 }
 
-std::string settings_path() {
+std::string settingsPath() {
     char *const path = korvo_core_debug_get_setting_path();
     std::string const text = path != nullptr ? path : "(none)";
     std::free(path);
     return text;
 }
 
-int int_of(char const *key) {
+int intOf(char const *key) {
     int number = -1;
     EXPECT_EQ(IntSetting::get(key, number), done) << key;
     return number;
 }
 
-int is_new() {
+int isNew() {
     unsigned char flag = 77;
     EXPECT_EQ(korvo_core_settings_is_new_file(&flag), done);
     return flag;
 }
 
 /// Every function that reads or writes the settings file, each with arguments that would do.
-std::vector<korvo_core_status> statuses_of_all() {
+std::vector<korvo_core_status> statusesOfAll() {
     int number = 0;
     unsigned int first = 0;
     unsigned int second = 0;
@@ -70,9 +70,9 @@ std::vector<korvo_core_status> statuses_of_all() {
     korvo_core_settings_type type = KORVO_CORE_SETTING_TYPE_UNKNOWN;
     return {korvo_core_settings_init(),
             IntSetting::get("key", number),
-            IntSetting::get_default("key", number),
+            IntSetting::getDefault("key", number),
             IntSetting::set("key", 1),
-            IntSetting::set_default("key", 1),
+            IntSetting::setDefault("key", 1),
             IntSetting::copy("key", "to"),
             korvo_core_settings_get_type("key", &type),
             korvo_core_settings_delete_key("key"),
@@ -86,10 +86,10 @@ std::vector<korvo_core_status> statuses_of_all() {
 TEST_F(SettingsFile, IsMadeByInitForTheUserAlone) {
     EXPECT_FALSE(std::filesystem::exists(folder_.path()));
     ASSERT_EQ(korvo_core_settings_init(), done);
-    EXPECT_EQ(mode_of(folder_.path()), 0700U);
-    EXPECT_EQ(mode_of(folder_.settings()), 0600U);
+    EXPECT_EQ(modeOf(folder_.path()), 0700U);
+    EXPECT_EQ(modeOf(folder_.settings()), 0600U);
     EXPECT_EQ(
-        read_file(folder_.settings()),
+        readFile(folder_.settings()),
         "{\n  \"format\": 1,\n  \"version\": 0,\n  \"previous_version\": 0,\n  \"values\": {\n  }\n}\n");
     EXPECT_EQ(korvo_core_settings_deinit(), done);
 }
@@ -97,9 +97,9 @@ TEST_F(SettingsFile, IsMadeByInitForTheUserAlone) {
 TEST_F(SettingsFile, HasOneLineAKey) {
     ASSERT_EQ(StringSetting::set("name", "\"x\""), done);
     ASSERT_EQ(IntSetting::set("count", 5), done);
-    ASSERT_EQ(IntSetting::set_default("count", 6), done);
-    ASSERT_EQ(JsonSetting::set_default("json", "{\"a\": 1}"), done);
-    EXPECT_EQ(read_file(folder_.settings()), R"({
+    ASSERT_EQ(IntSetting::setDefault("count", 6), done);
+    ASSERT_EQ(JsonSetting::setDefault("json", "{\"a\": 1}"), done);
+    EXPECT_EQ(readFile(folder_.settings()), R"({
   "format": 1,
   "version": 0,
   "previous_version": 0,
@@ -132,32 +132,32 @@ TEST_F(SettingsFile, LeavesNoUnfinishedOneBeside) {
 
 TEST_F(SettingsFile, IsNotWrittenWhenNothingChanges) {
     ASSERT_EQ(IntSetting::set("key", 1), done);
-    ino_t const before = number_of(folder_.settings());
+    ino_t const before = numberOf(folder_.settings());
     ASSERT_EQ(IntSetting::set("key", 1), done);
     ASSERT_EQ(IntSetting::copy("key", "key"), done);
     EXPECT_EQ(korvo_core_settings_delete_key("other"), absent);
-    EXPECT_EQ(number_of(folder_.settings()), before);
+    EXPECT_EQ(numberOf(folder_.settings()), before);
     ASSERT_EQ(IntSetting::set("key", 2), done);
-    EXPECT_NE(number_of(folder_.settings()), before);
+    EXPECT_NE(numberOf(folder_.settings()), before);
 }
 
 TEST_F(SettingsFile, IsReadAgainWhenItWasReplaced) {
     ASSERT_EQ(IntSetting::set("key", 1), done);
-    std::string text = read_file(folder_.settings());
+    std::string text = readFile(folder_.settings());
     text.replace(text.find("\"value\":1"), 9, "\"value\":8");
-    write_file(folder_.settings() + ".mine", text);
+    writeFile(folder_.settings() + ".mine", text);
     std::filesystem::rename(folder_.settings() + ".mine", folder_.settings());
-    EXPECT_EQ(int_of("key"), 8);
+    EXPECT_EQ(intOf("key"), 8);
     std::filesystem::remove(folder_.settings());
     int number = 0;
     EXPECT_EQ(IntSetting::get("key", number), absent);
 }
 
 TEST_F(SettingsFile, MayBeWrittenByPeople) {
-    write_file(folder_.settings(),
-               R"( {"values":{"b":{"value":2.0,"type":"int"},"d":{"type":"double","default":3},
+    writeFile(folder_.settings(),
+              R"( {"values":{"b":{"value":2.0,"type":"int"},"d":{"type":"double","default":3},
         "j":{"type":"json","value":[1,"x"]},"k":{"type":"json","value":"\"x\""}},"format":1} )");
-    EXPECT_EQ(int_of("b"), 2);
+    EXPECT_EQ(intOf("b"), 2);
     double number = 0;
     EXPECT_EQ(DoubleSetting::get("d", number), done);
     EXPECT_EQ(number, 3);
@@ -166,17 +166,17 @@ TEST_F(SettingsFile, MayBeWrittenByPeople) {
     EXPECT_EQ(text, "[1,\"x\"]");
     EXPECT_EQ(JsonSetting::get("k", text), done);
     EXPECT_EQ(text, "\"x\"");
-    EXPECT_EQ(is_new(), 0);
+    EXPECT_EQ(isNew(), 0);
 }
 
 TEST_F(SettingsFile, IsNewForTheProcessThatBeganIt) {
     ASSERT_EQ(korvo_core_settings_init(), done);
-    EXPECT_EQ(is_new(), 1);
+    EXPECT_EQ(isNew(), 1);
     ASSERT_EQ(IntSetting::set("key", 1), done);
-    EXPECT_EQ(is_new(), 1);
+    EXPECT_EQ(isNew(), 1);
     ASSERT_EQ(korvo_core_settings_deinit(), done);
     ASSERT_EQ(korvo_core_settings_init(), done);
-    EXPECT_EQ(is_new(), 0);
+    EXPECT_EQ(isNew(), 0);
     ASSERT_EQ(korvo_core_settings_deinit(), done);
     EXPECT_EQ(korvo_core_settings_is_new_file(nullptr), KORVO_CORE_STATUS_INVALID_PARAMS);
 }
@@ -186,9 +186,9 @@ TEST_F(SettingsFile, StaysTheSameUntilTheLastDeinit) {
     ASSERT_EQ(korvo_core_settings_init(), done);
     Variable const elsewhere("KORVO_STATE_DIR", folder_.path() + "/elsewhere");
     ASSERT_EQ(korvo_core_settings_deinit(), done);
-    EXPECT_EQ(settings_path(), folder_.settings());
+    EXPECT_EQ(settingsPath(), folder_.settings());
     ASSERT_EQ(korvo_core_settings_deinit(), done);
-    EXPECT_EQ(settings_path(), folder_.path() + "/elsewhere/settings.json");
+    EXPECT_EQ(settingsPath(), folder_.path() + "/elsewhere/settings.json");
     // More often than init: no harm.
     EXPECT_EQ(korvo_core_settings_deinit(), done);
 }
@@ -197,37 +197,37 @@ TEST_F(SettingsFile, IsInTheUsersStateFolderByDefault) {
     Variable const none("KORVO_STATE_DIR", "");
     {
         Variable const state("XDG_STATE_HOME", folder_.path() + "/x");
-        forget_settings();
-        EXPECT_EQ(settings_path(), folder_.path() + "/x/korvo/settings.json");
+        forgetSettings();
+        EXPECT_EQ(settingsPath(), folder_.path() + "/x/korvo/settings.json");
     }
     Variable const home("HOME", folder_.path() + "/h");
     {
         // Only absolute paths count there.
         Variable const state("XDG_STATE_HOME", "x");
-        forget_settings();
-        EXPECT_EQ(settings_path(), folder_.path() + "/h/.local/state/korvo/settings.json");
+        forgetSettings();
+        EXPECT_EQ(settingsPath(), folder_.path() + "/h/.local/state/korvo/settings.json");
     }
     Variable const state("XDG_STATE_HOME", std::nullopt);
-    forget_settings();
+    forgetSettings();
     ASSERT_EQ(IntSetting::set("key", 1), done);
     EXPECT_TRUE(std::filesystem::exists(folder_.path() + "/h/.local/state/korvo/settings.json"));
-    EXPECT_EQ(mode_of(folder_.path() + "/h/.local/state"), 0700U);
-    forget_settings();
+    EXPECT_EQ(modeOf(folder_.path() + "/h/.local/state"), 0700U);
+    forgetSettings();
 }
 
 TEST_F(SettingsFile, MayBeNamedFromTheCurrentFolder) {
     Variable const relative("KORVO_STATE_DIR", "some-state");
-    forget_settings();
-    EXPECT_EQ(settings_path(), std::filesystem::current_path().string() + "/some-state/settings.json");
+    forgetSettings();
+    EXPECT_EQ(settingsPath(), std::filesystem::current_path().string() + "/some-state/settings.json");
 }
 
 TEST_F(SettingsFile, WithoutAFolderFailsWithAMessage) {
     Variable const none("KORVO_STATE_DIR", std::nullopt);
     Variable const state("XDG_STATE_HOME", std::nullopt);
     Variable const home("HOME", std::nullopt);
-    forget_settings();
+    forgetSettings();
     testing::internal::CaptureStderr();
-    for (korvo_core_status const status : statuses_of_all()) {
+    for (korvo_core_status const status : statusesOfAll()) {
         EXPECT_EQ(status, unusable);
     }
     EXPECT_EQ(korvo_core_settings_does_key_exist("key"), 0);
@@ -245,9 +245,9 @@ TEST_F(SettingsFile, WithoutAFolderFailsWithAMessage) {
 }
 
 TEST_F(SettingsFile, InAPlaceThatIsNoFolderFailsWithAMessage) {
-    write_file(folder_.path(), "a file");
+    writeFile(folder_.path(), "a file");
     testing::internal::CaptureStderr();
-    for (korvo_core_status const status : statuses_of_all()) {
+    for (korvo_core_status const status : statusesOfAll()) {
         EXPECT_EQ(status, unusable);
     }
     std::string const log = testing::internal::GetCapturedStderr();
@@ -255,20 +255,20 @@ TEST_F(SettingsFile, InAPlaceThatIsNoFolderFailsWithAMessage) {
                        ": Not a directory; create it, or name another one in KORVO_STATE_DIR"),
               std::string::npos)
         << log;
-    EXPECT_EQ(read_file(folder_.path()), "a file");
+    EXPECT_EQ(readFile(folder_.path()), "a file");
 }
 
 TEST_F(SettingsFile, InAFolderThatCannotBeMadeFailsOnlyForWriters) {
     // Nobody makes folders there, root included.
     Variable const nowhere("KORVO_STATE_DIR", "/proc/korvo-test");
-    forget_settings();
+    forgetSettings();
     testing::internal::CaptureStderr();
     EXPECT_EQ(korvo_core_settings_init(), unusable);
     EXPECT_EQ(IntSetting::set("key", 1), unusable);
     int number = 0;
     EXPECT_EQ(IntSetting::get("key", number), absent);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("/proc/korvo-test"), std::string::npos);
-    forget_settings();
+    forgetSettings();
 }
 
 TEST_F(SettingsFile, InAFolderThatMayNotBeMadeSaysWhy) {
@@ -276,10 +276,10 @@ TEST_F(SettingsFile, InAFolderThatMayNotBeMadeSaysWhy) {
     ASSERT_EQ(chmod(folder_.path().c_str(), S_IRUSR | S_IXUSR), 0);
     std::string const below = folder_.path() + "/missing/state";
     Variable const nowhere("KORVO_STATE_DIR", below);
-    forget_settings();
+    forgetSettings();
     testing::internal::CaptureStderr();
-    EXPECT_EQ(result_in_child([] {
-                  if (!give_up_privileges()) {
+    EXPECT_EQ(resultInChild([] {
+                  if (!giveUpPrivileges()) {
                       return 1;
                   }
                   return IntSetting::set("key", 1) == unusable ? 0 : 2;
@@ -290,18 +290,18 @@ TEST_F(SettingsFile, InAFolderThatMayNotBeMadeSaysWhy) {
                        ": Permission denied; create it, or name another one in KORVO_STATE_DIR"),
               std::string::npos)
         << log;
-    forget_settings();
+    forgetSettings();
 }
 
 TEST_F(SettingsFile, ThatIsAFolderOrAPipeFailsWithAMessage) {
     std::filesystem::create_directories(folder_.settings());
     testing::internal::CaptureStderr();
-    for (korvo_core_status const status : statuses_of_all()) {
+    for (korvo_core_status const status : statusesOfAll()) {
         EXPECT_EQ(status, unusable);
     }
     std::filesystem::remove(folder_.settings());
     ASSERT_EQ(mkfifo(folder_.settings().c_str(), 0600), 0);
-    for (korvo_core_status const status : statuses_of_all()) {
+    for (korvo_core_status const status : statusesOfAll()) {
         EXPECT_EQ(status, unusable);
     }
     std::string const log = testing::internal::GetCapturedStderr();
@@ -310,8 +310,8 @@ TEST_F(SettingsFile, ThatIsAFolderOrAPipeFailsWithAMessage) {
 
 TEST_F(SettingsFile, IsWhatItWasWhenTheDiskIsFull) {
     ASSERT_EQ(StringSetting::set("key", "before"), done);
-    std::string const before = read_file(folder_.settings());
-    EXPECT_EQ(result_in_child([] {
+    std::string const before = readFile(folder_.settings());
+    EXPECT_EQ(resultInChild([] {
                   // As on a full disk, the file is written up to here and no further.
                   (void)signal(SIGXFSZ, SIG_IGN);
                   rlimit const small = {1000, 1000};
@@ -329,21 +329,21 @@ TEST_F(SettingsFile, IsWhatItWasWhenTheDiskIsFull) {
                   return StringSetting::set("key", "before") == done ? 0 : 4;
               }),
               0);
-    EXPECT_EQ(read_file(folder_.settings()), before);
+    EXPECT_EQ(readFile(folder_.settings()), before);
     EXPECT_FALSE(std::filesystem::exists(folder_.settings() + ".new"));
 }
 
 TEST_F(SettingsFile, IsMadeAnewOverWhatACrashHasLeft) {
-    write_file(folder_.settings() + ".new", "{\"format\": 1, \"val");
+    writeFile(folder_.settings() + ".new", "{\"format\": 1, \"val");
     ASSERT_EQ(IntSetting::set("key", 1), done);
-    forget_settings();
-    EXPECT_EQ(int_of("key"), 1);
+    forgetSettings();
+    EXPECT_EQ(intOf("key"), 1);
 }
 
 TEST_F(SettingsFile, IsToldWholeByTheDump) {
     ASSERT_EQ(IntSetting::set("count", 5), done);
     ASSERT_EQ(StringSetting::set("name", "x\ny"), done);
-    ASSERT_EQ(StringSetting::set_default("name", "z"), done);
+    ASSERT_EQ(StringSetting::setDefault("name", "z"), done);
     testing::internal::CaptureStderr();
     korvo_core_debug_settings_dump();
     std::string const log = testing::internal::GetCapturedStderr();
@@ -364,7 +364,7 @@ TEST_F(SettingsVersion, IsKeptWithTheOneBefore) {
     EXPECT_EQ(old, 0U);
     ASSERT_EQ(korvo_core_settings_get_and_set_version(&old, 4294967295U), done);
     EXPECT_EQ(old, 3U);
-    forget_settings();
+    forgetSettings();
     ASSERT_EQ(korvo_core_settings_get_versions(&version, &previous), done);
     EXPECT_EQ(version, 4294967295U);
     EXPECT_EQ(previous, 3U);
@@ -378,7 +378,7 @@ TEST_F(SettingsVersion, HasNothingToDoWithTheKeys) {
     ASSERT_EQ(IntSetting::set("key", 1), done);
     unsigned int old = 0;
     ASSERT_EQ(korvo_core_settings_get_and_set_version(&old, 3), done);
-    EXPECT_EQ(int_of("key"), 1);
+    EXPECT_EQ(intOf("key"), 1);
     ASSERT_EQ(korvo_core_settings_delete_key("key"), done);
     unsigned int version = 0;
     unsigned int previous = 0;
@@ -437,8 +437,8 @@ TEST_F(DamagedSettings, ArePutAsideWithAMessage) {
     unsigned int number = 0;
     for (auto const &sample : damaged) {
         ++number;
-        write_file(folder_.settings(), sample.text);
-        forget_settings();
+        writeFile(folder_.settings(), sample.text);
+        forgetSettings();
         testing::internal::CaptureStderr();
         // The first look at it may be a write.
         int found = 0;
@@ -454,28 +454,28 @@ TEST_F(DamagedSettings, ArePutAsideWithAMessage) {
         EXPECT_NE(log.find(sample.why), std::string::npos) << sample.text << '\n' << log;
         EXPECT_NE(log.find("; it is kept as " + kept + ", and a new one is begun\n"), std::string::npos)
             << log;
-        EXPECT_EQ(read_file(kept), sample.text);
-        EXPECT_EQ(is_new(), 1);
+        EXPECT_EQ(readFile(kept), sample.text);
+        EXPECT_EQ(isNew(), 1);
         EXPECT_EQ(IntSetting::set("key", 5), done);
-        EXPECT_EQ(int_of("key"), 5);
+        EXPECT_EQ(intOf("key"), 5);
         std::filesystem::remove(folder_.settings());
     }
 }
 
 TEST_F(DamagedSettings, ArePutAsideByInit) {
-    write_file(folder_.settings(), "{");
+    writeFile(folder_.settings(), "{");
     testing::internal::CaptureStderr();
     EXPECT_EQ(korvo_core_settings_init(), done);
     EXPECT_NE(testing::internal::GetCapturedStderr().find("is damaged"), std::string::npos);
-    EXPECT_EQ(is_new(), 1);
+    EXPECT_EQ(isNew(), 1);
     EXPECT_TRUE(std::filesystem::exists(folder_.settings()));
-    EXPECT_EQ(read_file(folder_.settings() + ".damaged-1"), "{");
+    EXPECT_EQ(readFile(folder_.settings() + ".damaged-1"), "{");
     EXPECT_EQ(korvo_core_settings_deinit(), done);
 }
 
 TEST_F(DamagedSettings, StayWhereTheyCannotBePutAside) {
     // A lock file that cannot be opened stands for a folder that cannot be written to.
-    write_file(folder_.settings(), "{");
+    writeFile(folder_.settings(), "{");
     std::filesystem::create_directory(folder_.settings() + ".lock");
     testing::internal::CaptureStderr();
     int number = 0;
@@ -485,24 +485,24 @@ TEST_F(DamagedSettings, StayWhereTheyCannotBePutAside) {
     EXPECT_NE(log.find("is damaged: incomplete JSON (at byte 1); it cannot be put aside: "),
               std::string::npos)
         << log;
-    EXPECT_EQ(read_file(folder_.settings()), "{");
+    EXPECT_EQ(readFile(folder_.settings()), "{");
 }
 
 TEST_F(DamagedSettings, AreNotThoseOfANewerProgram) {
     std::string const newer = R"({"format": 2, "something": "else"})";
-    write_file(folder_.settings(), newer);
+    writeFile(folder_.settings(), newer);
     testing::internal::CaptureStderr();
-    for (korvo_core_status const status : statuses_of_all()) {
+    for (korvo_core_status const status : statusesOfAll()) {
         EXPECT_EQ(status, unusable);
     }
     std::string const log = testing::internal::GetCapturedStderr();
     EXPECT_NE(log.find("cannot use " + folder_.settings() + ": it has the format 2"), std::string::npos)
         << log;
-    EXPECT_EQ(read_file(folder_.settings()), newer);
+    EXPECT_EQ(readFile(folder_.settings()), newer);
 }
 
 TEST_F(DamagedSettings, AreNotThoseThatAreTooLong) {
-    write_file(folder_.settings(), R"({"format": 1})" + std::string(16 * 1024 * 1024, ' '));
+    writeFile(folder_.settings(), R"({"format": 1})" + std::string(16 * 1024 * 1024, ' '));
     testing::internal::CaptureStderr();
     int number = 0;
     EXPECT_EQ(IntSetting::get("key", number), unusable);

@@ -20,7 +20,7 @@ Keys taken(char **list) {
     return keys;
 }
 
-Keys starting_with(char const *prefix) {
+Keys startingWith(char const *prefix) {
     return taken(korvo_core_settings_get_keys_starting_with(prefix));
 }
 
@@ -31,13 +31,13 @@ using ConfigurationKeys = SettingsTest;
 
 TEST_F(SettingKeys, AreNoneAtFirst) {
     EXPECT_EQ(taken(korvo_core_settings_get_all_keys()), Keys());
-    EXPECT_EQ(starting_with("a"), Keys());
-    EXPECT_EQ(starting_with(""), Keys());
+    EXPECT_EQ(startingWith("a"), Keys());
+    EXPECT_EQ(startingWith(""), Keys());
 }
 
 TEST_F(SettingKeys, AreListedInOrderWithThoseThatHaveOnlyADefault) {
     ASSERT_EQ(IntSetting::set("b", 1), done);
-    ASSERT_EQ(StringSetting::set_default("a", "x"), done);
+    ASSERT_EQ(StringSetting::setDefault("a", "x"), done);
     ASSERT_EQ(BoolSetting::set("\xc3\xa4", 1), done);
     ASSERT_EQ(BoolSetting::set("B", 1), done);
     EXPECT_EQ(taken(korvo_core_settings_get_all_keys()), (Keys{"B", "a", "b", "\xc3\xa4"}));
@@ -49,13 +49,13 @@ TEST_F(SettingKeys, AreFoundByTheirBeginning) {
     for (char const *const key : {"lens", "lens.zoom", "lens.focus", "lense", "len", "mens.zoom"}) {
         ASSERT_EQ(IntSetting::set(key, 1), done);
     }
-    EXPECT_EQ(starting_with("lens."), (Keys{"lens.focus", "lens.zoom"}));
-    EXPECT_EQ(starting_with("lens"), (Keys{"lens", "lens.focus", "lens.zoom", "lense"}));
-    EXPECT_EQ(starting_with("lens.zoom"), (Keys{"lens.zoom"}));
-    EXPECT_EQ(starting_with("lens.zoom."), Keys());
-    EXPECT_EQ(starting_with("zoom"), Keys());
-    EXPECT_EQ(starting_with("\xff"), Keys());
-    EXPECT_EQ(starting_with(""), (Keys{"len", "lens", "lens.focus", "lens.zoom", "lense", "mens.zoom"}));
+    EXPECT_EQ(startingWith("lens."), (Keys{"lens.focus", "lens.zoom"}));
+    EXPECT_EQ(startingWith("lens"), (Keys{"lens", "lens.focus", "lens.zoom", "lense"}));
+    EXPECT_EQ(startingWith("lens.zoom"), (Keys{"lens.zoom"}));
+    EXPECT_EQ(startingWith("lens.zoom."), Keys());
+    EXPECT_EQ(startingWith("zoom"), Keys());
+    EXPECT_EQ(startingWith("\xff"), Keys());
+    EXPECT_EQ(startingWith(""), (Keys{"len", "lens", "lens.focus", "lens.zoom", "lense", "mens.zoom"}));
 }
 
 TEST_F(SettingKeys, WithoutATextAreNone) {
@@ -69,7 +69,7 @@ TEST_F(SettingKeys, WithoutATextAreNone) {
 
 TEST_F(SettingKeys, ExistWithAValueOrADefault) {
     EXPECT_EQ(korvo_core_settings_does_key_exist("key"), 0);
-    ASSERT_EQ(IntSetting::set_default("key", 1), done);
+    ASSERT_EQ(IntSetting::setDefault("key", 1), done);
     EXPECT_EQ(korvo_core_settings_does_key_exist("key"), 1);
     ASSERT_EQ(IntSetting::set("other", 1), done);
     EXPECT_EQ(korvo_core_settings_does_key_exist("other"), 1);
@@ -86,7 +86,7 @@ TEST_F(SettingKeys, ThatAreAbsentHaveNoType) {
 
 TEST_F(ConfigurationKeys, AreListedInOrder) {
     EXPECT_EQ(taken(korvo_core_configuration_get_all_keys()), Keys());
-    write_file(folder_.configuration(), R"({"format": 1, "values": {
+    writeFile(folder_.configuration(), R"({"format": 1, "values": {
         "b": {"type": "int", "value": 1}, "a": {"type": "bool", "default": false}}})");
     EXPECT_EQ(taken(korvo_core_configuration_get_all_keys()), (Keys{"a", "b"}));
     EXPECT_EQ(korvo_core_configuration_does_key_exist("a"), 1);

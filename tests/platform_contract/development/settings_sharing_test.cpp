@@ -40,14 +40,14 @@ class SharedNumber {
     std::atomic<int> *number_;
 };
 
-std::string key_of(int writer, int number) {
+std::string keyOf(int writer, int number) {
     return "writer " + std::to_string(writer) + "." + std::to_string(number);
 }
 
 /// Sets, changes and deletes keys of its own; returns false when a call failed.
-bool write_own_keys(int writer, int rounds) {
+bool writeOwnKeys(int writer, int rounds) {
     for (int number = 0; number < rounds; ++number) {
-        std::string const key = key_of(writer, number);
+        std::string const key = keyOf(writer, number);
         if (IntSetting::set(key.c_str(), number) != done ||
             IntSetting::set(key.c_str(), number * 2) != done) {
             return false;
@@ -59,10 +59,10 @@ bool write_own_keys(int writer, int rounds) {
     return true;
 }
 
-void expect_own_keys(int writer, int rounds) {
+void expectOwnKeys(int writer, int rounds) {
     for (int number = 0; number < rounds; ++number) {
         int found = 0;
-        std::string const key = key_of(writer, number);
+        std::string const key = keyOf(writer, number);
         if (number % 2 == 1) {
             EXPECT_EQ(korvo_core_settings_does_key_exist(key.c_str()), 0) << key;
         } else {
@@ -82,7 +82,7 @@ TEST_F(SharedSettings, LoseNothingWhenProcessesWriteAtOnce) {
         pid_t const child = fork();
         if (child == 0) {
             (void)alarm(100);
-            _exit(write_own_keys(writer, rounds) ? 0 : 1);
+            _exit(writeOwnKeys(writer, rounds) ? 0 : 1);
         }
         ASSERT_GT(child, 0);
         children.push_back(child);
@@ -93,7 +93,7 @@ TEST_F(SharedSettings, LoseNothingWhenProcessesWriteAtOnce) {
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     }
     for (int writer = 0; writer < writers; ++writer) {
-        expect_own_keys(writer, rounds);
+        expectOwnKeys(writer, rounds);
     }
 }
 
@@ -118,7 +118,7 @@ TEST_F(SharedSettings, LoseNothingWhenThreadsWriteAtOnce) {
     std::vector<std::thread> threads;
     for (int writer = 0; writer < writers; ++writer) {
         threads.emplace_back([&failures, writer] {
-            if (!write_own_keys(writer, rounds)) {
+            if (!writeOwnKeys(writer, rounds)) {
                 ++failures;
             }
         });
@@ -130,7 +130,7 @@ TEST_F(SharedSettings, LoseNothingWhenThreadsWriteAtOnce) {
     reader.join();
     EXPECT_EQ(failures, 0);
     for (int writer = 0; writer < writers; ++writer) {
-        expect_own_keys(writer, rounds);
+        expectOwnKeys(writer, rounds);
     }
 }
 
@@ -229,7 +229,7 @@ TEST_F(SharedSettings, AreWholeWheneverAWriterIsKilled) {
                 }
             }
         });
-        ASSERT_TRUE(writer.is_ready());
+        ASSERT_TRUE(writer.isReady());
         // Anywhere in the next two writes.
         std::this_thread::sleep_for(one_write * 2 * (random() % 1000) / 1000);
         writer.kill();
@@ -264,7 +264,7 @@ TEST_F(SharedSettings, AreFreeForTheChildOfAParentThatIsWriting) {
     }
     for (int round = 0; round < 20; ++round) {
         EXPECT_EQ(
-            result_in_child([round] {
+            resultInChild([round] {
                 int found = -1;
                 if (IntSetting::set("child", round) != done || IntSetting::get("child", found) != done) {
                     return 1;
@@ -294,7 +294,7 @@ TEST_F(SharedSettings, AreNotLockedByALingeringChild) {
         ready();
         (void)pause();
     });
-    ASSERT_TRUE(lingering.is_ready());
+    ASSERT_TRUE(lingering.isReady());
     are_writing = false;
     writer.join();
     EXPECT_EQ(IntSetting::set("key", 2), done);

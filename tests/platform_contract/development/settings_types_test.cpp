@@ -95,25 +95,25 @@ class EverySettingType : public SettingsTest {
     static Value sample(std::size_t number) { return Setting::samples()[number]; }
 
     /// The value of a key; a test fails when there is none.
-    static Value value_of(char const *key) {
+    static Value valueOf(char const *key) {
         Value value{};
         EXPECT_EQ(Setting::get(key, value), done) << key;
         return value;
     }
 
-    static Value default_of(char const *key) {
+    static Value defaultOf(char const *key) {
         Value value{};
-        EXPECT_EQ(Setting::get_default(key, value), done) << key;
+        EXPECT_EQ(Setting::getDefault(key, value), done) << key;
         return value;
     }
 
-    static bool has_default(char const *key) {
+    static bool hasDefault(char const *key) {
         Value value{};
-        return Setting::get_default(key, value) == done;
+        return Setting::getDefault(key, value) == done;
     }
 
     /// Stores something under a key that is not of this type.
-    static void make_other(char const *key) {
+    static void makeOther(char const *key) {
         if (Setting::type == IntSetting::type) {
             ASSERT_EQ(StringSetting::set(key, "other"), done);
         } else {
@@ -121,17 +121,17 @@ class EverySettingType : public SettingsTest {
         }
     }
 
-    static void expect_other_unchanged(char const *key) {
+    static void expectOtherUnchanged(char const *key) {
         if (Setting::type == IntSetting::type) {
             std::string text;
             EXPECT_EQ(StringSetting::get(key, text), done);
             EXPECT_EQ(text, "other");
-            EXPECT_EQ(StringSetting::get_default(key, text), absent);
+            EXPECT_EQ(StringSetting::getDefault(key, text), absent);
         } else {
             int number = 0;
             EXPECT_EQ(IntSetting::get(key, number), done);
             EXPECT_EQ(number, 123);
-            EXPECT_EQ(IntSetting::get_default(key, number), absent);
+            EXPECT_EQ(IntSetting::getDefault(key, number), absent);
         }
     }
 };
@@ -153,16 +153,16 @@ TYPED_TEST_SUITE(EverySettingType, AllTypes, NamesOfTypes);
 TYPED_TEST(EverySettingType, ComesBackAsItWasSet) {
     for (auto const &value : TypeParam::samples()) {
         ASSERT_EQ(TypeParam::set("key", value), done);
-        EXPECT_EQ(this->value_of("key"), value);
+        EXPECT_EQ(this->valueOf("key"), value);
         // Read from the file again.
-        forget_settings();
-        EXPECT_EQ(this->value_of("key"), value);
+        forgetSettings();
+        EXPECT_EQ(this->valueOf("key"), value);
     }
 }
 
 TYPED_TEST(EverySettingType, TellsItsType) {
     ASSERT_EQ(TypeParam::set("by value", this->sample(0)), done);
-    ASSERT_EQ(TypeParam::set_default("by default", this->sample(0)), done);
+    ASSERT_EQ(TypeParam::setDefault("by default", this->sample(0)), done);
     for (char const *const key : {"by value", "by default"}) {
         korvo_core_settings_type type = KORVO_CORE_SETTING_TYPE_UNKNOWN;
         EXPECT_EQ(korvo_core_settings_get_type(key, &type), done);
@@ -171,95 +171,95 @@ TYPED_TEST(EverySettingType, TellsItsType) {
 }
 
 TYPED_TEST(EverySettingType, IsItsDefaultUntilItIsSet) {
-    ASSERT_EQ(TypeParam::set_default("key", this->sample(0)), done);
-    EXPECT_EQ(this->value_of("key"), this->sample(0));
-    EXPECT_EQ(this->default_of("key"), this->sample(0));
+    ASSERT_EQ(TypeParam::setDefault("key", this->sample(0)), done);
+    EXPECT_EQ(this->valueOf("key"), this->sample(0));
+    EXPECT_EQ(this->defaultOf("key"), this->sample(0));
     ASSERT_EQ(TypeParam::set("key", this->sample(1)), done);
-    EXPECT_EQ(this->value_of("key"), this->sample(1));
-    EXPECT_EQ(this->default_of("key"), this->sample(0));
-    ASSERT_EQ(TypeParam::set_default("key", this->sample(2)), done);
-    EXPECT_EQ(this->value_of("key"), this->sample(1));
-    forget_settings();
-    EXPECT_EQ(this->value_of("key"), this->sample(1));
-    EXPECT_EQ(this->default_of("key"), this->sample(2));
+    EXPECT_EQ(this->valueOf("key"), this->sample(1));
+    EXPECT_EQ(this->defaultOf("key"), this->sample(0));
+    ASSERT_EQ(TypeParam::setDefault("key", this->sample(2)), done);
+    EXPECT_EQ(this->valueOf("key"), this->sample(1));
+    forgetSettings();
+    EXPECT_EQ(this->valueOf("key"), this->sample(1));
+    EXPECT_EQ(this->defaultOf("key"), this->sample(2));
 }
 
 TYPED_TEST(EverySettingType, HasNoDefaultBecauseItHasAValue) {
     ASSERT_EQ(TypeParam::set("key", this->sample(0)), done);
     typename TypeParam::Value value{};
-    EXPECT_EQ(TypeParam::get_default("key", value), absent);
+    EXPECT_EQ(TypeParam::getDefault("key", value), absent);
 }
 
 TYPED_TEST(EverySettingType, IsAbsentUntilItIsSet) {
     typename TypeParam::Value value{};
     EXPECT_EQ(TypeParam::get("key", value), absent);
-    EXPECT_EQ(TypeParam::get_default("key", value), absent);
+    EXPECT_EQ(TypeParam::getDefault("key", value), absent);
     EXPECT_EQ(TypeParam::copy("key", "to"), absent);
     EXPECT_EQ(korvo_core_settings_does_key_exist("to"), 0);
 }
 
 TYPED_TEST(EverySettingType, DoesNotMixWithOtherTypes) {
-    this->make_other("other");
+    this->makeOther("other");
     ASSERT_EQ(TypeParam::set("mine", this->sample(0)), done);
     typename TypeParam::Value value{};
     EXPECT_EQ(TypeParam::get("other", value), other_type);
-    EXPECT_EQ(TypeParam::get_default("other", value), other_type);
+    EXPECT_EQ(TypeParam::getDefault("other", value), other_type);
     EXPECT_EQ(TypeParam::set("other", this->sample(0)), other_type);
-    EXPECT_EQ(TypeParam::set_default("other", this->sample(0)), other_type);
+    EXPECT_EQ(TypeParam::setDefault("other", this->sample(0)), other_type);
     EXPECT_EQ(TypeParam::copy("other", "new"), other_type);
     EXPECT_EQ(TypeParam::copy("mine", "other"), other_type);
     EXPECT_EQ(TypeParam::copy("other", "other"), other_type);
-    this->expect_other_unchanged("other");
+    this->expectOtherUnchanged("other");
     EXPECT_EQ(korvo_core_settings_does_key_exist("new"), 0);
 }
 
 TYPED_TEST(EverySettingType, IsCopiedWithItsDefault) {
     ASSERT_EQ(TypeParam::set("from", this->sample(0)), done);
-    ASSERT_EQ(TypeParam::set_default("from", this->sample(1)), done);
+    ASSERT_EQ(TypeParam::setDefault("from", this->sample(1)), done);
     ASSERT_EQ(TypeParam::copy("from", "to"), done);
-    EXPECT_EQ(this->value_of("to"), this->sample(0));
-    EXPECT_EQ(this->default_of("to"), this->sample(1));
+    EXPECT_EQ(this->valueOf("to"), this->sample(0));
+    EXPECT_EQ(this->defaultOf("to"), this->sample(1));
     // Two keys, not two names of one.
     ASSERT_EQ(TypeParam::set("from", this->sample(1)), done);
-    EXPECT_EQ(this->value_of("to"), this->sample(0));
+    EXPECT_EQ(this->valueOf("to"), this->sample(0));
     ASSERT_EQ(TypeParam::copy("from", "from"), done);
-    EXPECT_EQ(this->value_of("from"), this->sample(1));
-    EXPECT_EQ(this->default_of("from"), this->sample(1));
+    EXPECT_EQ(this->valueOf("from"), this->sample(1));
+    EXPECT_EQ(this->defaultOf("from"), this->sample(1));
 }
 
 TYPED_TEST(EverySettingType, ReplacesAllThatACopyFinds) {
     ASSERT_EQ(TypeParam::set("from", this->sample(0)), done);
     ASSERT_EQ(TypeParam::set("to", this->sample(1)), done);
-    ASSERT_EQ(TypeParam::set_default("to", this->sample(1)), done);
+    ASSERT_EQ(TypeParam::setDefault("to", this->sample(1)), done);
     ASSERT_EQ(TypeParam::copy("from", "to"), done);
-    EXPECT_EQ(this->value_of("to"), this->sample(0));
-    EXPECT_FALSE(this->has_default("to"));
+    EXPECT_EQ(this->valueOf("to"), this->sample(0));
+    EXPECT_FALSE(this->hasDefault("to"));
 }
 
 TYPED_TEST(EverySettingType, LeavesNothingWhenItIsDeleted) {
     ASSERT_EQ(TypeParam::set("key", this->sample(0)), done);
-    ASSERT_EQ(TypeParam::set_default("key", this->sample(1)), done);
+    ASSERT_EQ(TypeParam::setDefault("key", this->sample(1)), done);
     ASSERT_EQ(korvo_core_settings_delete_key("key"), done);
     typename TypeParam::Value value{};
     EXPECT_EQ(TypeParam::get("key", value), absent);
-    EXPECT_EQ(TypeParam::get_default("key", value), absent);
+    EXPECT_EQ(TypeParam::getDefault("key", value), absent);
     EXPECT_EQ(korvo_core_settings_does_key_exist("key"), 0);
     EXPECT_EQ(korvo_core_settings_delete_key("key"), absent);
     // The type is free too.
-    this->make_other("key");
+    this->makeOther("key");
 }
 
 TYPED_TEST(EverySettingType, RefusesToWorkWithoutArguments) {
     ASSERT_EQ(TypeParam::set("key", this->sample(0)), done);
     typename TypeParam::Value value{};
     EXPECT_EQ(TypeParam::get(nullptr, value), invalid);
-    EXPECT_EQ(TypeParam::get_default(nullptr, value), invalid);
-    EXPECT_EQ(TypeParam::get_configured(nullptr, value), invalid);
+    EXPECT_EQ(TypeParam::getDefault(nullptr, value), invalid);
+    EXPECT_EQ(TypeParam::getConfigured(nullptr, value), invalid);
     EXPECT_EQ(TypeParam::set(nullptr, this->sample(0)), invalid);
-    EXPECT_EQ(TypeParam::set_default(nullptr, this->sample(0)), invalid);
+    EXPECT_EQ(TypeParam::setDefault(nullptr, this->sample(0)), invalid);
     EXPECT_EQ(TypeParam::copy(nullptr, "to"), invalid);
     EXPECT_EQ(TypeParam::copy("key", nullptr), invalid);
-    for (korvo_core_status const status : TypeParam::with_nothing_to_write_to("key")) {
+    for (korvo_core_status const status : TypeParam::withNothingToWriteTo("key")) {
         EXPECT_EQ(status, invalid);
     }
 }
@@ -268,7 +268,7 @@ TYPED_TEST(EverySettingType, IsSharedWithOtherProcesses) {
     auto const first = this->sample(0);
     auto const second = this->sample(1);
     ASSERT_EQ(TypeParam::set("key", first), done);
-    EXPECT_EQ(result_in_child([&] {
+    EXPECT_EQ(resultInChild([&] {
                   typename TypeParam::Value value{};
                   if (TypeParam::get("key", value) != done || value != first) {
                       return 1;
@@ -276,20 +276,20 @@ TYPED_TEST(EverySettingType, IsSharedWithOtherProcesses) {
                   return TypeParam::set("key", second) == done ? 0 : 2;
               }),
               0);
-    EXPECT_EQ(this->value_of("key"), second);
+    EXPECT_EQ(this->valueOf("key"), second);
 }
 
 TYPED_TEST(EverySettingType, IsReadFromTheConfigurationToo) {
     std::string const type = TypeParam::type_name;
     std::string const value = TypeParam::written();
-    write_file(this->folder_.configuration(), R"({"format": 1, "values": {
+    writeFile(this->folder_.configuration(), R"({"format": 1, "values": {
         "key": {"type": ")" + type + R"(", "value": )" +
-                                                  value + R"(},
+                                                 value + R"(},
         "fallback": {"type": ")" + type + R"(", "default": )" +
-                                                  value + "}}}");
+                                                 value + "}}}");
     for (char const *const key : {"key", "fallback"}) {
         typename TypeParam::Value configured{};
-        EXPECT_EQ(TypeParam::get_configured(key, configured), done) << key;
+        EXPECT_EQ(TypeParam::getConfigured(key, configured), done) << key;
         if constexpr (std::is_same_v<TypeParam, JsonSetting>) {
             // Written out anew, with numbers as the writer likes them.
             EXPECT_EQ(configured, R"({"pan":9.025E1,"names":["a","b"]})");
@@ -301,16 +301,16 @@ TYPED_TEST(EverySettingType, IsReadFromTheConfigurationToo) {
         EXPECT_EQ(found, TypeParam::type);
     }
     typename TypeParam::Value none{};
-    EXPECT_EQ(TypeParam::get_configured("other", none), absent);
+    EXPECT_EQ(TypeParam::getConfigured("other", none), absent);
     // Settings and configuration are two things.
     EXPECT_EQ(TypeParam::get("key", none), absent);
 }
 
 TYPED_TEST(EverySettingType, IsNotReadFromTheConfigurationAsAnother) {
     bool const is_int = TypeParam::type == IntSetting::type;
-    write_file(this->folder_.configuration(),
-               std::string(R"({"format": 1, "values": {"key": {"type": )") +
-                   (is_int ? R"("string", "value": "5")" : R"("int", "value": 5)") + "}}}");
+    writeFile(this->folder_.configuration(),
+              std::string(R"({"format": 1, "values": {"key": {"type": )") +
+                  (is_int ? R"("string", "value": "5")" : R"("int", "value": 5)") + "}}}");
     typename TypeParam::Value value{};
-    EXPECT_EQ(TypeParam::get_configured("key", value), other_type);
+    EXPECT_EQ(TypeParam::getConfigured("key", value), other_type);
 }

@@ -18,13 +18,13 @@ using SettingValues = SettingsTest;
 
 /// Calls `refused`, which must return 1, and gives what it has logged.
 template <typename Call>
-std::string log_of_refused(Call refused) {
+std::string logOfRefused(Call refused) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(refused(), invalid);
     return testing::internal::GetCapturedStderr();
 }
 
-std::uint64_t bits_of(double number) {
+std::uint64_t bitsOf(double number) {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &number, sizeof bits);
     return bits;
@@ -50,19 +50,19 @@ TEST_F(SettingValues, ThatAreDoublesComeBackBitByBit) {
     for (double const number : numbers) {
         // Over what was there: 0 and -0 are equal and not the same.
         ASSERT_EQ(DoubleSetting::set("number", number), done);
-        forget_settings();
+        forgetSettings();
         double found = 1;
         ASSERT_EQ(DoubleSetting::get("number", found), done);
-        EXPECT_EQ(bits_of(found), bits_of(number)) << number;
+        EXPECT_EQ(bitsOf(found), bitsOf(number)) << number;
         list.push_back(number);
     }
     ASSERT_EQ(ListOfDoublesSetting::set("list", list), done);
-    forget_settings();
+    forgetSettings();
     std::vector<double> found;
     ASSERT_EQ(ListOfDoublesSetting::get("list", found), done);
     ASSERT_EQ(found.size(), list.size());
     for (std::size_t index = 0; index < list.size(); ++index) {
-        EXPECT_EQ(bits_of(found[index]), bits_of(list[index]));
+        EXPECT_EQ(bitsOf(found[index]), bitsOf(list[index]));
     }
 }
 
@@ -70,13 +70,13 @@ TEST_F(SettingValues, ThatAreNoFiniteNumbersAreRefused) {
     for (double const number :
          {std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity(),
           std::numeric_limits<double>::quiet_NaN()}) {
-        std::string const log = log_of_refused([&] { return DoubleSetting::set("gain", number); });
+        std::string const log = logOfRefused([&] { return DoubleSetting::set("gain", number); });
         EXPECT_NE(log.find("korvo_core_settings_set_double_value refused a value for the key \"gain\": "
                            "it is no finite number"),
                   std::string::npos)
             << log;
-        std::string const list_log = log_of_refused([&] {
-            return ListOfDoublesSetting::set_default("gains", {1, number});
+        std::string const list_log = logOfRefused([&] {
+            return ListOfDoublesSetting::setDefault("gains", {1, number});
         });
         EXPECT_NE(list_log.find("\"gains\": element 1: it is no finite number"), std::string::npos)
             << list_log;
@@ -88,11 +88,11 @@ TEST_F(SettingValues, ThatAreNoFiniteNumbersAreRefused) {
 TEST_F(SettingValues, ThatAreNoUtf8AreRefused) {
     for (std::string const text :
          {"\x80", "a\xff", "\xc3", "\xc0\x80", "\xed\xa0\x80", "\xf4\x90\x80\x80", "\xe2\x82"}) {
-        std::string const log = log_of_refused([&] { return StringSetting::set("name", text); });
+        std::string const log = logOfRefused([&] { return StringSetting::set("name", text); });
         EXPECT_NE(log.find("refused a value for the key \"name\": it is no UTF-8"), std::string::npos) << log;
-        (void)log_of_refused([&] { return StringSetting::set_default("name", text); });
-        (void)log_of_refused([&] { return ListOfStringsSetting::set("names", {"good", text}); });
-        (void)log_of_refused([&] { return JsonSetting::set("json", '"' + text + '"'); });
+        (void)logOfRefused([&] { return StringSetting::setDefault("name", text); });
+        (void)logOfRefused([&] { return ListOfStringsSetting::set("names", {"good", text}); });
+        (void)logOfRefused([&] { return JsonSetting::set("json", '"' + text + '"'); });
     }
     EXPECT_EQ(korvo_core_settings_does_key_exist("name"), 0);
     EXPECT_EQ(korvo_core_settings_does_key_exist("names"), 0);
@@ -103,15 +103,15 @@ TEST_F(SettingValues, StandUnderAnyKeyThatIsUtf8) {
     for (std::string const key :
          {"", " ", "a.b/c", "\"quoted\"\\", "../../etc", "\xd0\xba\xd0\xbb\xd1\x8e\xd1\x87", "line\nend"}) {
         ASSERT_EQ(IntSetting::set(key.c_str(), 7), done) << key;
-        forget_settings();
+        forgetSettings();
         int number = 0;
         EXPECT_EQ(IntSetting::get(key.c_str(), number), done) << key;
         EXPECT_EQ(number, 7);
     }
-    std::string const log = log_of_refused([] { return IntSetting::set("bad\xff", 7); });
+    std::string const log = logOfRefused([] { return IntSetting::set("bad\xff", 7); });
     EXPECT_NE(log.find("the key is no UTF-8"), std::string::npos) << log;
     ASSERT_EQ(IntSetting::set("good", 7), done);
-    (void)log_of_refused([] { return IntSetting::copy("good", "bad\xff"); });
+    (void)logOfRefused([] { return IntSetting::copy("good", "bad\xff"); });
 }
 
 TEST_F(SettingValues, ThatAreJsonComeBackCharacterByCharacter) {
@@ -119,7 +119,7 @@ TEST_F(SettingValues, ThatAreJsonComeBackCharacterByCharacter) {
          {"{}", "[]", "0", "-1.50", "1e2", "12345678901234567890123", "true", "\"text\"",
           " { \"a\" :\t1.0 }\n", "[\"\\u00e4\", \"\\/\"]", "{\"a\":{\"b\":[1,2,{\"c\":null}]}}"}) {
         ASSERT_EQ(JsonSetting::set("key", text), done) << text;
-        forget_settings();
+        forgetSettings();
         std::string found;
         ASSERT_EQ(JsonSetting::get("key", found), done) << text;
         EXPECT_EQ(found, text);
@@ -131,7 +131,7 @@ TEST_F(SettingValues, ThatAreNoJsonAreRefused) {
     for (std::string const text :
          {"", " ", "{", "{} {}", "nul", "{\"a\":1,}", "[1 2]", "'a'", "{\"a\":1,\"a\":2}",
           "{\"b\":[{\"a\":1,\"a\":2}]}", "1e999", "01", "\"line\nend\"", "NaN"}) {
-        std::string const log = log_of_refused([&] { return JsonSetting::set("key", text); });
+        std::string const log = logOfRefused([&] { return JsonSetting::set("key", text); });
         EXPECT_NE(
             log.find("korvo_core_settings_set_json_value refused a value for the key \"key\": it is no JSON "
                      "text: "),
@@ -146,7 +146,7 @@ TEST_F(SettingValues, ThatAreNoJsonAreRefused) {
 TEST_F(SettingValues, ThatAreJsonMayNest32Deep) {
     std::string const deep = std::string(32, '[') + std::string(32, ']');
     EXPECT_EQ(JsonSetting::set("key", deep), done);
-    (void)log_of_refused([&] { return JsonSetting::set("key", '[' + deep + ']'); });
+    (void)logOfRefused([&] { return JsonSetting::set("key", '[' + deep + ']'); });
 }
 
 TEST_F(SettingValues, ThatAreFlagsAreZeroOrOne) {
@@ -181,9 +181,9 @@ TEST_F(SettingValues, ThatAreNullAreRefused) {
 TEST_F(SettingValues, AreBoundedAllTogether) {
     ASSERT_EQ(StringSetting::set("half", std::string(9 * 1024 * 1024, 'x')), done);
     std::string const log =
-        log_of_refused([] { return StringSetting::set("other half", std::string(9 * 1024 * 1024, 'y')); });
+        logOfRefused([] { return StringSetting::set("other half", std::string(9 * 1024 * 1024, 'y')); });
     EXPECT_NE(log.find("larger than 16777216 bytes"), std::string::npos) << log;
-    forget_settings();
+    forgetSettings();
     std::string found;
     EXPECT_EQ(StringSetting::get("half", found), done);
     EXPECT_EQ(found.size(), 9U * 1024 * 1024);
@@ -196,7 +196,7 @@ TEST_F(SettingValues, MayBeLongLists) {
         numbers.push_back(number * 3);
     }
     ASSERT_EQ(ListOfIntsSetting::set("numbers", numbers), done);
-    forget_settings();
+    forgetSettings();
     std::vector<int> found;
     ASSERT_EQ(ListOfIntsSetting::get("numbers", found), done);
     EXPECT_EQ(found, numbers);

@@ -22,7 +22,7 @@ Variable::~Variable() {
     (void)(before_ ? setenv(name_, before_->c_str(), 1) : unsetenv(name_));
 }
 
-void forget_settings() {
+void forgetSettings() {
     EXPECT_EQ(korvo_core_settings_deinit(), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(korvo_core_configuration_deinit(), KORVO_CORE_STATUS_NO_ERROR);
 }
@@ -34,22 +34,22 @@ TestStateFolder::TestStateFolder() {
     }
     parent_ = name;
     variable_.emplace("KORVO_STATE_DIR", path());
-    forget_settings();
+    forgetSettings();
 }
 
 TestStateFolder::~TestStateFolder() {
-    forget_settings();
+    forgetSettings();
     std::error_code ignored;
     std::filesystem::remove_all(parent_, ignored);
 }
 
-std::string read_file(std::string const &path) {
+std::string readFile(std::string const &path) {
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();
     return text.str();
 }
 
-void write_file(std::string const &path, std::string const &text) {
+void writeFile(std::string const &path, std::string const &text) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << text;

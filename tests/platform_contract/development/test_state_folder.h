@@ -22,7 +22,7 @@ class Variable {
 };
 
 /// Makes settings and configuration look at the environment and at their files again, as in a new process.
-void forget_settings();
+void forgetSettings();
 
 /// A new folder for the settings of one test, named in KORVO_STATE_DIR while it lives and removed afterwards.
 class TestStateFolder {
@@ -43,10 +43,10 @@ class TestStateFolder {
 };
 
 /// The contents of a file; empty when there is none.
-std::string read_file(std::string const &path);
+std::string readFile(std::string const &path);
 
 /// Writes a file as people do, making its folder.
-void write_file(std::string const &path, std::string const &text);
+void writeFile(std::string const &path, std::string const &text);
 
 /// A test with a state folder of its own, which does not exist yet.
 class SettingsTest : public testing::Test {

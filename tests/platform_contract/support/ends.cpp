@@ -8,7 +8,7 @@
 
 namespace {
 
-std::string take_text(char *text) {
+std::string takeText(char *text) {
     std::string const copy = text != nullptr ? text : "(NULL)";
     std::free(text);
     return copy;
@@ -55,7 +55,7 @@ void Service::close() {
     }
 }
 
-void Service::answer_with(Answer answer) {
+void Service::answerWith(Answer answer) {
     answer_ = std::move(answer);
     EXPECT_EQ(korvo_core_ipc_target_command_receive_callback(handle_, take, this),
               KORVO_CORE_STATUS_NO_ERROR);
@@ -77,7 +77,7 @@ korvo_core_status Service::poll(Command &command, unsigned int timeout) {
     korvo_core_status const status =
         korvo_core_ipc_target_command_receive(handle_, timeout, &source, &request_id, &text);
     if (status == KORVO_CORE_STATUS_NO_ERROR) {
-        command = {take_text(source), take_text(request_id), take_text(text)};
+        command = {takeText(source), takeText(request_id), takeText(text)};
     }
     return status;
 }
@@ -120,18 +120,18 @@ korvo_core_status Client::receive(Response &response, int timeout) {
     korvo_core_status const status =
         korvo_core_ipc_initiator_response_receive(handle_, timeout, &service, &target, &request_id, &text);
     if (status == KORVO_CORE_STATUS_NO_ERROR) {
-        response = {take_text(service), take_text(target), take_text(request_id), take_text(text)};
+        response = {takeText(service), takeText(target), takeText(request_id), takeText(text)};
     }
     return status;
 }
 
-void Client::collect_responses() {
-    EXPECT_EQ(korvo_core_ipc_initiator_response_receive_callback(handle_, take_response, this),
+void Client::collectResponses() {
+    EXPECT_EQ(korvo_core_ipc_initiator_response_receive_callback(handle_, takeResponse, this),
               KORVO_CORE_STATUS_NO_ERROR);
 }
 
-void Client::collect_events() {
-    EXPECT_EQ(korvo_core_ipc_initiator_event_receive_callback(handle_, take_event, this),
+void Client::collectEvents() {
+    EXPECT_EQ(korvo_core_ipc_initiator_event_receive_callback(handle_, takeEvent, this),
               KORVO_CORE_STATUS_NO_ERROR);
 }
 
@@ -139,15 +139,15 @@ korvo_core_status Client::subscribe(char const *service) {
     return korvo_core_ipc_initiator_event_subscribe(handle_, service);
 }
 
-void Client::take_response(char **service, char **target, char **request_id, char **response, void *context) {
+void Client::takeResponse(char **service, char **target, char **request_id, char **response, void *context) {
     static_cast<Client *>(context)->responses.put({*service, *target, *request_id, *response});
 }
 
-void Client::take_event(char **service, char **source, char **event, void *context) {
+void Client::takeEvent(char **service, char **source, char **event, void *context) {
     static_cast<Client *>(context)->events.put({*service, *source, *event});
 }
 
-std::optional<Event> publish_until_received(Service &service, Client &client, std::string const &event) {
+std::optional<Event> publishUntilReceived(Service &service, Client &client, std::string const &event) {
     auto const end = std::chrono::steady_clock::now() + patience;
     while (std::chrono::steady_clock::now() < end) {
         EXPECT_EQ(service.publish(event), KORVO_CORE_STATUS_NO_ERROR);

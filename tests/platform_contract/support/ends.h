@@ -48,7 +48,7 @@ class Logging {
     void *handle_ = nullptr;
 };
 
-/// An open service. Commands are polled for, or go to a function while answer_with() is in force.
+/// An open service. Commands are polled for, or go to a function while answerWith() is in force.
 class Service {
   public:
     /// Gives a response to a command, or an empty text for none.
@@ -62,7 +62,7 @@ class Service {
     void *handle() const { return handle_; }
     void close();
 
-    void answer_with(Answer answer);
+    void answerWith(Answer answer);
     korvo_core_status poll(Command &command, unsigned int timeout = 20000);
     korvo_core_status respond(Command const &command, std::string const &response);
     korvo_core_status publish(std::string const &event);
@@ -91,17 +91,17 @@ class Client {
     korvo_core_status receive(Response &response, int timeout = 20000);
 
     /// From now on responses and events arrive in the mailboxes.
-    void collect_responses();
-    void collect_events();
+    void collectResponses();
+    void collectEvents();
     korvo_core_status subscribe(char const *service = "sample");
 
     Mailbox<Response> responses;
     Mailbox<Event> events;
 
   private:
-    static void take_response(char **service, char **target, char **request_id, char **response,
-                              void *context);
-    static void take_event(char **service, char **source, char **event, void *context);
+    static void takeResponse(char **service, char **target, char **request_id, char **response,
+                             void *context);
+    static void takeEvent(char **service, char **source, char **event, void *context);
 
     Logging logging_;
     void *handle_ = nullptr;
@@ -109,6 +109,6 @@ class Client {
 
 /// Publishes `event` until the client has got one, since a service may learn of a subscription a little later
 /// than the subscriber; gives that one.
-std::optional<Event> publish_until_received(Service &service, Client &client, std::string const &event);
+std::optional<Event> publishUntilReceived(Service &service, Client &client, std::string const &event);
 
 #endif

@@ -42,28 +42,28 @@ korvo_core_status Object::exchange(char const *method, double number, json::Obje
     return sent != KORVO_CORE_STATUS_NO_ERROR ? sent : receive(request_id.get(), method, response);
 }
 
-korvo_core_status Object::send_async(char const *request_id, char const *method, double number) {
-    EXPECT_EQ(korvo_core_ipc_initiator_response_receive_callback(messagingHandle(), take_response, this),
+korvo_core_status Object::sendAsync(char const *request_id, char const *method, double number) {
+    EXPECT_EQ(korvo_core_ipc_initiator_response_receive_callback(messagingHandle(), takeResponse, this),
               KORVO_CORE_STATUS_NO_ERROR);
     return send(request_id, method, number);
 }
 
-void Object::collect_events() {
+void Object::collectEvents() {
     EXPECT_EQ(korvo_core_ipc_initiator_event_subscribe(messagingHandle(), "sample"),
               KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(korvo_core_ipc_initiator_event_receive_callback(messagingHandle(), take_event, this),
+    EXPECT_EQ(korvo_core_ipc_initiator_event_receive_callback(messagingHandle(), takeEvent, this),
               KORVO_CORE_STATUS_NO_ERROR);
 }
 
-void Object::take_response(char **service, char **target, char **request_id, char **response, void *context) {
+void Object::takeResponse(char **service, char **target, char **request_id, char **response, void *context) {
     static_cast<Object *>(context)->initiatorResponseCallback(service, target, request_id, response);
 }
 
-void Object::take_event(char **service, char **source, char **event, void *context) {
+void Object::takeEvent(char **service, char **source, char **event, void *context) {
     static_cast<Object *>(context)->initiatorCallback(service, source, event);
 }
 
-std::optional<double> number_in(json::Object const &object, char const *name) {
+std::optional<double> numberIn(json::Object const &object, char const *name) {
     try {
         return object[name].CastTo<json::Number>().value();
     } catch (json::Exception const &) {

@@ -39,8 +39,8 @@ class Object : public korvoInitiatorInterfaces {
     /// Both, with a fresh identifier.
     korvo_core_status exchange(char const *method, double number, json::Object &response);
     /// Announces that the response goes to subclassResponseDispatch(), and sends.
-    korvo_core_status send_async(char const *request_id, char const *method, double number = 0);
-    void collect_events();
+    korvo_core_status sendAsync(char const *request_id, char const *method, double number = 0);
+    void collectEvents();
 
     Mailbox<Response> responses;
     Mailbox<Event> events;
@@ -48,12 +48,12 @@ class Object : public korvoInitiatorInterfaces {
     void (*at_response)(Object &object) = nullptr;
 
   private:
-    static void take_response(char **service, char **target, char **request_id, char **response,
-                              void *context);
-    static void take_event(char **service, char **source, char **event, void *context);
+    static void takeResponse(char **service, char **target, char **request_id, char **response,
+                             void *context);
+    static void takeEvent(char **service, char **source, char **event, void *context);
 };
 
 /// The number in a member; nothing when it is absent or no number.
-std::optional<double> number_in(json::Object const &object, char const *name);
+std::optional<double> numberIn(json::Object const &object, char const *name);
 
 #endif

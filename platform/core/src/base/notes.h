@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_PLATFORM_NOTES_H
+#define KORVO_PLATFORM_NOTES_H
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "base/logging.h"
+
+namespace platform {
+
+/// Holds a mutex and collects the log lines of the work done under it; they are written after the mutex is
+/// free, since whoever reads the log may be slow or stopped.
+class Hold {
+  public:
+    Hold(std::mutex &mutex, Log const &log) : lock_(mutex), log_(log) {}
+    ~Hold() {
+        if (lock_.owns_lock()) {
+            lock_.unlock();
+        }
+        writeNotes();
+    }
+
+    Hold(Hold const &) = delete;
+    Hold &operator=(Hold const &) = delete;
+
+    void lock() { lock_.lock(); }
+    void unlock() {
+        lock_.unlock();
+        writeNotes();
+    }
+    bool owns_lock() const { return lock_.owns_lock(); }
+    std::unique_lock<std::mutex> &mutex() { return lock_; }
+
+    void warn(std::string text) { notes_.push_back(std::move(text)); }
+
+  private:
+    void writeNotes() noexcept {
+        for (std::string const &note : notes_) {
+            log_.warning("%s", note.c_str());
+        }
+        notes_.clear();
+    }
+
+    std::unique_lock<std::mutex> lock_;
+    Log const &log_;
+    std::vector<std::string> notes_;
+};
+
+/// Counts what was dropped, and says when to tell of it: at the 1st, 2nd, 4th, 8th and so on, so that a flood
+/// does not become a flood of log lines.
+class DropCounter {
+  public:
+    bool count() {
+        ++total_;
+        return (total_ & (total_ - 1)) == 0;
+    }
+    std::uint64_t total() const { return total_; }
+
+  private:
+    std::uint64_t total_ = 0;
+};
+
+}  // namespace platform
+
+#endif

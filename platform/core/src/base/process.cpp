@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "base/process.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace platform::process {
+
+namespace {
+
+std::atomic<unsigned int> current_generation{0};
+
+struct State {
+    // Guards both lists; the first lock that a fork takes, and held by nobody while it takes another one.
+    std::mutex mutex;
+    std::vector<ForkSafeMutex *> mutexes;
+    std::vector<int> descriptors;
+};
+
+/// Lives as long as the process: a child closes descriptors at any time, also while the parent exits.
+State &state();
+
+void beforeFork() {
+    State &shared = state();
+    shared.mutex.lock();
+    for (ForkSafeMutex *const mutex : shared.mutexes) {
+        mutex->lock();
+    }
+}
+
+void releaseAfterFork(State &shared) {
+    for (auto mutex = shared.mutexes.rbegin(); mutex != shared.mutexes.rend(); ++mutex) {
+        (*mutex)->unlock();
+    }
+    shared.mutex.unlock();
+}
+
+void afterForkInParent() {
+    releaseAfterFork(state());
+}
+
+void afterForkInChild() {
+    State &shared = state();
+    current_generation.fetch_add(1);
+    for (int const descriptor : shared.descriptors) {
+        (void)close(descriptor);
+    }
+    shared.descriptors.clear();
+    releaseAfterFork(shared);
+}
+
+State &state() {
+    static State *const shared = [] {
+        auto *const made = new State;
+        int const failure = pthread_atfork(beforeFork, afterForkInParent, afterForkInChild);
+        if (failure != 0) {
+            delete made;
+            throw std::system_error(failure, std::generic_category(), "pthread_atfork");
+        }
+        return made;
+    }();
+    return *shared;
+}
+
+}  // namespace
+
+unsigned int generation() noexcept {
+    return current_generation.load(std::memory_order_relaxed);
+}
+
+void endOrphan(unsigned int generation_of_thread) noexcept {
+    if (generation_of_thread != generation()) {
+        _exit(0);
+    }
+}
+
+ForkSafeMutex::ForkSafeMutex() {
+    State &shared = state();
+    std::lock_guard<std::mutex> const lock(shared.mutex);
+    shared.mutexes.push_back(this);
+}
+
+Descriptor::Descriptor(int descriptor) : descriptor_(descriptor), generation_(generation()) {
+    if (descriptor_ < 0) {
+        return;
+    }
+    try {
+        State &shared = state();
+        std::lock_guard<std::mutex> const lock(shared.mutex);
+        shared.descriptors.push_back(descriptor_);
+    } catch (...) {
+        (void)close(descriptor_);
+        throw;
+    }
+}
+
+Descriptor::Descriptor(Descriptor &&other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)), generation_(other.generation_) {}
+
+Descriptor &Descriptor::operator=(Descriptor &&other) noexcept {
+    if (this != &other) {
+        reset();
+        descriptor_ = std::exchange(other.descriptor_, -1);
+        generation_ = other.generation_;
+    }
+    return *this;
+}
+
+void Descriptor::reset() noexcept {
+    int const descriptor = std::exchange(descriptor_, -1);
+    // An inherited number was closed right after the fork and may name something else by now.
+    if (descriptor < 0 || generation_ != generation()) {
+        return;
+    }
+    State &shared = state();
+    // Closed under the lock, so that no child closes the same number again after it has been reused.
+    std::lock_guard<std::mutex> const lock(shared.mutex);
+    auto const place = std::find(shared.descriptors.begin(), shared.descriptors.end(), descriptor);
+    if (place != shared.descriptors.end()) {
+        *place = shared.descriptors.back();
+        shared.descriptors.pop_back();
+    }
+    (void)close(descriptor);
+}
+
+}  // namespace platform::process

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_PLATFORM_PROCESS_H
+#define KORVO_PLATFORM_PROCESS_H
+
+// What a fork means for the core. The child gets copies of all objects, but not the threads that used them
+// and no promise about their locks. So everything made before a fork belongs to an earlier generation, which
+// the child recognises without a lock and leaves alone. Its copies of the descriptors are closed at once: a
+// connection that only a child still holds would look alive to the peer, and a service's name would stay
+// taken.
+
+#include <mutex>
+
+namespace platform::process {
+
+/// Grows by one in a child process; what was made under another number is inherited.
+unsigned int generation() noexcept;
+
+/// To be called after a callback on a thread of the core, with the generation that the thread was started in. A
+/// callback may have forked; then this is the only thread of the child, what it was doing belongs to the
+/// parent, and the child ends here, without exit handlers and with status 0.
+void endOrphan(unsigned int generation_of_thread) noexcept;
+
+/// A mutex that is free in a child process whatever other threads of the parent did while it forked. Only for
+/// objects that live as long as the process. Locked in the order of construction.
+class ForkSafeMutex {
+  public:
+    ForkSafeMutex();
+    ForkSafeMutex(ForkSafeMutex const &) = delete;
+    ForkSafeMutex &operator=(ForkSafeMutex const &) = delete;
+
+    void lock() { mutex_.lock(); }
+    void unlock() { mutex_.unlock(); }
+
+  private:
+    std::mutex mutex_;
+};
+
+/// Owns a descriptor: closes it at the end of its life, and in every child right after the fork.
+class Descriptor {
+  public:
+    Descriptor() = default;
+    /// Takes `descriptor`; a negative number is none.
+    explicit Descriptor(int descriptor);
+    ~Descriptor() { reset(); }
+
+    Descriptor(Descriptor &&other) noexcept;
+    Descriptor &operator=(Descriptor &&other) noexcept;
+
+    int get() const { return descriptor_; }
+    explicit operator bool() const { return descriptor_ >= 0; }
+    void reset() noexcept;
+
+  private:
+    int descriptor_ = -1;
+    unsigned int generation_ = 0;
+};
+
+}  // namespace platform::process
+
+#endif

@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_PLATFORM_MESSAGING_BOUNDS_H
+#define KORVO_PLATFORM_MESSAGING_BOUNDS_H
+
+// Every bound of the messaging, in one place. docs/development-platform.md tells what happens at each.
+
+#include <chrono>
+#include <cstddef>
+
+#include "base/sizes.h"
+
+namespace platform::limits {
+
+/// Payload of one frame: all its texts and their length fields.
+constexpr std::size_t frame_payload = 1 * mebibyte;
+/// What a connection reads at once, and the size to which its buffer returns after a large frame.
+constexpr std::size_t read_buffer = 32 * kibibyte;
+
+/// Requests an initiator keeps track of, answered or not.
+constexpr std::size_t tracked_requests = 65536;
+/// Responses kept for a later receive.
+constexpr std::size_t kept_responses = 1024;
+constexpr std::size_t kept_response_bytes = 8 * mebibyte;
+/// Copies of responses already given to a callback.
+constexpr std::size_t answered_responses = 32;
+constexpr std::size_t answered_response_bytes = 1 * mebibyte;
+/// Responses and events that wait for an initiator's callbacks.
+constexpr std::size_t waiting_responses = 16384;
+constexpr std::size_t waiting_response_bytes = 32 * mebibyte;
+constexpr std::size_t waiting_events = 1024;
+constexpr std::size_t waiting_event_bytes = 8 * mebibyte;
+/// Announcements of asynchronous requests that one thread has made and not used.
+constexpr std::size_t announcements = 8;
+
+/// Bytes for one peer that a service holds back: beyond the first, events for that peer are dropped; beyond
+/// the second, the peer is disconnected.
+constexpr std::size_t outgoing_event_bytes = 1 * mebibyte;
+constexpr std::size_t outgoing_bytes = 8 * mebibyte;
+/// From here on the thread that publishes an event sends by itself instead of leaving it to the service's
+/// thread.
+constexpr std::size_t outgoing_gathered_bytes = 16 * kibibyte;
+/// Commands that wait for a polling service; beyond that it reads no more until some are taken.
+constexpr std::size_t waiting_commands = 1024;
+/// Initiators that are connected to a service at one time.
+constexpr std::size_t peers = 512;
+/// Connections that a service takes in before it looks at those it has again. Some of them may have ended,
+/// and a burst of new ones must hold nobody up.
+constexpr unsigned int accepted_at_once = 16;
+
+/// How long a send may find a socket full before the connection is given up.
+constexpr std::chrono::milliseconds send_patience{5000};
+/// How long a response waits at most for others of the same batch.
+constexpr std::chrono::microseconds gathering{500};
+/// Pause before a subscription is made again on a connection that did not live longer than this.
+constexpr std::chrono::milliseconds reconnect_pause{1000};
+
+}  // namespace platform::limits
+
+#endif

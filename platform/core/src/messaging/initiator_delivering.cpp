@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: Apache-2.0
+// Initiator: callbacks and the thread that makes them.
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+
+#include "base/wake.h"
+#include "base/worker.h"
+#include "messaging/announcements.h"
+#include "messaging/initiator.h"
+#include "messaging/reader_role.h"
+
+namespace platform {
+
+namespace {
+
+// What an event of the epoll set is about, where it is not a connection's serial number.
+constexpr std::uint64_t wake_tag = 0;
+constexpr std::uint64_t folder_tag = 1;
+
+/// Adds the registration, or replaces the one with the same context.
+template <typename Registrations, typename Callback>
+void put(Registrations &registrations, Callback callback, void *context) {
+    for (auto &registration : registrations) {
+        if (registration.context == context) {
+            registration.callback = callback;
+            return;
+        }
+    }
+    registrations.push_back({callback, context});
+}
+
+/// Removes the registration of the context; all of them for NULL.
+template <typename Registrations>
+void remove(Registrations &registrations, void const *context) {
+    registrations.erase(std::remove_if(registrations.begin(), registrations.end(),
+                                       [&](auto const &registration) {
+                                           return context == nullptr || registration.context == context;
+                                       }),
+                        registrations.end());
+}
+
+template <typename Registrations>
+auto find(Registrations const &registrations, void const *context) {
+    return std::find_if(registrations.begin(), registrations.end(),
+                        [&](auto const &registration) { return registration.context == context; });
+}
+
+}  // namespace
+
+korvo_core_status Initiator::setResponseCallback(ResponseCallback callback, void *context) {
+    Hold hold(mutex_, log_);
+    if (is_closing_) {
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    if (callback == nullptr) {
+        remove(response_callbacks_, context);
+        if (find(response_callbacks_, last_response_context_) == response_callbacks_.end()) {
+            last_response_context_ =
+                response_callbacks_.empty() ? nullptr : response_callbacks_.back().context;
+        }
+        waitForCallback(hold, context);
+        return KORVO_CORE_STATUS_NO_ERROR;
+    }
+    startThread(hold);
+    put(response_callbacks_, callback, context);
+    last_response_context_ = context;
+    announcements::make(serial_, context);
+    // What came while nobody was there to take it.
+    while (Request *const request = requests_.firstForAnyone()) {
+        queueResponse(hold, Route::anyone, nullptr, request->address, Text(request->id),
+                      Text(request->response.view()));
+        requests_.erase(*request);
+    }
+    return KORVO_CORE_STATUS_NO_ERROR;
+}
+
+korvo_core_status Initiator::setEventCallback(EventCallback callback, void *context) {
+    Hold hold(mutex_, log_);
+    if (is_closing_) {
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    if (callback == nullptr) {
+        remove(event_callbacks_, context);
+        waitForCallback(hold, context);
+        return KORVO_CORE_STATUS_NO_ERROR;
+    }
+    startThread(hold);
+    put(event_callbacks_, callback, context);
+    wakeThread();
+    return KORVO_CORE_STATUS_NO_ERROR;
+}
+
+void Initiator::waitForCallback(Hold &hold, void *context) {
+    if (onMessagingThread()) {
+        return;
+    }
+    if (!hasCallbacks()) {
+        wakeThread();
+        called_.wait(hold.mutex(), [&] { return !is_running_ || hasCallbacks(); });
+        return;
+    }
+    std::uint64_t const number = calling_number_;
+    called_.wait(hold.mutex(), [&] {
+        return !is_calling_ || calling_number_ != number ||
+               (context != nullptr && calling_context_ != context);
+    });
+}
+
+void Initiator::startThread(Hold &hold) {
+    if (is_running_) {
+        return;
+    }
+    if (thread_.joinable()) {
+        // It has given up is_running_ as its last act under the mutex, so this does not wait for long.
+        thread_.join();
+    }
+    process::Descriptor wake = makeWake();
+    process::Descriptor epoll(epoll_create1(EPOLL_CLOEXEC));
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    event.data.u64 = wake_tag;
+    if (!epoll || epoll_ctl(epoll.get(), EPOLL_CTL_ADD, wake.get(), &event) != 0) {
+        throw std::system_error(errno, std::generic_category(), "epoll");
+    }
+    epoll_ = std::move(epoll);
+    wake_ = std::move(wake);
+    for (ConnectionPointer const &connection : connections_) {
+        watch(*connection, true);
+    }
+    watchFolder();
+
+    try {
+        thread_ = startWorker("korvo-messaging", [self = shared_from_this()] { self->run(); });
+    } catch (std::system_error const &error) {
+        hold.warn("cannot start a thread for callbacks: " + std::string(error.what()));
+        stopPolling();
+        throw;
+    }
+    thread_id_ = thread_.get_id();
+    is_running_ = true;
+    // Deliveries may be waiting already, and lost subscriptions too.
+    is_woken_ = false;
+    wakeThread();
+}
+
+void Initiator::stopPolling() {
+    for (ConnectionPointer const &connection : connections_) {
+        connection->is_polled = false;
+    }
+    epoll_.reset();
+    wake_.reset();
+}
+
+void Initiator::watchFolder() {
+    if (!epoll_ || watch_.descriptor() < 0) {
+        return;
+    }
+    epoll_event event = {};
+    event.events = EPOLLIN;
+    event.data.u64 = folder_tag;
+    (void)epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, watch_.descriptor(), &event);
+}
+
+void Initiator::run() {
+    Hold hold(mutex_, log_);
+    for (;;) {
+        try {
+            deliver(hold);
+            if (is_closing_ || !hasCallbacks()) {
+                break;
+            }
+            int const timeout = restoreTimeout();
+            int const epoll = epoll_.get();
+            hold.unlock();
+            std::array<epoll_event, 16> events;
+            int const count = epoll_wait(epoll, events.data(), static_cast<int>(events.size()), timeout);
+            hold.lock();
+            for (int index = 0; index < count; ++index) {
+                handleEpollEvent(hold, events.at(static_cast<std::size_t>(index)).data.u64);
+            }
+            restoreSubscriptions(hold);
+        } catch (std::exception const &error) {
+            if (!hold.owns_lock()) {
+                hold.lock();
+            }
+            hold.warn(std::string("a message was lost: ") + error.what());
+        }
+    }
+    stopPolling();
+    is_running_ = false;
+    called_.notify_all();
+}
+
+void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag) {
+    if (tag == wake_tag) {
+        drainWake(wake_);
+        is_woken_ = false;
+        return;
+    }
+    if (tag == folder_tag) {
+        handleFolderChange(hold);
+        return;
+    }
+    ConnectionPointer const connection = findConnection(tag);
+    if (connection == nullptr || connection->has_reader) {
+        return;
+    }
+    ReaderRole const role(hold, *this, *connection, true);
+    hold.unlock();
+    (void)read(hold, *connection, MSG_DONTWAIT);
+}
+
+void Initiator::deliver(Hold &hold) {
+    Delivery delivery;
+    bool is_event = false;
+    while (!is_closing_ && takeDelivery(delivery, is_event)) {
+        if (is_event) {
+            callEvent(hold, delivery);
+        } else {
+            callResponse(hold, std::move(delivery));
+        }
+    }
+}
+
+bool Initiator::takeDelivery(Delivery &delivery, bool &is_event) {
+    auto &responses = waiting_responses_.items;
+    auto &events = waiting_events_.items;
+    // Events stay until somebody registers for them; responses were queued for somebody.
+    bool const has_event = !events.empty() && !event_callbacks_.empty();
+    if (!has_event && responses.empty()) {
+        return false;
+    }
+    is_event = has_event && (responses.empty() || events.front().number < responses.front().number);
+    DeliveryQueue &queue = is_event ? waiting_events_ : waiting_responses_;
+    delivery = std::move(queue.items.front());
+    queue.items.pop_front();
+    queue.bytes -= DeliveryQueue::sizeOf(delivery);
+    return true;
+}
+
+void Initiator::callResponse(Hold &hold, Delivery delivery) {
+    auto const registration =
+        find(response_callbacks_,
+             delivery.route == Route::owner_callback ? delivery.owner : last_response_context_);
+    if (registration == response_callbacks_.end()) {
+        return;
+    }
+    ResponseCallback const callback = registration->callback;
+    void *const context = registration->context;
+    call(hold, context, [&] {
+        LentText service(delivery.address->service);
+        LentText target(delivery.address->target);
+        LentText request_id(std::move(delivery.first));
+        LentText response(std::move(delivery.body));
+        callback(service.address(), target.address(), request_id.address(), response.address(), context);
+    });
+}
+
+void Initiator::callEvent(Hold &hold, Delivery const &delivery) {
+    auto const registrations = event_callbacks_;
+    for (auto const &[callback, context] : registrations) {
+        // A callback may have unregistered one that comes after it.
+        if (is_closing_ || find(event_callbacks_, context) == event_callbacks_.end()) {
+            continue;
+        }
+        call(hold, context, [&, callback = callback, context = context] {
+            LentText service(delivery.address->service);
+            LentText source(delivery.first.view());
+            LentText event(delivery.body.view());
+            callback(service.address(), source.address(), event.address(), context);
+        });
+    }
+}
+
+template <typename Callback>
+void Initiator::call(Hold &hold, void *context, Callback callback) {
+    is_calling_ = true;
+    calling_context_ = context;
+    ++calling_number_;
+    hold.unlock();
+    try {
+        callback();
+    } catch (std::exception const &error) {
+        log_.error("a callback threw an exception: %s", error.what());
+    } catch (...) {
+        log_.error("a callback threw something that is no exception");
+    }
+    process::endOrphan(generation_);
+    hold.lock();
+    is_calling_ = false;
+    called_.notify_all();
+}
+
+void Initiator::wakeThread() {
+    if (is_running_ && !is_woken_ && !onMessagingThread()) {
+        is_woken_ = true;
+        signalWake(wake_);
+    }
+}
+
+void Initiator::wakeReceivers() {
+    receivers_.notify_all();
+    if (receivers_have_reader_) {
+        signalWake(receivers_wake_);
+    }
+}
+
+}  // namespace platform

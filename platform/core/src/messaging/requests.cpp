@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "messaging/requests.h"
+
+namespace platform {
+
+void RequestTable::Shelf::put(Request &request) {
+    list.push_back(request);
+    ++count;
+    bytes += request.response.size();
+}
+
+void RequestTable::Shelf::take(Request &request) {
+    request.unlink();
+    --count;
+    bytes -= request.response.size();
+}
+
+RequestTable::Shelf &RequestTable::shelfOf(Request const &request) {
+    if (request.shelf == Request::Shelf::answered) {
+        return answered_;
+    }
+    return request.route == Route::anyone ? kept_for_anyone_ : kept_;
+}
+
+Request *RequestTable::find(std::string_view id) {
+    auto const entry = map_.find(id);
+    return entry == map_.end() ? nullptr : &entry->second;
+}
+
+bool RequestTable::add(std::string_view id, std::uint64_t connection, std::shared_ptr<Address const> address,
+                       Route route, void const *owner) {
+    if (map_.size() >= limits::tracked_requests) {
+        auto oldest = outstanding_.begin();
+        while (oldest != outstanding_.end() && oldest->waiter != nullptr) {
+            ++oldest;
+        }
+        if (oldest == outstanding_.end()) {
+            return false;
+        }
+        erase(*oldest);
+    }
+    auto const entry = map_.try_emplace(std::string(id)).first;
+    Request &request = entry->second;
+    request.id = entry->first;
+    request.connection = connection;
+    request.address = std::move(address);
+    request.route = route;
+    request.owner = owner;
+    outstanding_.push_back(request);
+    return true;
+}
+
+unsigned int RequestTable::keep(Request &request, Text response) {
+    request.unlink();
+    request.response = std::move(response);
+    request.shelf = Request::Shelf::kept;
+    Shelf &shelf = shelfOf(request);
+    shelf.put(request);
+    unsigned int dropped = 0;
+    while (shelf.count > limits::kept_responses || shelf.bytes > limits::kept_response_bytes) {
+        erase(shelf.list.front());
+        ++dropped;
+    }
+    return dropped;
+}
+
+void RequestTable::rememberAnswered(Request &request, Text copy) {
+    request.unlink();
+    request.response = std::move(copy);
+    request.shelf = Request::Shelf::answered;
+    answered_.put(request);
+    while (answered_.count > limits::answered_responses ||
+           answered_.bytes > limits::answered_response_bytes) {
+        erase(answered_.list.front());
+    }
+}
+
+Request *RequestTable::firstForAnyone() {
+    return kept_for_anyone_.list.empty() ? nullptr : &kept_for_anyone_.list.front();
+}
+
+void RequestTable::erase(Request &request) {
+    if (request.shelf != Request::Shelf::outstanding) {
+        shelfOf(request).take(request);
+    }
+    map_.erase(map_.find(request.id));
+}
+
+RequestTable::Lost RequestTable::lose(std::uint64_t connection) {
+    Lost lost;
+    for (auto place = outstanding_.begin(); place != outstanding_.end();) {
+        Request &request = *place++;
+        if (request.connection != connection) {
+            continue;
+        }
+        if (request.waiter != nullptr) {
+            request.waiter->state = Waiter::State::lost;
+            request.waiter->condition.notify_one();
+        } else if (request.route == Route::anyone) {
+            ++lost.for_anyone;
+        } else if (request.route == Route::owner_callback) {
+            ++lost.for_callbacks;
+        }
+        erase(request);
+    }
+    return lost;
+}
+
+}  // namespace platform

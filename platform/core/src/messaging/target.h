@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_PLATFORM_TARGET_H
+#define KORVO_PLATFORM_TARGET_H
+
+// The service side of the messaging.
+//
+// One thread at a time serves: it waits for the sockets of all initiators, accepts new ones, reads commands
+// and writes what their sockets would not take before. While a command callback is registered that is a
+// thread of the target's own; otherwise it is whoever polls for commands, and whoever sends, for a moment
+// each time.
+//
+// Nobody ever waits for an initiator. What a socket does not take stays in that initiator's outgoing queue,
+// which is bounded; a stopped initiator loses events, and in the end its connection, and delays nobody else.
+//
+// What the serving thread sends while it handles one initiator's commands is gathered and leaves in one
+// piece.
+//
+// Locks. One mutex guards the table of peers and the queue of commands, each peer's own mutex its outgoing
+// queue. Order: mutex, peer's mutex. Neither is held during a system call that could wait, or during a
+// callback.
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <unordered_map>
+#include <vector>
+
+#include "base/deadline.h"
+#include "base/notes.h"
+#include "base/text.h"
+#include "korvo_core.h"
+#include "messaging/addressing.h"
+#include "messaging/frame.h"
+#include "messaging/messaging.h"
+#include "messaging/name_claim.h"
+
+namespace platform {
+
+class Target final : public Messaging, public std::enable_shared_from_this<Target> {
+  public:
+    using CommandCallback = void (*)(char **, char **, char **, void *);
+
+    struct Command {
+        Text source;
+        Text request_id;
+        Text command;
+    };
+
+    Target(void *logging, std::string_view service, std::string_view target, std::string_view name,
+           RuntimeFolder folder);
+
+    /// Takes the name and listens. Called once, before anything else.
+    korvo_core_status open();
+
+    korvo_core_status receive(int timeout, Command &command);
+    korvo_core_status setCommandCallback(CommandCallback callback, void *context);
+    korvo_core_status sendResponse(std::string_view source, std::string_view request_id,
+                                   std::string_view response);
+    korvo_core_status sendEvent(std::string_view event);
+
+    void close() override;
+    Target *asTarget() override { return this; }
+
+  private:
+    /// One connected initiator.
+    struct Peer {
+        Peer(process::Descriptor connected, std::uint64_t peer_number, std::string peer_source)
+            : socket(std::move(connected)), number(peer_number), source(std::move(peer_source)) {}
+
+        process::Descriptor const socket;
+        std::uint64_t const number;
+        /// Its address as the service sees it, not used twice by any service.
+        std::string const source;
+
+        // Used by the serving thread only.
+        frame::Decoder decoder;
+
+        std::mutex mutex;
+        // Guarded by the peer's mutex.
+        bool is_alive = true;
+        std::string outgoing;
+        /// How much of `outgoing` has left already.
+        std::size_t sent = 0;
+        /// The serving thread will send, for one of three reasons: it gathers what it sends itself, another
+        /// thread has asked it to, or the socket is full.
+        bool is_gathered = false;
+        bool is_arranged = false;
+        bool is_blocked = false;
+        DropCounter dropped_events;
+    };
+    using PeerPointer = std::shared_ptr<Peer>;
+
+    class ServingRole;
+
+    // target_serving.cpp
+    void serve(int timeout);
+    void serveWithoutWaiting();
+    void acceptPeers();
+    void readPeer(PeerPointer const &peer);
+    void handle(PeerPointer const &peer, frame::Frame const &frame);
+    void handleCommand(PeerPointer const &peer, frame::Frame const &frame);
+    void subscribe(PeerPointer const &peer, bool wanted);
+    void call(Hold &hold, Command command);
+    void startThread(Hold &hold);
+    void run();
+    bool onOwnThread() const { return is_running_ && std::this_thread::get_id() == thread_id_; }
+
+    // target_sending.cpp
+    /// How soon a frame must leave: an event may wait until the serving thread comes to it.
+    enum class Urgency { now, soon };
+    enum class PassResult { done, arrange, too_much, gone };
+    PassResult passOn(PeerPointer const &peer, frame::Type type, std::string_view first,
+                      std::string_view second, Urgency urgency);
+    enum class FlushResult { done, blocked, gone };
+    FlushResult flush(Peer &peer);
+    void flushOrDrop(PeerPointer const &peer);
+    void flushGathered();
+    void flushArranged();
+    void arrangeFlush(std::vector<PeerPointer> const &peers);
+    static void setInterest(int epoll, Peer const &peer, unsigned int events);
+    void drop(PeerPointer const &peer, char const *reason);
+    PeerPointer findPeer(std::string_view source);
+    bool isServingThread() const {
+        return serving_thread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
+    }
+
+    Log const log_;
+    std::string const service_;
+    std::string const target_;
+    std::string const name_;
+    RuntimeFolder const folder_;
+    std::string const source_prefix_;
+    unsigned int const generation_ = process::generation();
+
+    NameClaim claim_;
+    process::Descriptor epoll_;
+    process::Descriptor wake_;
+
+    std::atomic<std::thread::id> serving_thread_{std::thread::id()};
+    // Used by the serving thread only.
+    std::vector<PeerPointer> gathered_;
+    Clock::time_point gathering_since_{};
+    bool is_accepting_ = true;
+
+    std::mutex mutex_;
+    // Guarded by mutex_.
+    bool is_closing_ = false;
+    bool is_serving_ = false;
+    std::condition_variable served_;
+    std::unordered_map<std::uint64_t, PeerPointer> peers_;
+    DropCounter refused_peers_;
+    /// Replaced as a whole, so that a publisher can use it without the mutex.
+    std::shared_ptr<std::vector<PeerPointer> const> subscribers_;
+    std::uint64_t next_peer_ = 16;
+    std::deque<Command> commands_;
+    CommandCallback callback_ = nullptr;
+    void *context_ = nullptr;
+    std::thread thread_;
+    std::thread::id thread_id_;
+    bool is_running_ = false;
+    /// Peers that other threads have asked the serving thread to send to.
+    std::vector<PeerPointer> arranged_;
+};
+
+}  // namespace platform
+
+#endif

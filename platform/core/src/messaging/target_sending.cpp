@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: Apache-2.0
+// Target: responses and events.
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+
+#include "base/wake.h"
+#include "messaging/target.h"
+
+namespace platform {
+
+korvo_core_status Target::sendResponse(std::string_view source, std::string_view request_id,
+                                       std::string_view response) {
+    if (!frame::fits(request_id, response)) {
+        log_.error("a response of %zu bytes was not sent: a message has at most %zu bytes", response.size(),
+                   limits::frame_payload);
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    PeerPointer const peer = findPeer(source);
+    PassResult const result = peer == nullptr
+                                  ? PassResult::gone
+                                  : passOn(peer, frame::Type::response, request_id, response, Urgency::now);
+    switch (result) {
+        case PassResult::done:
+        case PassResult::arrange:
+            return KORVO_CORE_STATUS_NO_ERROR;
+        case PassResult::too_much:
+            drop(peer, "it does not read its responses");
+            return KORVO_CORE_STATUS_IPC_FAILED;
+        case PassResult::gone:
+            break;
+    }
+    log_.info("a response of service %s was not sent: the initiator that it is for is gone",
+              service_.c_str());
+    return KORVO_CORE_STATUS_DISABLED_TARGET;
+}
+
+korvo_core_status Target::sendEvent(std::string_view event) {
+    if (!frame::fits(target_, event)) {
+        log_.error("an event of %zu bytes was not sent: a message has at most %zu bytes", event.size(),
+                   limits::frame_payload);
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    // Without a thread of its own the service may not have read yet who subscribes.
+    serveWithoutWaiting();
+    std::shared_ptr<std::vector<PeerPointer> const> subscribers;
+    Urgency urgency = Urgency::now;
+    {
+        Hold hold(mutex_, log_);
+        if (is_closing_) {
+            return KORVO_CORE_STATUS_IPC_FAILED;
+        }
+        subscribers = subscribers_;
+        if (is_running_) {
+            urgency = Urgency::soon;
+        }
+    }
+    std::vector<PeerPointer> to_arrange;
+    for (PeerPointer const &peer : *subscribers) {
+        switch (passOn(peer, frame::Type::event, target_, event, urgency)) {
+            case PassResult::arrange:
+                to_arrange.push_back(peer);
+                break;
+            case PassResult::too_much:
+                drop(peer, "it does not read its events");
+                break;
+            case PassResult::done:
+            case PassResult::gone:
+                break;
+        }
+    }
+    if (!to_arrange.empty()) {
+        arrangeFlush(to_arrange);
+    }
+    return KORVO_CORE_STATUS_NO_ERROR;
+}
+
+Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std::string_view first,
+                                  std::string_view second, Urgency urgency) {
+    FlushResult flushed = FlushResult::done;
+    {
+        Hold hold(peer->mutex, log_);
+        if (!peer->is_alive) {
+            return PassResult::gone;
+        }
+        std::size_t const waiting = peer->outgoing.size() - peer->sent;
+        std::size_t const more = first.size() + second.size();
+        if (type == frame::Type::event && waiting != 0 && waiting + more > limits::outgoing_event_bytes) {
+            if (peer->dropped_events.count()) {
+                hold.warn("an initiator of service " + service_ + " does not read its events; dropped " +
+                          std::to_string(peer->dropped_events.total()) + " so far");
+            }
+            return PassResult::done;
+        }
+        if (waiting != 0 && waiting + more > limits::outgoing_bytes) {
+            return PassResult::too_much;
+        }
+        if (peer->sent > limits::outgoing_gathered_bytes && peer->sent > waiting) {
+            peer->outgoing.erase(0, peer->sent);
+            peer->sent = 0;
+        }
+        frame::append(peer->outgoing, type, first, second);
+        if (peer->is_blocked) {
+            return PassResult::done;
+        }
+        if (isServingThread()) {
+            if (!peer->is_gathered) {
+                peer->is_gathered = true;
+                if (gathered_.empty()) {
+                    gathering_since_ = Clock::now();
+                }
+                gathered_.push_back(peer);
+            }
+            return PassResult::done;
+        }
+        if (urgency == Urgency::soon && waiting + more < limits::outgoing_gathered_bytes) {
+            return std::exchange(peer->is_arranged, true) ? PassResult::done : PassResult::arrange;
+        }
+        flushed = flush(*peer);
+    }
+    if (flushed == FlushResult::gone) {
+        drop(peer, "it closed the connection");
+        return PassResult::gone;
+    }
+    return PassResult::done;
+}
+
+/// With the peer's mutex held.
+Target::FlushResult Target::flush(Peer &peer) {
+    while (peer.sent < peer.outgoing.size()) {
+        ssize_t const count = send(peer.socket.get(), peer.outgoing.data() + peer.sent,
+                                   peer.outgoing.size() - peer.sent, MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (count >= 0) {
+            peer.sent += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            if (!peer.is_blocked) {
+                peer.is_blocked = true;
+                setInterest(epoll_.get(), peer, EPOLLIN | EPOLLOUT);
+            }
+            return FlushResult::blocked;
+        } else if (errno != EINTR) {
+            return FlushResult::gone;
+        }
+    }
+    peer.sent = 0;
+    if (peer.outgoing.capacity() > 4 * limits::outgoing_gathered_bytes) {
+        peer.outgoing = std::string();
+    } else {
+        peer.outgoing.clear();
+    }
+    if (peer.is_blocked) {
+        peer.is_blocked = false;
+        setInterest(epoll_.get(), peer, EPOLLIN);
+    }
+    return FlushResult::done;
+}
+
+void Target::setInterest(int epoll, Peer const &peer, unsigned int events) {
+    epoll_event event = {};
+    event.events = events;
+    event.data.u64 = peer.number;
+    (void)epoll_ctl(epoll, EPOLL_CTL_MOD, peer.socket.get(), &event);
+}
+
+void Target::flushOrDrop(PeerPointer const &peer) {
+    FlushResult result = FlushResult::done;
+    {
+        std::lock_guard<std::mutex> const lock(peer->mutex);
+        peer->is_gathered = false;
+        peer->is_arranged = false;
+        if (peer->is_alive) {
+            result = flush(*peer);
+        }
+    }
+    if (result == FlushResult::gone) {
+        drop(peer, "it closed the connection");
+    }
+}
+
+void Target::flushGathered() {
+    for (PeerPointer const &peer : gathered_) {
+        flushOrDrop(peer);
+    }
+    gathered_.clear();
+}
+
+void Target::flushArranged() {
+    std::vector<PeerPointer> peers;
+    {
+        Hold hold(mutex_, log_);
+        peers.swap(arranged_);
+    }
+    for (PeerPointer const &peer : peers) {
+        flushOrDrop(peer);
+    }
+}
+
+void Target::arrangeFlush(std::vector<PeerPointer> const &peers) {
+    {
+        Hold hold(mutex_, log_);
+        if (is_running_) {
+            bool const is_first = arranged_.empty();
+            arranged_.insert(arranged_.end(), peers.begin(), peers.end());
+            if (is_first) {
+                signalWake(wake_);
+            }
+            return;
+        }
+    }
+    for (PeerPointer const &peer : peers) {
+        flushOrDrop(peer);
+    }
+}
+
+void Target::drop(PeerPointer const &peer, char const *reason) {
+    {
+        Hold hold(mutex_, log_);
+        if (peers_.erase(peer->number) == 0) {
+            return;
+        }
+        std::lock_guard<std::mutex> const lock(peer->mutex);
+        peer->is_alive = false;
+        (void)epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, peer->socket.get(), nullptr);
+        // The descriptor itself is closed by the last thread that uses it.
+        (void)shutdown(peer->socket.get(), SHUT_RDWR);
+    }
+    subscribe(peer, false);
+    log_.info("an initiator of service %s is gone: %s", service_.c_str(), reason);
+}
+
+Target::PeerPointer Target::findPeer(std::string_view source) {
+    if (source.size() <= source_prefix_.size() || source.substr(0, source_prefix_.size()) != source_prefix_) {
+        return nullptr;
+    }
+    std::uint64_t number = 0;
+    char const *const begin = source.data() + source_prefix_.size();
+    char const *const end = source.data() + source.size();
+    auto const [stopped, failure] = std::from_chars(begin, end, number);
+    if (failure != std::errc() || stopped != end) {
+        return nullptr;
+    }
+    Hold hold(mutex_, log_);
+    auto const place = peers_.find(number);
+    return place == peers_.end() ? nullptr : place->second;
+}
+
+}  // namespace platform

@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: Apache-2.0
+// Target: accepting initiators and taking their commands.
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+#include "base/wake.h"
+#include "base/worker.h"
+#include "messaging/serving_role.h"
+#include "messaging/target.h"
+
+namespace platform {
+
+namespace {
+
+/// How long no initiators are accepted after the process ran out of descriptors.
+constexpr int accept_pause_ms = 100;
+
+}  // namespace
+
+korvo_core_status Target::receive(int timeout, Command &command) {
+    Deadline const deadline(timeout);
+    Hold hold(mutex_, log_);
+    bool has_looked = false;
+    for (;;) {
+        if (callback_ != nullptr) {
+            hold.warn("commands cannot be polled for while a command callback is registered");
+            return KORVO_CORE_STATUS_MULTI_THREAD_ACCESS;
+        }
+        if (is_closing_) {
+            return KORVO_CORE_STATUS_IPC_FAILED;
+        }
+        if (!commands_.empty()) {
+            command = std::move(commands_.front());
+            commands_.pop_front();
+            return KORVO_CORE_STATUS_NO_ERROR;
+        }
+        if (has_looked && deadline.hasPassed()) {
+            return KORVO_CORE_STATUS_IPC_FAILED;
+        }
+        has_looked = true;
+        if (is_serving_) {
+            if (!deadline.hasPassed()) {
+                deadline.wait(served_, hold.mutex());
+            }
+            continue;
+        }
+        ServingRole const role(hold, *this);
+        hold.unlock();
+        serve(deadline.remaining());
+    }
+}
+
+korvo_core_status Target::setCommandCallback(CommandCallback callback, void *context) {
+    Hold hold(mutex_, log_);
+    if (is_closing_) {
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    if (callback != nullptr) {
+        callback_ = callback;
+        context_ = context;
+        startThread(hold);
+        return KORVO_CORE_STATUS_NO_ERROR;
+    }
+    callback_ = nullptr;
+    context_ = nullptr;
+    if (!onOwnThread()) {
+        signalWake(wake_);
+        served_.wait(hold.mutex(), [&] { return !is_running_ || callback_ != nullptr; });
+    }
+    return KORVO_CORE_STATUS_NO_ERROR;
+}
+
+void Target::startThread(Hold &hold) {
+    if (is_running_) {
+        return;
+    }
+    if (thread_.joinable()) {
+        // It has given up is_running_ as its last act under the mutex, so this does not wait for long.
+        thread_.join();
+    }
+    try {
+        thread_ = startWorker("korvo-service", [self = shared_from_this()] { self->run(); });
+    } catch (std::exception const &error) {
+        callback_ = nullptr;
+        hold.warn("cannot start a thread for commands: " + std::string(error.what()));
+        throw;
+    }
+    thread_id_ = thread_.get_id();
+    is_running_ = true;
+    // For a thread that polls just now; it has to leave.
+    signalWake(wake_);
+}
+
+void Target::run() {
+    Hold hold(mutex_, log_);
+    served_.wait(hold.mutex(), [&] { return !is_serving_; });
+    is_serving_ = true;
+    while (!is_closing_ && callback_ != nullptr) {
+        try {
+            // What came while nobody was there to take it.
+            while (!commands_.empty() && callback_ != nullptr && !is_closing_) {
+                Command command = std::move(commands_.front());
+                commands_.pop_front();
+                call(hold, std::move(command));
+            }
+            if (is_closing_ || callback_ == nullptr) {
+                break;
+            }
+            hold.unlock();
+            serve(-1);
+            hold.lock();
+        } catch (std::exception const &error) {
+            if (!hold.owns_lock()) {
+                hold.lock();
+            }
+            hold.warn(std::string("a command was lost: ") + error.what());
+        }
+    }
+    is_serving_ = false;
+    is_running_ = false;
+    served_.notify_all();
+    hold.unlock();
+    flushArranged();
+}
+
+void Target::serveWithoutWaiting() {
+    Hold hold(mutex_, log_);
+    if (is_serving_ || is_closing_) {
+        return;
+    }
+    ServingRole const role(hold, *this);
+    hold.unlock();
+    serve(0);
+}
+
+void Target::serve(int timeout) {
+    serving_thread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    flushGathered();
+    std::array<epoll_event, 32> events;
+    if (!is_accepting_) {
+        timeout = timeout < 0 ? accept_pause_ms : std::min(timeout, accept_pause_ms);
+    }
+    int const count = epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()), timeout);
+    if (!is_accepting_) {
+        epoll_event event = {};
+        event.events = EPOLLIN;
+        event.data.u64 = listener_tag;
+        is_accepting_ = epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, claim_.listener(), &event) == 0;
+    }
+    for (int index = 0; index < count; ++index) {
+        epoll_event const &event = events.at(static_cast<std::size_t>(index));
+        if (event.data.u64 == wake_tag) {
+            drainWake(wake_);
+            flushArranged();
+            continue;
+        }
+        if (event.data.u64 == listener_tag) {
+            acceptPeers();
+            continue;
+        }
+        PeerPointer peer;
+        bool may_read = true;
+        {
+            Hold hold(mutex_, log_);
+            if (is_closing_) {
+                break;
+            }
+            // A copy, since the kernel's structure is packed and its member need not be aligned.
+            std::uint64_t const number = event.data.u64;
+            auto const place = peers_.find(number);
+            if (place == peers_.end()) {
+                continue;
+            }
+            peer = place->second;
+            may_read = callback_ != nullptr || commands_.size() < limits::waiting_commands;
+        }
+        if ((event.events & EPOLLOUT) != 0) {
+            flushOrDrop(peer);
+        }
+        if ((event.events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0 && may_read) {
+            readPeer(peer);
+        }
+    }
+    serving_thread_.store(std::thread::id(), std::memory_order_relaxed);
+}
+
+void Target::acceptPeers() {
+    for (unsigned int accepted = 0; accepted < limits::accepted_at_once; ++accepted) {
+        process::Descriptor connected(
+            accept4(claim_.listener(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (!connected) {
+            if (errno == EAGAIN || errno == EWOULDBLOCK) {
+                return;
+            }
+            if (errno == EINTR || errno == ECONNABORTED) {
+                continue;
+            }
+            log_.error("cannot accept a connection: %s", errorText(errno).c_str());
+            // The listener stays readable; it is left alone for a while, or this thread would do nothing
+            // else.
+            epoll_event event = {};
+            event.data.u64 = listener_tag;
+            (void)epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, claim_.listener(), &event);
+            is_accepting_ = false;
+            return;
+        }
+        if (!isTrustedPeer(connected.get(), log_)) {
+            continue;
+        }
+        Hold hold(mutex_, log_);
+        if (peers_.size() >= limits::peers) {
+            if (refused_peers_.count()) {
+                hold.warn("refused an initiator: service " + service_ + " has " +
+                          std::to_string(limits::peers) + " already; " +
+                          std::to_string(refused_peers_.total()) + " refused so far");
+            }
+            continue;
+        }
+        std::uint64_t const number = next_peer_++;
+        auto const peer =
+            std::make_shared<Peer>(std::move(connected), number, source_prefix_ + std::to_string(number));
+        epoll_event event = {};
+        event.events = EPOLLIN;
+        event.data.u64 = number;
+        if (epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, peer->socket.get(), &event) != 0) {
+            hold.warn("refused an initiator: " + errorText(errno));
+            continue;
+        }
+        peers_.emplace(number, peer);
+    }
+}
+
+void Target::readPeer(PeerPointer const &peer) {
+    frame::Decoder::Space const space = peer->decoder.space();
+    ssize_t const count = recv(peer->socket.get(), space.begin, space.size, MSG_DONTWAIT);
+    if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
+        return;
+    }
+    if (count <= 0) {
+        drop(peer, count == 0 ? "it closed the connection" : errorText(errno).c_str());
+        return;
+    }
+    peer->decoder.filled(static_cast<std::size_t>(count));
+    frame::Frame frame;
+    for (;;) {
+        frame::Decoder::Result const result = peer->decoder.next(frame);
+        if (result == frame::Decoder::Result::incomplete) {
+            break;
+        }
+        if (result == frame::Decoder::Result::broken) {
+            log_.warning("an initiator of service %s sent a broken frame: %s", service_.c_str(),
+                         peer->decoder.problem());
+            drop(peer, "it sent a broken frame");
+            break;
+        }
+        handle(peer, frame);
+        if (!gathered_.empty() && Clock::now() - gathering_since_ > limits::gathering) {
+            flushGathered();
+        }
+    }
+    flushGathered();
+}
+
+void Target::handle(PeerPointer const &peer, frame::Frame const &frame) {
+    switch (frame.type) {
+        case frame::Type::command:
+            handleCommand(peer, frame);
+            break;
+        case frame::Type::subscribe:
+            subscribe(peer, true);
+            break;
+        case frame::Type::unsubscribe:
+            subscribe(peer, false);
+            break;
+        case frame::Type::response:
+        case frame::Type::event:
+            log_.warning("an initiator of service %s sent what only services send; ignored",
+                         service_.c_str());
+            break;
+    }
+}
+
+void Target::handleCommand(PeerPointer const &peer, frame::Frame const &frame) {
+    Command command{Text(peer->source), Text(frame.first), Text(frame.second)};
+    Hold hold(mutex_, log_);
+    if (is_closing_) {
+        return;
+    }
+    if (callback_ != nullptr) {
+        call(hold, std::move(command));
+    } else {
+        commands_.push_back(std::move(command));
+    }
+}
+
+/// With the mutex held and a callback registered; the mutex is free during the callback.
+void Target::call(Hold &hold, Command command) {
+    CommandCallback const callback = callback_;
+    void *const context = context_;
+    hold.unlock();
+    try {
+        LentText source(std::move(command.source));
+        LentText request_id(std::move(command.request_id));
+        LentText text(std::move(command.command));
+        callback(source.address(), request_id.address(), text.address(), context);
+    } catch (std::exception const &error) {
+        log_.error("a command callback threw an exception: %s", error.what());
+    } catch (...) {
+        log_.error("a command callback threw something that is no exception");
+    }
+    process::endOrphan(generation_);
+    hold.lock();
+}
+
+void Target::subscribe(PeerPointer const &peer, bool wanted) {
+    Hold hold(mutex_, log_);
+    auto const place = std::find(subscribers_->begin(), subscribers_->end(), peer);
+    if ((place != subscribers_->end()) == wanted || (wanted && peers_.count(peer->number) == 0)) {
+        return;
+    }
+    auto changed = std::make_shared<std::vector<PeerPointer>>(*subscribers_);
+    if (wanted) {
+        changed->push_back(peer);
+    } else {
+        changed->erase(changed->begin() + (place - subscribers_->begin()));
+    }
+    subscribers_ = std::move(changed);
+}
+
+}  // namespace platform

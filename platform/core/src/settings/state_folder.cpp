@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "settings/state_folder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "base/logging.h"
+#include "base/text.h"
+
+namespace platform {
+
+namespace {
+
+std::string absolute(std::string_view path) {
+    std::error_code failure;
+    std::string made = std::filesystem::absolute(path, failure).string();
+    if (failure) {
+        throw std::runtime_error("cannot tell where the state folder " + std::string(path) +
+                                 " is: " + failure.message() + "; give KORVO_STATE_DIR as an absolute path");
+    }
+    return made;
+}
+
+bool isAbsolute(std::string_view path) {
+    return !path.empty() && path.front() == '/';
+}
+
+/// Makes the folder, and waits until it is on the disk, since what will be in it is promised to be. Gives the
+/// errno of a folder that is neither there nor could be made; else 0.
+int makeFolder(std::string const &path) {
+    if (mkdir(path.c_str(), S_IRWXU) != 0) {
+        return errno == EEXIST ? 0 : errno;
+    }
+    process::Descriptor const parent(open((path + "/..").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (parent) {
+        (void)fsync(parent.get());
+    }
+    return 0;
+}
+
+/// Makes every folder on the way that is missing. Gives the errno of the first one that could not be made, which
+/// is why those below it are missing; else 0.
+int makeFolders(std::string const &path) {
+    int first_failure = 0;
+    std::size_t end = 0;
+    do {
+        end = path.find('/', end + 1);
+        int const failure = makeFolder(path.substr(0, end));
+        first_failure = first_failure == 0 ? failure : first_failure;
+    } while (end != std::string::npos);
+    return first_failure;
+}
+
+}  // namespace
+
+std::string stateFolder() {
+    std::string_view const chosen = orEmpty(std::getenv("KORVO_STATE_DIR"));
+    if (!chosen.empty()) {
+        // Made absolute, since the process may change its folder later.
+        return absolute(chosen);
+    }
+    std::string_view const state = orEmpty(std::getenv("XDG_STATE_HOME"));
+    if (isAbsolute(state)) {
+        return std::string(state) + "/korvo";
+    }
+    std::string_view const home = orEmpty(std::getenv("HOME"));
+    if (isAbsolute(home)) {
+        return std::string(home) + "/.local/state/korvo";
+    }
+    throw std::runtime_error(
+        "there is no folder for settings: neither KORVO_STATE_DIR nor HOME is set; set one of them to an "
+        "absolute path");
+}
+
+process::Descriptor openStateFolder(std::string const &path) {
+    int const why_missing = makeFolders(path);
+    process::Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder) {
+        int const failure = errno == ENOENT && why_missing != 0 ? why_missing : errno;
+        throw std::runtime_error("cannot make or open the state folder " + path + ": " + errorText(failure) +
+                                 "; create it, or name another one in KORVO_STATE_DIR");
+    }
+    return folder;
+}
+
+}  // namespace platform
