@@ -12,7 +12,7 @@ using fake_platform::Text;
 
 class AsynchronousResponse : public EveryOperation {
   protected:
-    std::vector<Content> expectedResults() const { return samples(expected().results); }
+    Values expectedResults() const { return samples(expected().results); }
 
     std::string exceptionLine() const {
         return std::string("Threw an exception in function ") + expected().callback;
@@ -119,7 +119,7 @@ TEST_P(AsynchronousResponse, FindsTheCallbackAfterAFailedSending) {
 }
 
 TEST_P(AsynchronousResponse, GivesNothingBesideAStatusThatIsNotZero) {
-    std::vector<Content> nothing;
+    Values nothing;
     for (Member const &result : expected().results) {
         nothing.push_back(nullOf(result.kind));
     }
@@ -253,9 +253,9 @@ TEST_P(AsynchronousResponse, CutsNumbersToWholeOnesWithinTheirType) {
                     with(responseOf(expected()), result.name,
                          result.kind == Kind::number ? json::UnknownElement(json::Number(conversion.json))
                                                      : json::UnknownElement(array)));
-            std::vector<Content> results = expectedResults();
+            Values results = expectedResults();
             results[place] =
-                result.kind == Kind::number ? Content(conversion.read) : Content(Numbers{conversion.read});
+                result.kind == Kind::number ? Value(conversion.read) : Value(Numbers{conversion.read});
             ASSERT_EQ(context.calls.size(), 1U);
             EXPECT_EQ(context.calls[0].results, results);
         }
@@ -264,7 +264,7 @@ TEST_P(AsynchronousResponse, CutsNumbersToWholeOnesWithinTheirType) {
 
 TEST_P(AsynchronousResponse, HandsEmptyTextsAndListsOn) {
     json::Object response = responseOf(expected());
-    std::vector<Content> results;
+    Values results;
     for (Member const &result : expected().results) {
         results.push_back(emptyOf(result.kind));
         response[result.name] = toJson(emptyOf(result.kind));
@@ -342,10 +342,10 @@ TEST_P(AsynchronousResponse, FindsItsMutexHeldDuringTheCallback) {
     Context other_context;
     std::string const request_id = sendAsync(client, name(), Callback::first, context);
     std::string const other = name() == "get_actions" ? "get_triggers" : "get_actions";
-    OperationUnderTest const &same = operation(name());
+    Operation const &same = operation(name());
     context.during = [&] {
         std::size_t const sent = fake_platform::calls(Function::send_command).size();
-        Inputs const inputs(expected().inputs);
+        Inputs const inputs(samples(expected().inputs));
         EXPECT_EQ(same.sendAsync(client.handle(), sample_target, inputs, Callback::first, &context),
                   KORVO_CORE_STATUS_IPC_FAILED);
         EXPECT_EQ(same.cancelAsync(client.handle(), Callback::first, &context), KORVO_CORE_STATUS_IPC_FAILED);
@@ -355,9 +355,9 @@ TEST_P(AsynchronousResponse, FindsItsMutexHeldDuringTheCallback) {
         EXPECT_EQ(operation(other).cancelAsync(client.handle(), Callback::second, &other_context),
                   KORVO_CORE_STATUS_NO_ERROR);
         fake_platform::respond(responseOf(expected()));
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         EXPECT_EQ(same.send(client.handle(), sample_target, inputs, outs), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_EQ(outs.contents(), expectedResults());
+        EXPECT_EQ(outs.values(), expectedResults());
     };
     deliver(request_id, responseOf(expected()));
     EXPECT_EQ(context.calls.size(), 1U);
@@ -419,7 +419,7 @@ TEST(AsynchronousResponses, ReachTheObjectThatAskedWhenTwoShareAMessagingHandle)
     std::size_t place = 0;
     for (void *handle : {first, second}) {
         EXPECT_EQ(operation("get_action_type")
-                      .sendAsync(handle, sample_target, Inputs(expected.inputs), Callback::first,
+                      .sendAsync(handle, sample_target, Inputs(samples(expected.inputs)), Callback::first,
                                  &contexts[place++]),
                   KORVO_CORE_STATUS_NO_ERROR);
     }

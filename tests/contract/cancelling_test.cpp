@@ -160,7 +160,7 @@ TEST(CancellingChains, MeetTheRegistrationOfARefusedRequest) {
         Client const client;
         Context refused;
         Context sent;
-        Inputs inputs(row.inputs);
+        Inputs inputs(samples(row.inputs));
         inputs.setNull(0);
         EXPECT_EQ(operation(row.operation)
                       .sendAsync(client.handle(), sample_target, inputs, Callback::first, &refused),

@@ -121,9 +121,23 @@ Client::~Client() {
     EXPECT_EQ(korvo_core_logging_deinit(logging_), KORVO_CORE_STATUS_NO_ERROR);
 }
 
+void Context::entered() {
+    if (during) {
+        during();
+    }
+}
+
+void Context::called(char const *target, korvo_core_status status, Values results, int callback) {
+    calls.push_back({target != nullptr ? std::optional<std::string>(target) : std::nullopt, status,
+                     std::move(results), callback});
+    if (throws) {
+        throw 1;
+    }
+}
+
 korvo_core_status callForm(Client const &client, std::string const &name, Form form, FormCall &call,
                            Inputs const &inputs, Outs &outs) {
-    OperationUnderTest const &under_test = operation(name);
+    Operation const &under_test = operation(name);
     switch (form) {
         case Form::send:
             return under_test.send(client.handle(), call.target, inputs, outs);
@@ -147,8 +161,8 @@ korvo_core_status callForm(Client const &client, std::string const &name, Form f
 std::string sendAsync(Client const &client, std::string const &name, Callback callback, Context &context,
                       korvo_core_status expected) {
     std::size_t const before = fake_platform::calls(Function::send_command).size();
-    EXPECT_EQ(operation(name).sendAsync(client.handle(), sample_target, Inputs(expectation(name).inputs),
-                                        callback, &context),
+    EXPECT_EQ(operation(name).sendAsync(client.handle(), sample_target,
+                                        Inputs(samples(expectation(name).inputs)), callback, &context),
               expected);
     auto const sent = fake_platform::calls(Function::send_command);
     EXPECT_EQ(sent.size(), before + 1);
@@ -166,7 +180,7 @@ bool receives(Form form) {
 }
 
 void makeStatics() {
-    (void)boundOperations();
+    (void)operations();
     (void)expectations();
     (void)failures();
     (void)exceptions();

@@ -9,18 +9,29 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "arguments.h"
 #include "expectations.h"
 #include "fake_platform/fake_platform.h"
 #include "json_printing.h"
 #include "korvo_api_action_engine.h"
 #include "live_blocks/live_blocks.h"
-#include "operation_under_test.h"
+#include "typed_calls/operation.h"
+
+using typed_calls::Callback;
+using typed_calls::Form;
+using typed_calls::Inputs;
+using typed_calls::Operation;
+using typed_calls::operation;
+using typed_calls::operations;
+using typed_calls::Outs;
+using typed_calls::Value;
+using typed_calls::Values;
 
 constexpr char const *sample_target = "camera-1";
 
@@ -72,6 +83,27 @@ class Client {
   private:
     void *logging_ = nullptr;
     void *handle_ = nullptr;
+};
+
+/// What a callback was told.
+struct CallbackCall {
+    std::optional<std::string> target;
+    korvo_core_status status;
+    Values results;
+    int callback;
+};
+
+/// The context of an asynchronous call, and what its callback does.
+class Context : public typed_calls::Receiver {
+  public:
+    std::vector<CallbackCall> calls;
+    /// Runs inside the callback, before it takes its texts and lists.
+    std::function<void()> during;
+    /// The callback throws a number at its end.
+    bool throws = false;
+
+    void entered() override;
+    void called(char const *target, korvo_core_status status, Values results, int callback) override;
 };
 
 /// A call of one form with sample inputs. What is left at its default need not be given.

@@ -3,6 +3,9 @@
 
 #include <stdexcept>
 
+using typed_calls::Value;
+using typed_calls::Values;
+
 namespace {
 
 Member number(char const *name, unsigned int sample) {
@@ -459,7 +462,7 @@ Expectation const &expectation(std::string const &operation) {
     throw std::out_of_range("no such operation: " + operation);
 }
 
-json::UnknownElement toJson(Content const &content) {
+json::UnknownElement toJson(Value const &any) {
     struct ToJson {
         json::UnknownElement operator()(std::monostate) const { return json::Null(); }
         json::UnknownElement operator()(unsigned int value) const { return json::Number(value); }
@@ -480,10 +483,10 @@ json::UnknownElement toJson(Content const &content) {
             return array;
         }
     };
-    return std::visit(ToJson(), content);
+    return std::visit(ToJson(), any);
 }
 
-Content emptyOf(Kind kind) {
+Value emptyOf(Kind kind) {
     switch (kind) {
         case Kind::text:
             return std::string();
@@ -498,7 +501,7 @@ Content emptyOf(Kind kind) {
     return nullOf(kind);
 }
 
-Content nullOf(Kind kind) {
+Value nullOf(Kind kind) {
     switch (kind) {
         case Kind::number:
             return 0U;
@@ -531,12 +534,20 @@ json::Object responseOf(Expectation const &expected) {
     return response;
 }
 
-std::vector<Content> samples(std::vector<Member> const &members) {
-    std::vector<Content> contents;
+Values samples(std::vector<Member> const &members) {
+    Values values;
     for (Member const &member : members) {
-        contents.push_back(member.sample);
+        values.push_back(member.sample);
     }
-    return contents;
+    return values;
+}
+
+std::vector<Kind> kinds(std::vector<Member> const &members) {
+    std::vector<Kind> kinds;
+    for (Member const &member : members) {
+        kinds.push_back(member.kind);
+    }
+    return kinds;
 }
 
 bool isList(Kind kind) {

@@ -6,23 +6,19 @@
 // library's own tables, so that a wrong row there is noticed here.
 
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "json/json.h"
+#include "typed_calls/values.h"
 
-enum class Kind { number, flag, text, texts, numbers };
-
-using Texts = std::vector<std::string>;
-using Numbers = std::vector<unsigned int>;
-
-/// A value of an operation; std::monostate stands for a NULL text or list.
-using Content = std::variant<std::monostate, unsigned int, unsigned char, std::string, Texts, Numbers>;
+using typed_calls::Kind;
+using typed_calls::Numbers;
+using typed_calls::Texts;
 
 struct Member {
     Kind kind;
     char const *name;
-    Content sample;
+    typed_calls::Value sample;
 };
 
 struct Expectation {
@@ -42,13 +38,13 @@ std::vector<Expectation> const &expectations();
 Expectation const &expectation(std::string const &operation);
 
 /// The JSON form of a value that is not NULL.
-json::UnknownElement toJson(Content const &content);
+json::UnknownElement toJson(typed_calls::Value const &content);
 
 /// What the inserting access reads where there is nothing of the right type: 0, false, an empty text or list.
-Content emptyOf(Kind kind);
+typed_calls::Value emptyOf(Kind kind);
 
 /// What goes with a status that is not 0: 0, false, and NULL for texts and lists.
-Content nullOf(Kind kind);
+typed_calls::Value nullOf(Kind kind);
 
 /// The command that an operation sends with its sample inputs.
 json::Object commandOf(Expectation const &expected);
@@ -56,7 +52,9 @@ json::Object commandOf(Expectation const &expected);
 /// A good response with the sample results, as the service sends it.
 json::Object responseOf(Expectation const &expected);
 
-std::vector<Content> samples(std::vector<Member> const &members);
+typed_calls::Values samples(std::vector<Member> const &members);
+
+std::vector<Kind> kinds(std::vector<Member> const &members);
 
 bool isList(Kind kind);
 

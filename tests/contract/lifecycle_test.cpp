@@ -310,13 +310,15 @@ TEST_F(Lifecycle, HandlesShareNothing) {
     EXPECT_EQ(fake_platform::openMessagingHandles(), 2U);
     Expectation const &expected = expectation("get_actions");
     Context context;
-    EXPECT_EQ(operation("get_actions")
-                  .sendAsync(handle_, sample_target, Inputs(expected.inputs), Callback::first, &context),
-              KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(
+        operation("get_actions")
+            .sendAsync(handle_, sample_target, Inputs(samples(expected.inputs)), Callback::first, &context),
+        KORVO_CORE_STATUS_NO_ERROR);
     Context other;
-    EXPECT_EQ(operation("get_actions")
-                  .sendAsync(second, sample_target, Inputs(expected.inputs), Callback::first, &other),
-              KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(
+        operation("get_actions")
+            .sendAsync(second, sample_target, Inputs(samples(expected.inputs)), Callback::first, &other),
+        KORVO_CORE_STATUS_NO_ERROR);
     // The first one's response at the second one's door is unknown there.
     fake_platform::deliverResponse(sample_target, *fake_platform::calls(Function::send_command)[0].request_id,
                                    responseOf(expected), second);

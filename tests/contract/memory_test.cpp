@@ -28,7 +28,7 @@ TEST_P(MemoryRunsOut, EndsInAStatusAndLeavesNothingBehind) {
     std::size_t rounds = 0;
     expectLeftBehind({}, [&] {
         Client const client;
-        Inputs const inputs(expected().inputs);
+        Inputs const inputs(samples(expected().inputs));
         Context context;
         bool failed = true;
         for (std::size_t nth = 1; failed && nth < limit; ++nth, ++rounds) {
@@ -36,7 +36,7 @@ TEST_P(MemoryRunsOut, EndsInAStatusAndLeavesNothingBehind) {
             if (receives(form())) {
                 fake_platform::respond(responseOf(expected()));
             }
-            Outs outs(expected().results);
+            Outs outs(kinds(expected().results));
             FormCall call;
             call.context = &context;
             call.request_id = sends(form()) ? nullptr : strdup(sample_request_id);
@@ -55,7 +55,7 @@ TEST_P(MemoryRunsOut, EndsInAStatusAndLeavesNothingBehind) {
                     korvo_api_action_engine_free_uuid(call.request_id);
                 }
                 if (receives(form())) {
-                    EXPECT_EQ(outs.contents(), samples(expected().results));
+                    EXPECT_EQ(outs.values(), samples(expected().results));
                 }
             }
         }

@@ -23,7 +23,7 @@ class ReceivingForm : public EveryForm {
         arguments.request_id = takesIdentifier() ? strdup(sample_request_id) : nullptr;
         void const *address = arguments.request_id;
         korvo_core_status const status =
-            callForm(client, name(), form(), arguments, Inputs(expected().inputs), outs);
+            callForm(client, name(), form(), arguments, Inputs(samples(expected().inputs)), outs);
         std::vector<live_blocks::Block> const left = recording.end();
         if (!takesIdentifier()) {
             address = fake_platform::calls(Function::send_command).back().request_id_address;
@@ -47,17 +47,16 @@ class ReceivingForm : public EveryForm {
 
     bool takesIdentifier() const { return form() == Form::receive || form() == Form::receive_with_timeout; }
 
-    std::vector<Content> expectedResults() const { return samples(expected().results); }
+    Values expectedResults() const { return samples(expected().results); }
 
     /// Reads a response in which something is off and expects these results with status 0.
-    void expectReads(json::Object const &response, std::vector<Content> const &results,
-                     std::string const &what) {
+    void expectReads(json::Object const &response, Values const &results, std::string const &what) {
         Client const client;
         fake_platform::respond(response);
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         Outcome const outcome = call(client, outs);
         EXPECT_EQ(outcome.status, KORVO_CORE_STATUS_NO_ERROR) << what;
-        EXPECT_EQ(outs.contents(), results) << what;
+        EXPECT_EQ(outs.values(), results) << what;
         EXPECT_TRUE(outcome.identifier_freed) << what;
         EXPECT_TRUE(fake_platform::logLines().empty()) << what;
     }
@@ -67,7 +66,7 @@ class ReceivingForm : public EveryForm {
         for (std::size_t place = 0; place < expected().results.size(); ++place) {
             EXPECT_EQ(outs.written(place), place < failing) << what << ": " << expected().results[place].name;
             if (place < failing) {
-                EXPECT_EQ(outs.content(place), expectedResults()[place]) << what;
+                EXPECT_EQ(outs.value(place), expectedResults()[place]) << what;
             }
         }
     }
@@ -89,7 +88,7 @@ TEST_P(ReceivingForm, WaitsForTheResponseToItsRequest) {
     for (char const *target : {sample_target, "", static_cast<char const *>(nullptr)}) {
         Client const client;
         fake_platform::respond(responseOf(expected()));
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         FormCall arguments;
         arguments.target = target;
         EXPECT_EQ(call(client, outs, arguments).status, KORVO_CORE_STATUS_NO_ERROR);
@@ -135,7 +134,7 @@ TEST_P(ReceivingForm, WaitsAsLongAsItShould) {
     for (Case const &one : cases) {
         Client const client;
         fake_platform::respond(responseOf(expected()));
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         EXPECT_EQ(call(client, outs, one.arguments).status, KORVO_CORE_STATUS_NO_ERROR);
         ASSERT_EQ(fake_platform::calls(Function::receive_response).size(), 1U);
         EXPECT_EQ(fake_platform::calls(Function::receive_response)[0].number, one.expected);
@@ -148,7 +147,7 @@ TEST_P(ReceivingForm, PassesStatusesOfReceivingThroughAndWritesNothing) {
         fake_platform::arrange(Function::receive_response, status);
         // Even a response that is there is not looked at.
         fake_platform::respond(responseOf(expected()));
-        Outs outs(expected().results, Outs::Lists::occupied);
+        Outs outs(kinds(expected().results), Outs::Lists::occupied);
         Outcome const outcome = call(client, outs);
         EXPECT_EQ(outcome.status, status);
         EXPECT_EQ(outcome.identifier_freed, freedOnFailure());
@@ -161,7 +160,7 @@ TEST_P(ReceivingForm, TurnsAnExceptionOfReceivingIntoStatus4) {
     for (fake_platform::Throw const exception : exceptions()) {
         Client const client;
         fake_platform::arrange(Function::receive_response, exception);
-        Outs outs(expected().results, Outs::Lists::occupied);
+        Outs outs(kinds(expected().results), Outs::Lists::occupied);
         Outcome const outcome = call(client, outs);
         EXPECT_EQ(outcome.status, KORVO_CORE_STATUS_IPC_FAILED);
         EXPECT_EQ(outcome.identifier_freed, freedOnFailure());
@@ -173,14 +172,14 @@ TEST_P(ReceivingForm, TurnsAnExceptionOfReceivingIntoStatus4) {
 TEST_P(ReceivingForm, ReadsAnAbsentResultAsEmpty) {
     for (std::size_t place = 0; place < expected().results.size(); ++place) {
         Member const &result = expected().results[place];
-        std::vector<Content> results = expectedResults();
+        Values results = expectedResults();
         results[place] = emptyOf(result.kind);
         expectReads(without(responseOf(expected()), result.name), results, result.name);
     }
 }
 
 TEST_P(ReceivingForm, ReadsAnEmptyResponseAsEmptyResults) {
-    std::vector<Content> results;
+    Values results;
     for (Member const &result : expected().results) {
         results.push_back(emptyOf(result.kind));
     }
@@ -190,7 +189,7 @@ TEST_P(ReceivingForm, ReadsAnEmptyResponseAsEmptyResults) {
 TEST_P(ReceivingForm, ReadsAResultOfAnotherTypeAsEmpty) {
     for (std::size_t place = 0; place < expected().results.size(); ++place) {
         Member const &result = expected().results[place];
-        std::vector<Content> results = expectedResults();
+        Values results = expectedResults();
         results[place] = emptyOf(result.kind);
         for (json::UnknownElement const &element : mistyped(result.kind)) {
             expectReads(with(responseOf(expected()), result.name, element), results, result.name);
@@ -209,7 +208,7 @@ TEST_P(ReceivingForm, IgnoresMembersThatAreNoResults) {
 TEST_P(ReceivingForm, CutsNumbersToWholeOnesWithinTheirType) {
     for (std::size_t place = 0; place < expected().results.size(); ++place) {
         Member const &result = expected().results[place];
-        std::vector<Content> results = expectedResults();
+        Values results = expectedResults();
         if (result.kind == Kind::number) {
             for (Conversion const &conversion : conversions()) {
                 results[place] = conversion.read;
@@ -234,7 +233,7 @@ TEST_P(ReceivingForm, ReadsFlagsAsOneOrZero) {
         Member const &result = expected().results[place];
         if (result.kind == Kind::flag) {
             for (bool const value : {true, false}) {
-                std::vector<Content> results = expectedResults();
+                Values results = expectedResults();
                 results[place] = static_cast<unsigned char>(value ? 1 : 0);
                 expectReads(with(responseOf(expected()), result.name, json::Boolean(value)), results,
                             result.name);
@@ -246,7 +245,7 @@ TEST_P(ReceivingForm, ReadsFlagsAsOneOrZero) {
 TEST_P(ReceivingForm, ReadsEmptyAndLongTextsAndLists) {
     for (std::size_t place = 0; place < expected().results.size(); ++place) {
         Member const &result = expected().results[place];
-        std::vector<Content> edges;
+        Values edges;
         if (result.kind == Kind::text) {
             edges = {std::string(), std::string(65536, 'y'), std::string("\"\\\n\xC3\xA9")};
         } else if (result.kind == Kind::texts) {
@@ -254,8 +253,8 @@ TEST_P(ReceivingForm, ReadsEmptyAndLongTextsAndLists) {
         } else if (result.kind == Kind::numbers) {
             edges = {Numbers(), Numbers{0}, Numbers(300, 4294967295U)};
         }
-        for (Content const &edge : edges) {
-            std::vector<Content> results = expectedResults();
+        for (Value const &edge : edges) {
+            Values results = expectedResults();
             results[place] = edge;
             expectReads(with(responseOf(expected()), result.name, toJson(edge)), results, result.name);
         }
@@ -274,11 +273,11 @@ TEST_P(ReceivingForm, GivesStatus4ForAListOfNumbersWithAnElementThatIsNone) {
             expectLeftBehind(leftBehindBy(Fault::element_of_numbers, name(), result.name), [&] {
                 Client const client;
                 fake_platform::respond(with(responseOf(expected()), result.name, array));
-                Outs outs(expected().results);
+                Outs outs(kinds(expected().results));
                 FormCall arguments;
                 arguments.request_id = takesIdentifier() ? strdup(sample_request_id) : nullptr;
                 korvo_core_status const returned =
-                    callForm(client, name(), form(), arguments, Inputs(expected().inputs), outs);
+                    callForm(client, name(), form(), arguments, Inputs(samples(expected().inputs)), outs);
                 EXPECT_EQ(returned, KORVO_CORE_STATUS_IPC_FAILED);
                 expectStoredBefore(place, outs, result.name);
                 EXPECT_TRUE(fake_platform::logLines().empty());
@@ -300,7 +299,7 @@ TEST_P(ReceivingForm, PassesTheStatusOfARefusedElementThroughWithALine) {
             *(array.end() - 1) = element;
             Client const client;
             fake_platform::respond(with(responseOf(expected()), result.name, array));
-            Outs outs(expected().results);
+            Outs outs(kinds(expected().results));
             Outcome const outcome = call(client, outs);
             EXPECT_EQ(outcome.status, KORVO_CORE_STATUS_IPC_FAILED);
             EXPECT_EQ(outcome.identifier_freed, freedOnFailure());
@@ -320,11 +319,11 @@ TEST_P(ReceivingForm, PassesTheStatusOfARefusedElementThroughWithALine) {
                 Client const client;
                 fake_platform::arrange(Function::convert_json_to_value, status, first_conversion);
                 fake_platform::respond(responseOf(expected()));
-                Outs outs(expected().results);
+                Outs outs(kinds(expected().results));
                 FormCall arguments;
                 arguments.request_id = takesIdentifier() ? strdup(sample_request_id) : nullptr;
                 korvo_core_status const returned =
-                    callForm(client, name(), form(), arguments, Inputs(expected().inputs), outs);
+                    callForm(client, name(), form(), arguments, Inputs(samples(expected().inputs)), outs);
                 EXPECT_EQ(returned, status);
                 EXPECT_EQ(fake_platform::logLines(),
                           client.onlyWarning(conversionWarning(Kind::texts, status)));
@@ -353,11 +352,11 @@ TEST_P(ReceivingForm, TurnsAnExceptionOfAConversionIntoStatus4) {
                 Client const client;
                 fake_platform::arrange(Function::convert_json_to_value, exception, last_conversion);
                 fake_platform::respond(responseOf(expected()));
-                Outs outs(expected().results);
+                Outs outs(kinds(expected().results));
                 FormCall arguments;
                 arguments.request_id = takesIdentifier() ? strdup(sample_request_id) : nullptr;
                 korvo_core_status const returned =
-                    callForm(client, name(), form(), arguments, Inputs(expected().inputs), outs);
+                    callForm(client, name(), form(), arguments, Inputs(samples(expected().inputs)), outs);
                 EXPECT_EQ(returned, KORVO_CORE_STATUS_IPC_FAILED);
                 EXPECT_TRUE(fake_platform::logLines().empty());
                 expectStoredBefore(place, outs, result.name);
@@ -375,7 +374,7 @@ TEST_P(ReceivingForm, RefusesAListVariableThatIsNotNull) {
         }
         Client const client;
         fake_platform::respond(responseOf(expected()));
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         outs.occupy(place);
         Outcome const outcome = call(client, outs);
         EXPECT_EQ(outcome.status, KORVO_CORE_STATUS_INVALID_PARAMS) << result.name;
@@ -395,7 +394,7 @@ TEST_P(ReceivingForm, GivesStatus4WhenTheLineAboutAConversionThrows) {
             Client const client;
             fake_platform::arrange(Function::log, exception);
             fake_platform::respond(responseOf(expected()));
-            Outs outs(expected().results);
+            Outs outs(kinds(expected().results));
             outs.occupy(place);
             Outcome const outcome = call(client, outs);
             EXPECT_EQ(outcome.status, KORVO_CORE_STATUS_IPC_FAILED);
@@ -409,13 +408,13 @@ FOR_EVERY_OPERATION(TwoStepReceiving);
 
 TEST_P(TwoStepReceiving, CanBeRepeatedWithTheSameIdentifierAfterAFailure) {
     Client const client;
-    OperationUnderTest const &under_test = operation(name());
+    Operation const &under_test = operation(name());
     char *request_id = nullptr;
-    ASSERT_EQ(
-        under_test.nonBlockingSend(client.handle(), sample_target, &request_id, Inputs(expected().inputs)),
-        KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(under_test.nonBlockingSend(client.handle(), sample_target, &request_id,
+                                         Inputs(samples(expected().inputs))),
+              KORVO_CORE_STATUS_NO_ERROR);
     Text const identifier = request_id;
-    Outs outs(expected().results);
+    Outs outs(kinds(expected().results));
     // No response is there yet.
     EXPECT_EQ(under_test.receive(client.handle(), 0, sample_target, request_id, outs),
               KORVO_CORE_STATUS_IPC_FAILED);
@@ -426,7 +425,7 @@ TEST_P(TwoStepReceiving, CanBeRepeatedWithTheSameIdentifierAfterAFailure) {
     fake_platform::respond(responseOf(expected()));
     EXPECT_EQ(under_test.receive(client.handle(), 1, sample_target, request_id, outs),
               KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(outs.contents(), samples(expected().results));
+    EXPECT_EQ(outs.values(), samples(expected().results));
     auto const received = fake_platform::calls(Function::receive_response);
     ASSERT_EQ(received.size(), 3U);
     for (Call const &call : received) {
@@ -437,13 +436,13 @@ TEST_P(TwoStepReceiving, CanBeRepeatedWithTheSameIdentifierAfterAFailure) {
 TEST_P(TwoStepReceiving, LeavesNothingBehind) {
     expectLeftBehind({}, [&] {
         Client const client;
-        OperationUnderTest const &under_test = operation(name());
+        Operation const &under_test = operation(name());
         char *request_id = nullptr;
         EXPECT_EQ(under_test.nonBlockingSend(client.handle(), sample_target, &request_id,
-                                             Inputs(expected().inputs)),
+                                             Inputs(samples(expected().inputs))),
                   KORVO_CORE_STATUS_NO_ERROR);
         fake_platform::respond(responseOf(expected()));
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         EXPECT_EQ(under_test.receive(client.handle(), 1, sample_target, request_id, outs),
                   KORVO_CORE_STATUS_NO_ERROR);
     });

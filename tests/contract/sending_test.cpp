@@ -32,15 +32,18 @@ TEST(ContractTable, HoldsEveryOperationThatTheGlueBinds) {
         EXPECT_TRUE(expected.insert(name).second) << name << " stands twice";
     }
     EXPECT_EQ(expected.size(), 54U);
-    std::vector<std::string> const bound = boundOperations();
-    EXPECT_EQ(expected, std::set<std::string>(bound.begin(), bound.end()));
+    std::set<std::string> bound;
+    for (auto const &[name, operation] : operations()) {
+        bound.insert(name);
+    }
+    EXPECT_EQ(expected, bound);
 }
 
 class SendingForm : public EveryForm {
   protected:
     /// Calls the form with a good response lined up, and frees what a caller would.
     korvo_core_status call(Client const &client, Inputs const &inputs, char const *target = sample_target) {
-        Outs outs(expected().results);
+        Outs outs(kinds(expected().results));
         FormCall arguments;
         arguments.target = target;
         arguments.context = &context_;
@@ -66,7 +69,7 @@ FOR_EVERY_OPERATION_AND(SendingForm, Form::send, Form::send_with_timeout, Form::
 
 TEST_P(SendingForm, SendsTheExactCommand) {
     Client const client;
-    EXPECT_EQ(call(client, Inputs(expected().inputs)), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(call(client, Inputs(samples(expected().inputs))), KORVO_CORE_STATUS_NO_ERROR);
 
     Call const sent = onlySent();
     EXPECT_EQ(sent.json, commandOf(expected()));
@@ -80,8 +83,8 @@ TEST_P(SendingForm, SendsTheExactCommand) {
 
 TEST_P(SendingForm, PassesANullAndAnEmptyTargetThrough) {
     Client const client;
-    EXPECT_EQ(call(client, Inputs(expected().inputs), nullptr), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(call(client, Inputs(expected().inputs), ""), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(call(client, Inputs(samples(expected().inputs)), nullptr), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(call(client, Inputs(samples(expected().inputs)), ""), KORVO_CORE_STATUS_NO_ERROR);
 
     std::vector<Call> const sent = fake_platform::calls(Function::send_command);
     ASSERT_EQ(sent.size(), 2U);
@@ -96,7 +99,7 @@ TEST_P(SendingForm, MakesAFreshIdentifierForEachRequest) {
     Client const client;
     std::set<std::string> identifiers;
     for (int round = 0; round < 5; ++round) {
-        EXPECT_EQ(call(client, Inputs(expected().inputs)), KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_EQ(call(client, Inputs(samples(expected().inputs))), KORVO_CORE_STATUS_NO_ERROR);
     }
     for (Call const &sent : fake_platform::calls(Function::send_command)) {
         EXPECT_TRUE(isUuid(sent.request_id.value_or("")));
@@ -113,7 +116,7 @@ TEST_P(SendingForm, SendsEveryFlagThatIsNotZeroAsTrue) {
         }
         for (unsigned char const value : std::vector<unsigned char>{0, 1, 2, 255}) {
             Client const client;
-            Inputs inputs(expected().inputs);
+            Inputs inputs(samples(expected().inputs));
             inputs.setFlag(place, value);
             EXPECT_EQ(call(client, inputs), KORVO_CORE_STATUS_NO_ERROR);
             EXPECT_EQ(onlySent().json, with(commandOf(expected()), input.name, json::Boolean(value != 0)))
@@ -125,7 +128,7 @@ TEST_P(SendingForm, SendsEveryFlagThatIsNotZeroAsTrue) {
 TEST_P(SendingForm, SendsTheEdgesOfNumbersTextsAndListsExactly) {
     std::string const long_text(65536, 'x');
     std::string const difficult_text = "\"quoted\" \\ \n\t \xC3\xA9\xE2\x82\xAC";
-    std::vector<std::vector<Content>> const edges = {
+    std::vector<Values> const edges = {
         {0U, 1U, 2147483648U, 4294967295U},
         {},
         {std::string(), difficult_text, long_text},
@@ -133,9 +136,9 @@ TEST_P(SendingForm, SendsTheEdgesOfNumbersTextsAndListsExactly) {
         {Numbers(), Numbers{0}, Numbers{4294967295U, 0, 127}, Numbers(1000, 5)}};
     for (std::size_t place = 0; place < expected().inputs.size(); ++place) {
         Member const &input = expected().inputs[place];
-        for (Content const &edge : edges[static_cast<std::size_t>(input.kind)]) {
+        for (Value const &edge : edges[static_cast<std::size_t>(input.kind)]) {
             Client const client;
-            Inputs inputs(expected().inputs);
+            Inputs inputs(samples(expected().inputs));
             inputs.set(place, edge);
             EXPECT_EQ(call(client, inputs), KORVO_CORE_STATUS_NO_ERROR);
             EXPECT_EQ(onlySent().json, with(commandOf(expected()), input.name, toJson(edge))) << input.name;
@@ -145,7 +148,7 @@ TEST_P(SendingForm, SendsTheEdgesOfNumbersTextsAndListsExactly) {
 
 TEST_P(SendingForm, OnlyReadsItsInputs) {
     Client const client;
-    Inputs const inputs(expected().inputs);
+    Inputs const inputs(samples(expected().inputs));
     EXPECT_EQ(call(client, inputs), KORVO_CORE_STATUS_NO_ERROR);
     // The same row once more: a form that kept, changed or freed it would show now.
     EXPECT_EQ(call(client, inputs), KORVO_CORE_STATUS_NO_ERROR);
@@ -156,12 +159,13 @@ TEST_P(SendingForm, PassesStatusesOfSendingThrough) {
     for (korvo_core_status const status : failures()) {
         Client const client;
         fake_platform::arrange(Function::send_command, status);
-        Outs outs(expected().results, Outs::Lists::occupied);
+        Outs outs(kinds(expected().results), Outs::Lists::occupied);
         FormCall arguments;
         arguments.context = &context_;
 
         live_blocks::Recording recording;
-        EXPECT_EQ(callForm(client, name(), form(), arguments, Inputs(expected().inputs), outs), status);
+        EXPECT_EQ(callForm(client, name(), form(), arguments, Inputs(samples(expected().inputs)), outs),
+                  status);
         std::vector<live_blocks::Block> const left = recording.end();
         void const *const address = onlySent().request_id_address;
         EXPECT_EQ(holdsIdentifier(left, address), form() == Form::non_blocking_send)
@@ -179,10 +183,10 @@ TEST_P(SendingForm, TurnsAnExceptionOfSendingIntoStatus4) {
         expectLeftBehind({}, [&] {
             Client const client;
             fake_platform::arrange(Function::send_command, exception);
-            Outs outs(expected().results, Outs::Lists::occupied);
+            Outs outs(kinds(expected().results), Outs::Lists::occupied);
             FormCall arguments;
             arguments.context = &context_;
-            EXPECT_EQ(callForm(client, name(), form(), arguments, Inputs(expected().inputs), outs),
+            EXPECT_EQ(callForm(client, name(), form(), arguments, Inputs(samples(expected().inputs)), outs),
                       KORVO_CORE_STATUS_IPC_FAILED);
             EXPECT_EQ(arguments.request_id != nullptr, form() == Form::non_blocking_send);
             korvo_api_action_engine_free_uuid(arguments.request_id);
@@ -199,7 +203,7 @@ class NullInput : public SendingForm {
     void expectRefusal(Inputs const &inputs, std::size_t first) {
         expectLeftBehind({}, [&] {
             Client const client;
-            Outs outs(expected().results, Outs::Lists::occupied);
+            Outs outs(kinds(expected().results), Outs::Lists::occupied);
             FormCall arguments;
             arguments.context = &context_;
             EXPECT_EQ(callForm(client, name(), form(), arguments, inputs, outs),
@@ -238,7 +242,7 @@ INSTANTIATE_TEST_SUITE_P(Client, NullInput,
 
 TEST_P(NullInput, IsRefusedWithItsNameInTheLog) {
     for (std::size_t const place : pointers()) {
-        Inputs inputs(expected().inputs);
+        Inputs inputs(samples(expected().inputs));
         inputs.setNull(place);
         expectRefusal(inputs, place);
     }
@@ -247,7 +251,7 @@ TEST_P(NullInput, IsRefusedWithItsNameInTheLog) {
 TEST_P(NullInput, IsRefusedForTheFirstOfSeveral) {
     std::vector<std::size_t> const places = pointers();
     for (std::size_t first = 0; first < places.size(); ++first) {
-        Inputs inputs(expected().inputs);
+        Inputs inputs(samples(expected().inputs));
         for (std::size_t later = first; later < places.size(); ++later) {
             inputs.setNull(places[later]);
         }
@@ -260,9 +264,9 @@ TEST_P(NullInput, GivesStatus4WhenTheWarningThrows) {
         expectLeftBehind({}, [&] {
             Client const client;
             fake_platform::arrange(Function::log, exception);
-            Inputs inputs(expected().inputs);
+            Inputs inputs(samples(expected().inputs));
             inputs.setNull(pointers().front());
-            Outs outs(expected().results);
+            Outs outs(kinds(expected().results));
             FormCall arguments;
             arguments.context = &context_;
             EXPECT_EQ(callForm(client, name(), form(), arguments, inputs, outs),
@@ -283,7 +287,7 @@ FOR_EVERY_OPERATION(TwoStepSending);
 
 TEST_P(TwoStepSending, RefusesANullPlaceForTheIdentifierBeforeAnythingElse) {
     Client const client;
-    Inputs inputs(expected().inputs);
+    Inputs inputs(samples(expected().inputs));
     for (std::size_t place = 0; place < expected().inputs.size(); ++place) {
         if (expected().inputs[place].kind != Kind::number && expected().inputs[place].kind != Kind::flag) {
             inputs.setNull(place);
@@ -299,7 +303,7 @@ TEST_P(TwoStepSending, HandsOutTheIdentifierThatItSent) {
     Client const client;
     char *request_id = nullptr;
     EXPECT_EQ(operation(name()).nonBlockingSend(client.handle(), sample_target, &request_id,
-                                                Inputs(expected().inputs)),
+                                                Inputs(samples(expected().inputs))),
               KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_NE(request_id, nullptr);
     auto const sent = fake_platform::calls(Function::send_command);
@@ -313,7 +317,7 @@ TEST_P(TwoStepSending, NeverAsksForResponses) {
     Client const client;
     char *request_id = nullptr;
     EXPECT_EQ(operation(name()).nonBlockingSend(client.handle(), sample_target, &request_id,
-                                                Inputs(expected().inputs)),
+                                                Inputs(samples(expected().inputs))),
               KORVO_CORE_STATUS_NO_ERROR);
     korvo_api_action_engine_free_uuid(request_id);
     EXPECT_TRUE(fake_platform::calls(Function::receive_response).empty());
@@ -346,8 +350,8 @@ TEST_P(AsynchronousSending, PassesStatusesOfTheEntryPointsRegistrationThroughAnd
     for (korvo_core_status const status : failures()) {
         Client const client;
         fake_platform::arrange(Function::response_receive_callback, status);
-        EXPECT_EQ(operation(name()).sendAsync(client.handle(), sample_target, Inputs(expected().inputs),
-                                              Callback::first, &context_),
+        EXPECT_EQ(operation(name()).sendAsync(client.handle(), sample_target,
+                                              Inputs(samples(expected().inputs)), Callback::first, &context_),
                   status);
         EXPECT_TRUE(fake_platform::calls(Function::send_command).empty());
         EXPECT_TRUE(fake_platform::logLines().empty());
@@ -358,8 +362,8 @@ TEST_P(AsynchronousSending, TurnsAnExceptionOfTheEntryPointsRegistrationIntoStat
     for (fake_platform::Throw const exception : exceptions()) {
         Client const client;
         fake_platform::arrange(Function::response_receive_callback, exception);
-        EXPECT_EQ(operation(name()).sendAsync(client.handle(), sample_target, Inputs(expected().inputs),
-                                              Callback::first, &context_),
+        EXPECT_EQ(operation(name()).sendAsync(client.handle(), sample_target,
+                                              Inputs(samples(expected().inputs)), Callback::first, &context_),
                   KORVO_CORE_STATUS_IPC_FAILED);
         EXPECT_TRUE(fake_platform::calls(Function::send_command).empty());
     }

@@ -53,8 +53,8 @@ TEST(Threads, ShareAHandleWhileResponsesAndEventsArrive) {
                           KORVO_CORE_STATUS_NO_ERROR);
                 EXPECT_EQ(action_type, 7U);
                 EXPECT_EQ(operation(row.operation)
-                              .sendAsync(client.handle(), sample_target, Inputs(row.inputs), Callback::second,
-                                         &foreign),
+                              .sendAsync(client.handle(), sample_target, Inputs(samples(row.inputs)),
+                                         Callback::second, &foreign),
                           KORVO_CORE_STATUS_NO_ERROR);
                 EXPECT_EQ(operation(row.operation).cancelAsync(client.handle(), Callback::none, &foreign),
                           KORVO_CORE_STATUS_NO_ERROR);

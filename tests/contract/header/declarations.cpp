@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "operation_names.h"
+#include "typed_calls/operation_names.h"
 
 namespace public_header {
 

@@ -8,7 +8,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include "operation_names.h"
+#include "typed_calls/operation_names.h"
 
 typedef void (*any_function)(void);
 

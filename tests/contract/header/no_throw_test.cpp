@@ -6,7 +6,7 @@
 #include <type_traits>
 
 #include "korvo_api_action_engine.h"
-#include "operation_names.h"
+#include "typed_calls/operation_names.h"
 
 namespace {
 

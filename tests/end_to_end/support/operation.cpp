@@ -3,11 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <ostream>
 #include <utility>
-
-#include "contract/header/operation_names.h"
-#include "typed_operation.h"
 
 namespace end_to_end {
 
@@ -24,49 +22,15 @@ std::size_t PendingAnswer::count() const {
     return answers_.size();
 }
 
-void PendingAnswer::deliver(Answer answer) {
+void PendingAnswer::called(char const *, korvo_core_status status, Values results, int) {
+    // The results of a call that failed are told by the status alone.
+    Answer answer{status, status == KORVO_CORE_STATUS_NO_ERROR ? std::move(results) : Values()};
     if (also) {
         also(answer);
     }
     std::lock_guard<std::mutex> const lock(mutex_);
     answers_.push_back(std::move(answer));
     changed_.notify_all();
-}
-
-std::map<std::string, std::unique_ptr<Operation>> const &operations() {
-    static auto const all = [] {
-        std::map<std::string, std::unique_ptr<Operation>> made;
-#define ADD(name)                                                                                          \
-    made.emplace(                                                                                          \
-        #name,                                                                                             \
-        makeOperation(                                                                                     \
-            #name, korvo_api_action_engine_##name##_non_blocking_send,                                     \
-            korvo_api_action_engine_##name##_receive,                                                      \
-            {korvo_api_action_engine_##name##_send, korvo_api_action_engine_##name##_send_with_timeout,    \
-             korvo_api_action_engine_##name##_non_blocking_send, korvo_api_action_engine_##name##_receive, \
-             korvo_api_action_engine_##name##_receive_with_timeout,                                        \
-             korvo_api_action_engine_##name##_send_async, korvo_api_action_engine_##name##_cancel_async}));
-        OPERATION_NAMES(ADD)
-#undef ADD
-        return made;
-    }();
-    return all;
-}
-
-Operation const &operation(std::string const &name) {
-    return *operations().at(name);
-}
-
-Operation const &versionQuery() {
-    static auto const query = makeOperation("__get_target_version__",
-                                            korvo_api_action_engine___get_target_version___non_blocking_send,
-                                            korvo_api_action_engine___get_target_version___receive,
-                                            {korvo_api_action_engine___get_target_version___send, nullptr,
-                                             korvo_api_action_engine___get_target_version___non_blocking_send,
-                                             korvo_api_action_engine___get_target_version___receive, nullptr,
-                                             korvo_api_action_engine___get_target_version___send_async,
-                                             korvo_api_action_engine___get_target_version___cancel_async});
-    return *query;
 }
 
 char const *nameOf(Way way) {

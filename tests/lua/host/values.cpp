@@ -44,7 +44,7 @@ void pushValue(lua_State *L, Value const &value) {
     }
 }
 
-void pushContent(lua_State *L, Content const &content) {
+void pushContent(lua_State *L, typed_calls::Value const &content) {
     if (auto const *number = std::get_if<unsigned int>(&content)) {
         lua_pushnumber(L, *number);
     } else if (auto const *flag = std::get_if<unsigned char>(&content)) {

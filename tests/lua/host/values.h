@@ -16,6 +16,6 @@ fake_platform::Value valueAt(lua_State *L, int index);
 
 void pushJson(lua_State *L, json::Object const &object);
 
-void pushContent(lua_State *L, Content const &content);
+void pushContent(lua_State *L, typed_calls::Value const &content);
 
 #endif

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "operation_under_test.h"
+#include "typed_calls/operation.h"
 
 #include <map>
 #include <memory>
@@ -8,6 +8,9 @@
 #include <utility>
 
 #include "korvo_api_action_engine.h"
+#include "typed_calls/operation_names.h"
+
+namespace typed_calls {
 
 namespace {
 
@@ -18,25 +21,40 @@ struct Given {
     using type = Type;
 };
 
+template <typename C>
+constexpr Kind kind_of;
+template <>
+constexpr Kind kind_of<unsigned int> = Kind::number;
+template <>
+constexpr Kind kind_of<unsigned char> = Kind::flag;
+template <>
+constexpr Kind kind_of<char const *> = Kind::text;
+template <>
+constexpr Kind kind_of<char *> = Kind::text;
+template <>
+constexpr Kind kind_of<char **> = Kind::texts;
+template <>
+constexpr Kind kind_of<unsigned int **> = Kind::numbers;
+
 template <typename Out>
 using Result = std::remove_pointer_t<Out>;
 
-/// Callbacks differ by `number` in address and in what they record.
+/// Callbacks of one type differ by `number` in address and in what they record.
 template <int number, typename... Results>
 void callback(char *target, korvo_core_status status, Results... results, void *context) {
-    Context &record = *static_cast<Context *>(context);
-    if (record.during) {
-        record.during();
-    }
-    recordCallback(record, target, status, {take(results)...}, number);
+    Receiver &receiver = *static_cast<Receiver *>(context);
+    receiver.entered();
+    receiver.called(target, status, {take(results)...}, number);
 }
 
 template <typename InList, typename OutList>
 class Bound;
 
 template <typename... In, typename... Out>
-class Bound<std::tuple<In...>, std::tuple<Out...>> : public OperationUnderTest {
+class Bound<std::tuple<In...>, std::tuple<Out...>> : public Operation {
   public:
+    explicit Bound(char const *name) : Operation(name, {kind_of<In>...}, {kind_of<Result<Out>>...}) {}
+
     using Status = korvo_core_status;
     using CallbackType = void (*)(char *, Status, Result<Out>..., void *);
 
@@ -80,14 +98,14 @@ class Bound<std::tuple<In...>, std::tuple<Out...>> : public OperationUnderTest {
             out, std::index_sequence_for<Out...>());
     }
     Status sendAsync(void *handle, char const *target, Inputs const &in, Callback which,
-                     void *context) const override {
+                     Receiver *context) const override {
         return withInputs(
             [&](auto... arguments) {
                 return send_async_form(handle, target, arguments..., chosen(which), context);
             },
             in, std::index_sequence_for<In...>());
     }
-    Status cancelAsync(void *handle, Callback which, void *context) const override {
+    Status cancelAsync(void *handle, Callback which, Receiver *context) const override {
         return cancel_async_form(handle, chosen(which), context);
     }
 
@@ -128,8 +146,8 @@ class Bound<std::tuple<In...>, std::tuple<Out...>> : public OperationUnderTest {
 };
 
 template <typename... In, typename... Out>
-std::unique_ptr<OperationUnderTest> bind(
-    typename Given<korvo_core_status (*)(void *, char const *, In..., Out...)>::type send,
+std::unique_ptr<Operation> bind(
+    char const *name, typename Given<korvo_core_status (*)(void *, char const *, In..., Out...)>::type send,
     typename Given<korvo_core_status (*)(void *, char const *, int, In..., Out...)>::type send_with_timeout,
     korvo_core_status (*non_blocking_send)(void *, char const *, char **, In...),
     korvo_core_status (*receive)(void *, unsigned char, char const *, char *, Out...),
@@ -140,7 +158,7 @@ std::unique_ptr<OperationUnderTest> bind(
                                          void *)>::type send_async,
     typename Given<korvo_core_status (*)(void *, void (*)(char *, korvo_core_status, Result<Out>..., void *),
                                          void *)>::type cancel_async) {
-    auto bound = std::make_unique<Bound<std::tuple<In...>, std::tuple<Out...>>>();
+    auto bound = std::make_unique<Bound<std::tuple<In...>, std::tuple<Out...>>>(name);
     bound->send_form = send;
     bound->send_with_timeout_form = send_with_timeout;
     bound->non_blocking_send_form = non_blocking_send;
@@ -149,75 +167,6 @@ std::unique_ptr<OperationUnderTest> bind(
     bound->send_async_form = send_async;
     bound->cancel_async_form = cancel_async;
     return bound;
-}
-
-std::map<std::string, std::unique_ptr<OperationUnderTest>> const &all() {
-    static auto const operations = [] {
-        std::map<std::string, std::unique_ptr<OperationUnderTest>> made;
-#define FORMS(op)                                                                                            \
-    made[#op] =                                                                                              \
-        bind(korvo_api_action_engine_##op##_send, korvo_api_action_engine_##op##_send_with_timeout,          \
-             korvo_api_action_engine_##op##_non_blocking_send, korvo_api_action_engine_##op##_receive,       \
-             korvo_api_action_engine_##op##_receive_with_timeout, korvo_api_action_engine_##op##_send_async, \
-             korvo_api_action_engine_##op##_cancel_async)
-        FORMS(get_actions);
-        FORMS(get_action_counts);
-        FORMS(get_action_type);
-        FORMS(delete_action);
-        FORMS(get_action_filters);
-        FORMS(set_action_filters);
-        FORMS(get_email_action);
-        FORMS(create_email_action);
-        FORMS(modify_email_action);
-        FORMS(get_ftp_action);
-        FORMS(create_ftp_action);
-        FORMS(modify_ftp_action);
-        FORMS(get_snapshot_action);
-        FORMS(create_snapshot_action);
-        FORMS(modify_snapshot_action);
-        FORMS(get_ptz_pattern_action);
-        FORMS(create_ptz_pattern_action);
-        FORMS(modify_ptz_pattern_action);
-        FORMS(get_ptz_preset_action);
-        FORMS(create_ptz_preset_action);
-        FORMS(modify_ptz_preset_action);
-        FORMS(get_ptz_scan_action);
-        FORMS(create_ptz_scan_action);
-        FORMS(modify_ptz_scan_action);
-        FORMS(get_ptz_tour_action);
-        FORMS(create_ptz_tour_action);
-        FORMS(modify_ptz_tour_action);
-        FORMS(get_wiper_action);
-        FORMS(create_wiper_action);
-        FORMS(modify_wiper_action);
-        FORMS(get_washer_action);
-        FORMS(create_washer_action);
-        FORMS(modify_washer_action);
-        FORMS(get_relay_action);
-        FORMS(create_relay_action);
-        FORMS(modify_relay_action);
-        FORMS(get_triggers);
-        FORMS(get_trigger_counts);
-        FORMS(get_trigger_type);
-        FORMS(delete_trigger);
-        FORMS(create_timer_trigger);
-        FORMS(get_timer_trigger);
-        FORMS(modify_timer_trigger);
-        FORMS(create_onvif_trigger);
-        FORMS(get_onvif_trigger);
-        FORMS(modify_onvif_trigger);
-        FORMS(create_stable_onvif_trigger);
-        FORMS(get_stable_onvif_trigger);
-        FORMS(modify_stable_onvif_trigger);
-        FORMS(get_trigger_associations);
-        FORMS(get_action_associations);
-        FORMS(create_association);
-        FORMS(delete_association);
-        FORMS(onvif_event);
-#undef FORMS
-        return made;
-    }();
-    return operations;
 }
 
 }  // namespace
@@ -242,14 +191,75 @@ char const *nameOf(Form form) {
     return "cancel_async";
 }
 
-OperationUnderTest const &operation(std::string const &name) {
-    return *all().at(name);
+template <typename Form>
+Answer Operation::answer(Form const &form) const {
+    Outs outs(results_);
+    Answer answer;
+    answer.status = form(outs);
+    if (answer.status == KORVO_CORE_STATUS_NO_ERROR) {
+        answer.results = outs.values();
+    }
+    return answer;
 }
 
-std::vector<std::string> boundOperations() {
-    std::vector<std::string> names;
-    for (auto const &bound : all()) {
-        names.push_back(bound.first);
-    }
-    return names;
+Answer Operation::send(void *handle, char const *target, Values const &inputs) const {
+    return answer([&](Outs &outs) { return send(handle, target, Inputs(inputs), outs); });
 }
+
+Answer Operation::sendWithTimeout(void *handle, char const *target, int timeout, Values const &inputs) const {
+    return answer([&](Outs &outs) { return sendWithTimeout(handle, target, timeout, Inputs(inputs), outs); });
+}
+
+korvo_core_status Operation::nonBlockingSend(void *handle, char const *target, char **request_id,
+                                             Values const &inputs) const {
+    return nonBlockingSend(handle, target, request_id, Inputs(inputs));
+}
+
+Answer Operation::receive(void *handle, unsigned char block, char const *target, char *request_id) const {
+    return answer([&](Outs &outs) { return receive(handle, block, target, request_id, outs); });
+}
+
+Answer Operation::receiveWithTimeout(void *handle, char const *target, int timeout, char *request_id) const {
+    return answer([&](Outs &outs) { return receiveWithTimeout(handle, target, timeout, request_id, outs); });
+}
+
+korvo_core_status Operation::sendAsync(void *handle, char const *target, Values const &inputs,
+                                       Receiver &context) const {
+    return sendAsync(handle, target, Inputs(inputs), Callback::first, &context);
+}
+
+korvo_core_status Operation::cancelAsync(void *handle, Receiver &context) const {
+    return cancelAsync(handle, Callback::first, &context);
+}
+
+std::map<std::string, std::unique_ptr<Operation>> const &operations() {
+    static auto const all = [] {
+        std::map<std::string, std::unique_ptr<Operation>> made;
+#define BIND(name)                                                                                          \
+    made[#name] = bind(                                                                                     \
+        #name, korvo_api_action_engine_##name##_send, korvo_api_action_engine_##name##_send_with_timeout,   \
+        korvo_api_action_engine_##name##_non_blocking_send, korvo_api_action_engine_##name##_receive,       \
+        korvo_api_action_engine_##name##_receive_with_timeout, korvo_api_action_engine_##name##_send_async, \
+        korvo_api_action_engine_##name##_cancel_async);
+        OPERATION_NAMES(BIND)
+#undef BIND
+        return made;
+    }();
+    return all;
+}
+
+Operation const &operation(std::string const &name) {
+    return *operations().at(name);
+}
+
+Operation const &versionQuery() {
+    static auto const query =
+        bind("__get_target_version__", korvo_api_action_engine___get_target_version___send, nullptr,
+             korvo_api_action_engine___get_target_version___non_blocking_send,
+             korvo_api_action_engine___get_target_version___receive, nullptr,
+             korvo_api_action_engine___get_target_version___send_async,
+             korvo_api_action_engine___get_target_version___cancel_async);
+    return *query;
+}
+
+}  // namespace typed_calls

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "arguments.h"
+#include "typed_calls/arguments.h"
 
 #include <cstdlib>
 #include <stdexcept>
+#include <string>
+
+namespace typed_calls {
 
 namespace {
 
@@ -29,11 +32,11 @@ Outs::Variable unwritten(Kind kind) {
     return unwritten_number;
 }
 
-Content copyOf(char const *text) {
-    return text != nullptr ? Content(std::string(text)) : Content();
+Value copyOf(char const *text) {
+    return text != nullptr ? Value(Text(text)) : Value();
 }
 
-Content copyOf(char *const *list) {
+Value copyOf(char *const *list) {
     if (list == nullptr) {
         return {};
     }
@@ -44,7 +47,7 @@ Content copyOf(char *const *list) {
     return texts;
 }
 
-Content copyOf(unsigned int *const *list) {
+Value copyOf(unsigned int *const *list) {
     if (list == nullptr) {
         return {};
     }
@@ -55,25 +58,44 @@ Content copyOf(unsigned int *const *list) {
     return numbers;
 }
 
-Content copyOf(unsigned int value) {
+Value copyOf(unsigned int value) {
     return value;
 }
 
-Content copyOf(unsigned char value) {
+Value copyOf(unsigned char value) {
     return value;
 }
 
 }  // namespace
 
-Inputs::Inputs(std::vector<Member> const &members) {
-    for (Member const &member : members) {
-        kinds_.push_back(member.kind);
-        arguments_.push_back(argumentFor(member.kind, member.sample));
+Kind kindOf(Value const &value) {
+    if (std::holds_alternative<Number>(value)) {
+        return Kind::number;
+    }
+    if (std::holds_alternative<Flag>(value)) {
+        return Kind::flag;
+    }
+    if (std::holds_alternative<Text>(value)) {
+        return Kind::text;
+    }
+    if (std::holds_alternative<Texts>(value)) {
+        return Kind::texts;
+    }
+    if (std::holds_alternative<Numbers>(value)) {
+        return Kind::numbers;
+    }
+    throw std::logic_error("NULL is of no kind");
+}
+
+Inputs::Inputs(Values const &values) {
+    for (Value const &value : values) {
+        kinds_.push_back(kindOf(value));
+        arguments_.push_back(argumentFor(kinds_.back(), value));
     }
 }
 
-void Inputs::set(std::size_t place, Content const &content) {
-    arguments_.at(place) = argumentFor(kinds_.at(place), content);
+void Inputs::set(std::size_t place, Value const &value) {
+    arguments_.at(place) = argumentFor(kinds_.at(place), value);
 }
 
 void Inputs::setFlag(std::size_t place, unsigned char value) {
@@ -98,9 +120,9 @@ void Inputs::setNull(std::size_t place) {
     throw std::logic_error("only texts and lists can be NULL");
 }
 
-Inputs::Argument Inputs::argumentFor(Kind kind, Content const &content) {
-    contents_.push_back(content);
-    Content &kept = contents_.back();
+Inputs::Argument Inputs::argumentFor(Kind kind, Value const &value) {
+    values_.push_back(value);
+    Value &kept = values_.back();
     switch (kind) {
         case Kind::flag:
             return std::get<unsigned char>(kept);
@@ -108,16 +130,16 @@ Inputs::Argument Inputs::argumentFor(Kind kind, Content const &content) {
             return std::get<std::string>(kept).c_str();
         case Kind::texts: {
             std::vector<char *> &list = text_lists_.emplace_back();
-            for (std::string &text : std::get<Texts>(kept)) {
-                list.push_back(text.data());
+            for (std::string &element : std::get<Texts>(kept)) {
+                list.push_back(element.data());
             }
             list.push_back(nullptr);
             return list.data();
         }
         case Kind::numbers: {
             std::vector<unsigned int *> &list = number_lists_.emplace_back();
-            for (unsigned int &value : std::get<Numbers>(kept)) {
-                list.push_back(&value);
+            for (unsigned int &element : std::get<Numbers>(kept)) {
+                list.push_back(&element);
             }
             list.push_back(nullptr);
             return list.data();
@@ -128,11 +150,11 @@ Inputs::Argument Inputs::argumentFor(Kind kind, Content const &content) {
     return std::get<unsigned int>(kept);
 }
 
-Outs::Outs(std::vector<Member> const &members, Lists lists) {
-    for (Member const &member : members) {
-        variables_.push_back(unwritten(member.kind));
+Outs::Outs(std::vector<Kind> const &kinds, Lists lists) {
+    for (Kind const kind : kinds) {
+        variables_.push_back(unwritten(kind));
         before_.push_back(variables_.back());
-        if (lists == Lists::occupied && isList(member.kind)) {
+        if (lists == Lists::occupied && (kind == Kind::texts || kind == Kind::numbers)) {
             occupy(variables_.size() - 1);
         }
     }
@@ -173,45 +195,38 @@ bool Outs::untouched() const {
     return variables_ == before_;
 }
 
-Content Outs::content(std::size_t place) const {
+Value Outs::value(std::size_t place) const {
     return std::visit([](auto value) { return copyOf(value); }, variables_.at(place));
 }
 
-std::vector<Content> Outs::contents() const {
-    std::vector<Content> all;
+Values Outs::values() const {
+    Values all;
     for (std::size_t place = 0; place < variables_.size(); ++place) {
-        all.push_back(content(place));
+        all.push_back(value(place));
     }
     return all;
 }
 
-Content take(unsigned int value) {
+Value take(unsigned int value) {
     return value;
 }
 
-Content take(unsigned char value) {
+Value take(unsigned char value) {
     return value;
 }
 
-Content take(char *text) {
-    Content const copy = copyOf(static_cast<char const *>(text));
+Value take(char *text) {
+    Value const copy = copyOf(static_cast<char const *>(text));
     std::free(text);
     return copy;
 }
 
-Content take(char **list) {
+Value take(char **list) {
     return copyOf(static_cast<char *const *>(list));
 }
 
-Content take(unsigned int **list) {
+Value take(unsigned int **list) {
     return copyOf(static_cast<unsigned int *const *>(list));
 }
 
-void recordCallback(Context &context, char const *target, korvo_core_status status,
-                    std::vector<Content> results, int callback) {
-    context.calls.push_back({target != nullptr ? std::optional<std::string>(target) : std::nullopt, status,
-                             std::move(results), callback});
-    if (context.throws) {
-        throw 1;
-    }
-}
+}  // namespace typed_calls

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-#ifndef KORVO_TESTS_HEADER_OPERATION_NAMES_H
-#define KORVO_TESTS_HEADER_OPERATION_NAMES_H
+#ifndef KORVO_TESTS_TYPED_CALLS_OPERATION_NAMES_H
+#define KORVO_TESTS_TYPED_CALLS_OPERATION_NAMES_H
 
 /*
  * The tests' own list of the 54 operations, in the order of the public header. It is written apart from the

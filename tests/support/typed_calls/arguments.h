@@ -1,30 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_TESTS_CONTRACT_ARGUMENTS_H
-#define KORVO_TESTS_CONTRACT_ARGUMENTS_H
+#ifndef KORVO_TESTS_TYPED_CALLS_ARGUMENTS_H
+#define KORVO_TESTS_TYPED_CALLS_ARGUMENTS_H
 
 // Inputs, out-pointers and callback results in their C types, held in rows.
 
+#include <cstddef>
 #include <deque>
-#include <functional>
-#include <optional>
-#include <string>
 #include <variant>
 #include <vector>
 
-#include "expectations.h"
 #include "korvo_core.h"
+#include "typed_calls/values.h"
+
+namespace typed_calls {
 
 /// The inputs of a call in C types, with the memory behind them.
 class Inputs {
   public:
     using Argument = std::variant<unsigned int, unsigned char, char const *, char **, unsigned int **>;
 
-    explicit Inputs(std::vector<Member> const &members);
+    /// None of the values is NULL; setNull() makes one so.
+    explicit Inputs(Values const &values);
     Inputs(Inputs const &) = delete;
     Inputs &operator=(Inputs const &) = delete;
 
-    /// Another value of the same kind in place of the sample.
-    void set(std::size_t place, Content const &content);
+    /// Another value of the same kind.
+    void set(std::size_t place, Value const &value);
     /// A flag that is neither 0 nor 1.
     void setFlag(std::size_t place, unsigned char value);
     void setNull(std::size_t place);
@@ -32,11 +33,11 @@ class Inputs {
     Argument const &operator[](std::size_t place) const { return arguments_.at(place); }
 
   private:
-    Argument argumentFor(Kind kind, Content const &content);
+    Argument argumentFor(Kind kind, Value const &value);
 
     std::vector<Kind> kinds_;
     std::vector<Argument> arguments_;
-    std::deque<Content> contents_;
+    std::deque<Value> values_;
     std::deque<std::vector<char *>> text_lists_;
     std::deque<std::vector<unsigned int *>> number_lists_;
 };
@@ -49,7 +50,7 @@ class Outs {
     /// What list variables hold before the call: NULL, as every caller sets them, or something else.
     enum class Lists { null, occupied };
 
-    explicit Outs(std::vector<Member> const &members, Lists lists = Lists::null);
+    explicit Outs(std::vector<Kind> const &kinds, Lists lists = Lists::null);
     /// Frees what the call handed out, as its caller would.
     ~Outs();
     Outs(Outs const &) = delete;
@@ -64,39 +65,21 @@ class Outs {
     bool untouched() const;
 
     /// The value of a variable that was written.
-    Content content(std::size_t place) const;
-    std::vector<Content> contents() const;
+    Value value(std::size_t place) const;
+    Values values() const;
 
   private:
     std::vector<Variable> variables_;
     std::vector<Variable> before_;
 };
 
-/// What a callback was told.
-struct CallbackCall {
-    std::optional<std::string> target;
-    korvo_core_status status;
-    std::vector<Content> results;
-    int callback;
-};
-
-/// The context of an asynchronous call, and what its callback does.
-struct Context {
-    std::vector<CallbackCall> calls;
-    /// Runs inside the callback, before it takes its texts and lists.
-    std::function<void()> during;
-    /// The callback throws a number at its end.
-    bool throws = false;
-};
-
 /// Copies a callback's results, frees its texts as their owner, and leaves its lists alone.
-Content take(unsigned int value);
-Content take(unsigned char value);
-Content take(char *text);
-Content take(char **list);
-Content take(unsigned int **list);
+Value take(unsigned int value);
+Value take(unsigned char value);
+Value take(char *text);
+Value take(char **list);
+Value take(unsigned int **list);
 
-void recordCallback(Context &context, char const *target, korvo_core_status status,
-                    std::vector<Content> results, int callback);
+}  // namespace typed_calls
 
 #endif
