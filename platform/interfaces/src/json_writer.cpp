@@ -31,7 +31,7 @@ class Writer final : public json::ConstVisitor {
         for (json::Object::Member const &member : object) {
             out_ += separator;
             separator = ',';
-            write_text(member.name);
+            writeText(member.name);
             out_ += ':';
             member.element.Accept(*this);
         }
@@ -53,7 +53,7 @@ class Writer final : public json::ConstVisitor {
         --depth_;
     }
 
-    void Visit(json::String const &text) override { write_text(text.value()); }
+    void Visit(json::String const &text) override { writeText(text.value()); }
 
     void Visit(json::Number const &number) override {
         double const value = number.value();
@@ -84,8 +84,8 @@ class Writer final : public json::ConstVisitor {
         return true;
     }
 
-    void write_text(std::string_view text) {
-        if (!is_utf8(text)) {
+    void writeText(std::string_view text) {
+        if (!isUtf8(text)) {
             why_ = "a text is not UTF-8";
             return;
         }
@@ -98,13 +98,13 @@ class Writer final : public json::ConstVisitor {
             }
             out_.append(text, plain, place - plain);
             plain = place + 1;
-            write_escape(code);
+            writeEscape(code);
         }
         out_.append(text, plain, text.size() - plain);
         out_ += '"';
     }
 
-    void write_escape(unsigned char code) {
+    void writeEscape(unsigned char code) {
         constexpr std::string_view digits = "0123456789abcdef";
         switch (code) {
             case '"':

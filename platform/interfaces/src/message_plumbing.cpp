@@ -21,7 +21,7 @@ struct Free {
 constexpr std::size_t large_buffer = 64 * 1024;
 
 /// The text of a thread's last command; its memory serves the next one.
-std::string &command_buffer() {
+std::string &commandBuffer() {
     thread_local std::string buffer;
     buffer.clear();
     if (buffer.capacity() > large_buffer) {
@@ -36,7 +36,7 @@ char const *printable(char const *text) {
 
 /// The value of a member of type T, or NULL.
 template <typename T>
-T const *find_value(json::Object const &object, char const *name) {
+T const *findValue(json::Object const &object, char const *name) {
     auto const member = object.Find(name);
     if (member == object.end()) {
         return nullptr;
@@ -46,7 +46,7 @@ T const *find_value(json::Object const &object, char const *name) {
     return finder.found;
 }
 
-bool are_texts(std::initializer_list<char **> texts) {
+bool areTexts(std::initializer_list<char **> texts) {
     for (char **const text : texts) {
         if (text == nullptr || *text == nullptr) {
             return false;
@@ -74,7 +74,7 @@ void contain(void *logging, char const *kind, Handling handling) {
 korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service, char const *target,
                                                              char const *request_id,
                                                              json::Object const &command) {
-    std::string &text = command_buffer();
+    std::string &text = commandBuffer();
     std::string const problem = json_text::write(command, text);
     if (!problem.empty()) {
         korvo_core_logging_log(
@@ -107,14 +107,14 @@ korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, ch
                                printable(method), problem.c_str());
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
-    auto const *const answered = find_value<json::String>(read, "command");
+    auto const *const answered = findValue<json::String>(read, "command");
     if (answered != nullptr && method != nullptr && answered->value() != method) {
         korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
                                "service %s answered %s with a response to %s", printable(service), method,
                                answered->value().c_str());
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
-    auto const *const status = find_value<json::Number>(read, "status");
+    auto const *const status = findValue<json::Number>(read, "status");
     if (status == nullptr) {
         korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
                                "the response of service %s to %s has no status", printable(service),
@@ -131,7 +131,7 @@ korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, ch
 void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **target, char **request_id,
                                                          char **response) {
     contain(logging_handle_, "a response", [&] {
-        if (!are_texts({service, target, request_id, response})) {
+        if (!areTexts({service, target, request_id, response})) {
             korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
                                    "a response without texts came in");
             return;
@@ -144,7 +144,7 @@ void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **
                                    problem.c_str());
             return;
         }
-        auto const *const method = find_value<json::String>(read, "command");
+        auto const *const method = findValue<json::String>(read, "command");
         if (method == nullptr) {
             korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
                                    "a response of service %s does not say to what command", *service);
@@ -158,7 +158,7 @@ void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **
 
 void korvoInitiatorInterfaces::initiatorCallback(char **service, char **source, char **event) {
     contain(logging_handle_, "an event", [&] {
-        if (!are_texts({service, source, event})) {
+        if (!areTexts({service, source, event})) {
             korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
                                    "an event without texts came in");
             return;
@@ -170,7 +170,7 @@ void korvoInitiatorInterfaces::initiatorCallback(char **service, char **source, 
                                    "an event of service %s is no usable JSON: %s", *service, problem.c_str());
             return;
         }
-        auto const *const event_name = find_value<json::String>(read, "event");
+        auto const *const event_name = findValue<json::String>(read, "event");
         if (event_name == nullptr) {
             korvo_core_logging_log(logging_handle_, KORVO_CORE_LOG_PRIORITY_ERR,
                                    "an event of service %s does not say which one it is", *service);

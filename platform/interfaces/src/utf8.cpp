@@ -14,7 +14,7 @@ struct Form {
     unsigned char most;
 };
 
-Form form_of(unsigned char lead) {
+Form formOf(unsigned char lead) {
     if (lead < 0x80) {
         return {1, 0, 0};
     }
@@ -34,9 +34,9 @@ Form form_of(unsigned char lead) {
 
 }  // namespace
 
-bool is_utf8(std::string_view text) {
+bool isUtf8(std::string_view text) {
     while (!text.empty()) {
-        Form const form = form_of(static_cast<unsigned char>(text[0]));
+        Form const form = formOf(static_cast<unsigned char>(text[0]));
         if (form.length == 0 || form.length > text.size()) {
             return false;
         }

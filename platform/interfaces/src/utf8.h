@@ -8,7 +8,7 @@ namespace json_text {
 
 /// Whether the bytes are UTF-8: no stray or missing continuation bytes, no longer form than needed, no
 /// surrogates, nothing above U+10FFFF.
-bool is_utf8(std::string_view text);
+bool isUtf8(std::string_view text);
 
 }  // namespace json_text
 

@@ -9,7 +9,7 @@
 #include "json_writer.h"
 #include "utf8.h"
 
-using json_text::is_utf8;
+using json_text::isUtf8;
 using json_text::read;
 using json_text::write;
 
@@ -122,12 +122,12 @@ TEST(JsonWriter, RefusesNestingThatReadersRefuse) {
 TEST(Utf8, IsWhatUnicodeSays) {
     for (char const *good : {"", "plain", "\x7f", "\xc2\x80", "\xdf\xbf", "\xe0\xa0\x80", "\xed\x9f\xbf",
                              "\xee\x80\x80", "\xef\xbf\xbf", "\xf0\x90\x80\x80", "\xf4\x8f\xbf\xbf"}) {
-        EXPECT_TRUE(is_utf8(good)) << good;
+        EXPECT_TRUE(isUtf8(good)) << good;
     }
     for (char const *bad :
          {"\x80", "\xbf", "\xc0\x80", "\xc1\xbf", "\xc2", "\xc2x", "\xe0\x9f\xbf", "\xe0\xa0", "\xed\xa0\x80",
           "\xf0\x8f\xbf\xbf", "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xff", "a\xe4z"}) {
-        EXPECT_FALSE(is_utf8(bad)) << bad;
+        EXPECT_FALSE(isUtf8(bad)) << bad;
     }
 }
 
