@@ -18,7 +18,7 @@ namespace bj = boost::json;
 class Builder {
   public:
     static constexpr std::size_t max_object_size = most_members;
-    static constexpr std::size_t max_array_size = most_values;
+    static constexpr std::size_t max_array_size = longest_text;
     static constexpr std::size_t max_key_size = longest_text;
     static constexpr std::size_t max_string_size = longest_text;
 
@@ -30,6 +30,9 @@ class Builder {
     bool on_document_end(bj::error_code &) { return true; }
 
     bool on_object_begin(bj::error_code &code) {
+        if (hasTooManyContainers(code)) {
+            return false;
+        }
         if (open_.empty()) {
             open_.push_back({&root_, nullptr});
             return true;
@@ -48,6 +51,9 @@ class Builder {
     }
 
     bool on_array_begin(bj::error_code &code) {
+        if (hasTooManyContainers(code)) {
+            return false;
+        }
         json::UnknownElement *const element = put(json::Array(), code);
         if (element == nullptr) {
             return false;
@@ -124,15 +130,16 @@ class Builder {
         return false;
     }
 
+    bool hasTooManyContainers(bj::error_code &code) {
+        return ++containers_ > most_containers &&
+               !refuse("it holds more than " + std::to_string(most_containers) + " arrays and objects", code);
+    }
+
     /// Adds a value to the innermost open one; NULL when it was refused.
     template <typename Value>
     json::UnknownElement *put(Value value, bj::error_code &code) {
         if (open_.empty()) {
             (void)refuse("it is no object", code);
-            return nullptr;
-        }
-        if (++values_ > most_values) {
-            (void)refuse("it holds more than " + std::to_string(most_values) + " values", code);
             return nullptr;
         }
         if (open_.back().array != nullptr) {
@@ -151,7 +158,7 @@ class Builder {
     std::string key_;
     std::string text_;
     std::string number_;
-    std::size_t values_ = 0;
+    std::size_t containers_ = 0;
     std::string why_;
 };
 

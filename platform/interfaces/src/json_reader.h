@@ -9,12 +9,13 @@
 
 namespace json_text {
 
-// What a text may hold. The members of one object are looked up one after the other, so their number is
-// bounded more tightly than that of all values.
+// What a text may hold. Scalars are bounded by the length of the text alone: what a message can carry can be read.
+// An empty array takes two bytes of text and two hundred times as many of memory, so arrays and objects have a
+// bound of their own; the members of one object are looked up one after the other, so they have one too.
 constexpr std::size_t longest_text = 1024 * 1024;
 constexpr std::size_t deepest_nesting = 32;
 constexpr std::size_t most_members = 1024;
-constexpr std::size_t most_values = 65536;
+constexpr std::size_t most_containers = 65536;
 
 /// Reads a JSON object. Returns an empty text, or says in a few words what is wrong with `text`: broken JSON,
 /// anything beyond the bounds, a name that stands twice in an object, a number that no double can hold, or a

@@ -242,19 +242,28 @@ TEST(JsonReader, HasABoundOnTheMembersOfAnObject) {
     EXPECT_NE(problemOfReading(text + ",\"more\":0}"), "");
 }
 
-TEST(JsonReader, HasABoundOnAllValues) {
-    std::string list = "0";
-    // The list itself is a value too.
-    for (int number = 1; number < 65535; ++number) {
-        list += ",0";
+TEST(JsonReader, ReadsAsManyNumbersAsFitIntoAText) {
+    std::string text = "{\"v\":[0";
+    while (text.size() + 4 <= 1048576) {
+        text += ",0";
     }
-    EXPECT_EQ(problemOfReading("{\"v\":[" + list + "]}"), "");
-    EXPECT_NE(problemOfReading("{\"v\":[" + list + ",0]}"), "");
-    std::string empty_lists = "[]";
-    for (int number = 0; number < 200000; ++number) {
-        empty_lists += ",[]";
+    text += "]}";
+    EXPECT_EQ(objectOf(text)["v"].CastTo<json::Array>().size(), 524284U);
+}
+
+TEST(JsonReader, HasABoundOnArraysAndObjects) {
+    // The object around them and the list that holds them count too.
+    std::string values = "[]";
+    for (int number = 1; number < 65534; ++number) {
+        values += number % 2 == 0 ? ",[]" : ",{}";
     }
-    EXPECT_NE(problemOfReading("{\"v\":[" + empty_lists + "]}"), "");
+    EXPECT_EQ(problemOfReading("{\"v\":[" + values + "]}"), "");
+    for (char const *one_more : {"[]", "{}"}) {
+        EXPECT_NE(problemOfReading("{\"v\":[" + values + "," + one_more + "]}")
+                      .find("more than 65536 arrays and objects"),
+                  std::string::npos);
+    }
+    EXPECT_EQ(problemOfReading("{\"v\":[" + values + ",0,true,null,\"text\"]}"), "");
 }
 
 TEST(JsonReader, HasABoundOnSize) {
