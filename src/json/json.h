@@ -18,6 +18,7 @@
 #include <list>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -107,6 +108,10 @@ class UnknownElement {
     template <typename T, typename = std::enable_if_t<IsValueType<std::decay_t<T>>::value>>
     UnknownElement(T &&value);
 
+    /// Takes over a value that somebody has made in memory of his own; it is deleted through its virtual destructor.
+    template <typename Made, typename = std::enable_if_t<std::is_base_of<Imp, Made>::value>>
+    explicit UnknownElement(Made *value) noexcept : imp_(value) {}
+
     ~UnknownElement();
 
     /// Copies first and releases the old value afterwards, so an element may be assigned a part of itself.
@@ -130,6 +135,9 @@ class UnknownElement {
     friend bool operator==(UnknownElement const &left, UnknownElement const &right);
 
   private:
+    /// Deletes the held value and holds this one.
+    void Replace(Imp *value);
+
     Imp *imp_;
 };
 
@@ -143,7 +151,8 @@ class Array {
     /// Appends a copy of the element and returns its place.
     iterator Insert(UnknownElement const &element);
 
-    /// Appends an element made in place from a value of one of the six types and returns it.
+    /// Appends an element made in place and returns it: from a value of one of the six types, or from one that
+    /// UnknownElement takes over, which remains the caller's when this throws.
     template <typename T>
     UnknownElement &Emplace(T &&value);
 
@@ -166,7 +175,8 @@ class Object {
         Member(std::string member_name, UnknownElement const &member_element)
             : name(std::move(member_name)), element(member_element) {}
 
-        template <typename T, typename = std::enable_if_t<IsValueType<std::decay_t<T>>::value>>
+        template <typename T,
+                  typename = std::enable_if_t<!std::is_same<std::decay_t<T>, UnknownElement>::value>>
         Member(std::string member_name, T &&value)
             : name(std::move(member_name)), element(std::forward<T>(value)) {}
 
@@ -180,21 +190,22 @@ class Object {
     using const_iterator = Members::const_iterator;
 
     /// The element of the first member of that name; throws "Object member not found: NAME" when there is none.
-    UnknownElement const &operator[](std::string const &name) const;
+    UnknownElement const &operator[](std::string_view name) const;
 
     /// The element of the first member of that name; when there is none, a member holding json::Null is appended.
-    UnknownElement &operator[](std::string const &name);
+    UnknownElement &operator[](std::string_view name);
 
     /// Appends a copy of the member and returns its place; throws "Object member already exists: NAME".
     iterator Insert(Member const &member);
 
-    /// Appends a member made in place and returns its element; throws "Object member already exists: NAME".
+    /// Appends a member made in place, from what Array::Emplace() takes, and returns its element; throws "Object
+    /// member already exists: NAME".
     template <typename T>
     UnknownElement &Emplace(std::string name, T &&value);
 
     /// The first member of that name, or end().
-    iterator Find(std::string const &name);
-    const_iterator Find(std::string const &name) const;
+    iterator Find(std::string_view name);
+    const_iterator Find(std::string_view name) const;
 
     iterator begin() { return members_.begin(); }
     iterator end() { return members_.end(); }
@@ -204,7 +215,7 @@ class Object {
     bool empty() const { return members_.empty(); }
 
   private:
-    void RefuseDuplicate(std::string const &name) const;
+    void RefuseDuplicate(std::string_view name) const;
 
     Members members_;
 };
@@ -269,6 +280,7 @@ inline bool operator==(Object const &left, Object const &right);
 template <typename T>
 class UnknownElement::Imp_T : public UnknownElement::Imp {
   public:
+    Imp_T() : value_() {}
     template <typename Value>
     explicit Imp_T(Value &&value) : value_(std::forward<Value>(value)) {}
 
@@ -298,11 +310,14 @@ inline UnknownElement::~UnknownElement() {
     delete imp_;
 }
 
+inline void UnknownElement::Replace(Imp *value) {
+    delete imp_;
+    imp_ = value;
+}
+
 inline UnknownElement &UnknownElement::operator=(UnknownElement const &other) {
     if (this != &other) {
-        Imp *copy = other.imp_->Clone();
-        delete imp_;
-        imp_ = copy;
+        Replace(other.imp_->Clone());
     }
     return *this;
 }
@@ -331,7 +346,7 @@ T &UnknownElement::ConvertTo() {
     detail::MutableFinder<T> finder;
     Accept(finder);
     if (finder.found == nullptr) {
-        *this = UnknownElement(T());
+        Replace(new Imp_T<T>());
         Accept(finder);
     }
     return *finder.found;
@@ -358,17 +373,17 @@ UnknownElement &Array::Emplace(T &&value) {
     return elements_.emplace_back(std::forward<T>(value));
 }
 
-inline UnknownElement const &Object::operator[](std::string const &name) const {
+inline UnknownElement const &Object::operator[](std::string_view name) const {
     const_iterator const member = Find(name);
     if (member == end()) {
-        throw Exception("Object member not found: " + name);
+        throw Exception("Object member not found: " + std::string(name));
     }
     return member->element;
 }
 
-inline UnknownElement &Object::operator[](std::string const &name) {
+inline UnknownElement &Object::operator[](std::string_view name) {
     iterator const member = Find(name);
-    return member != end() ? member->element : Insert(Member(name, Null()))->element;
+    return member != end() ? member->element : members_.emplace_back(std::string(name), Null()).element;
 }
 
 inline Object::iterator Object::Insert(Member const &member) {
@@ -382,7 +397,7 @@ UnknownElement &Object::Emplace(std::string name, T &&value) {
     return members_.emplace_back(std::move(name), std::forward<T>(value)).element;
 }
 
-inline Object::iterator Object::Find(std::string const &name) {
+inline Object::iterator Object::Find(std::string_view name) {
     iterator member = begin();
     while (member != end() && member->name != name) {
         ++member;
@@ -390,13 +405,13 @@ inline Object::iterator Object::Find(std::string const &name) {
     return member;
 }
 
-inline Object::const_iterator Object::Find(std::string const &name) const {
+inline Object::const_iterator Object::Find(std::string_view name) const {
     return const_cast<Object *>(this)->Find(name);
 }
 
-inline void Object::RefuseDuplicate(std::string const &name) const {
+inline void Object::RefuseDuplicate(std::string_view name) const {
     if (Find(name) != end()) {
-        throw Exception("Object member already exists: " + name);
+        throw Exception("Object member already exists: " + std::string(name));
     }
 }
 

@@ -2,9 +2,11 @@
 #include "json_reader.h"
 
 #include <boost/json/basic_parser_impl.hpp>
+#include <memory>
 #include <utility>
 #include <vector>
 
+#include "element_memory.h"
 #include "exact_number.h"
 
 namespace json_text {
@@ -37,7 +39,7 @@ class Builder {
             open_.push_back({&root_, nullptr});
             return true;
         }
-        json::UnknownElement *const element = put(json::Object(), code);
+        json::UnknownElement *const element = put<json::Object>(code);
         if (element == nullptr) {
             return false;
         }
@@ -54,7 +56,7 @@ class Builder {
         if (hasTooManyContainers(code)) {
             return false;
         }
-        json::UnknownElement *const element = put(json::Array(), code);
+        json::UnknownElement *const element = put<json::Array>(code);
         if (element == nullptr) {
             return false;
         }
@@ -84,7 +86,7 @@ class Builder {
 
     bool on_string(bj::string_view part, std::size_t, bj::error_code &code) {
         text_.append(part.data(), part.size());
-        return put(json::String(std::exchange(text_, std::string())), code) != nullptr;
+        return put<json::String>(code, std::exchange(text_, std::string())) != nullptr;
     }
 
     bool on_number_part(bj::string_view part, bj::error_code &) {
@@ -94,12 +96,12 @@ class Builder {
 
     bool on_int64(std::int64_t number, bj::string_view, bj::error_code &code) {
         number_.clear();
-        return put(json::Number(static_cast<double>(number)), code) != nullptr;
+        return put<json::Number>(code, static_cast<double>(number)) != nullptr;
     }
 
     bool on_uint64(std::uint64_t number, bj::string_view, bj::error_code &code) {
         number_.clear();
-        return put(json::Number(static_cast<double>(number)), code) != nullptr;
+        return put<json::Number>(code, static_cast<double>(number)) != nullptr;
     }
 
     bool on_double(double estimate, bj::string_view part, bj::error_code &code) {
@@ -109,11 +111,11 @@ class Builder {
         if (!number) {
             return refuse("a number is too large", code);
         }
-        return put(json::Number(*number), code) != nullptr;
+        return put<json::Number>(code, *number) != nullptr;
     }
 
-    bool on_bool(bool flag, bj::error_code &code) { return put(json::Boolean(flag), code) != nullptr; }
-    bool on_null(bj::error_code &code) { return put(json::Null(), code) != nullptr; }
+    bool on_bool(bool flag, bj::error_code &code) { return put<json::Boolean>(code, flag) != nullptr; }
+    bool on_null(bj::error_code &code) { return put<json::Null>(code) != nullptr; }
     bool on_comment_part(bj::string_view, bj::error_code &) { return true; }
     bool on_comment(bj::string_view, bj::error_code &) { return true; }
 
@@ -135,18 +137,26 @@ class Builder {
                !refuse("it holds more than " + std::to_string(most_containers) + " arrays and objects", code);
     }
 
-    /// Adds a value to the innermost open one; NULL when it was refused.
-    template <typename Value>
-    json::UnknownElement *put(Value value, bj::error_code &code) {
+    /// Adds a T made from `value` to the innermost open value; NULL when it was refused.
+    template <typename T, typename... Value>
+    json::UnknownElement *put(bj::error_code &code, Value &&...value) {
         if (open_.empty()) {
             (void)refuse("it is no object", code);
             return nullptr;
         }
-        if (open_.back().array != nullptr) {
-            return &open_.back().array->Emplace(std::move(value));
+        std::unique_ptr<json::UnknownElement::Imp> made(memory_.make<T>(std::forward<Value>(value)...));
+        json::UnknownElement *const element = open_.back().array != nullptr
+                                                  ? &open_.back().array->Emplace(made.get())
+                                                  : putMember(made.get(), code);
+        if (element != nullptr) {
+            (void)made.release();
         }
+        return element;
+    }
+
+    json::UnknownElement *putMember(json::UnknownElement::Imp *value, bj::error_code &code) {
         try {
-            return &open_.back().object->Emplace(std::exchange(key_, std::string()), std::move(value));
+            return &open_.back().object->Emplace(std::exchange(key_, std::string()), value);
         } catch (json::Exception const &error) {
             (void)refuse(error.what(), code);
             return nullptr;
@@ -154,6 +164,7 @@ class Builder {
     }
 
     json::Object &root_;
+    ElementMemory memory_;
     std::vector<Open> open_;
     std::string key_;
     std::string text_;
