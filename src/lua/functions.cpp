@@ -21,13 +21,10 @@ korvo_core_status adapted_korvo_core_ipc_initiator_init(void *logging, char cons
     return korvo_core_ipc_initiator_init(logging, name, messaging, /*flag*/ 1);
 }
 
-// A script's text is data: a per cent sign in it is one.
+// A script's text is data: a per cent sign in it is one. What no text means is the core's matter, as everywhere.
 korvo_core_status adapted_korvo_core_logging_log(void *logging, korvo_core_log_priority priority,
                                                  char const *text) {
-    if (text == nullptr) {
-        return KORVO_CORE_STATUS_INVALID_PARAMS;
-    }
-    return korvo_core_logging_log(logging, priority, "%s", text);
+    return korvo_core_logging_log(logging, priority, text != nullptr ? "%s" : nullptr, text);
 }
 
 #define CONVENTION(convention, name) , Convention::convention
