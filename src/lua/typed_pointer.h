@@ -16,6 +16,7 @@
 
 #include <lua.hpp>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -28,12 +29,11 @@ struct PointerType {
     char const *text;  // as C spells it: "void **"; all spellings, joined by "|"
 };
 
-/// A Lua state's link to the types of one module. The links of the modules that a state has opened form a ring; it is the
-/// state's alone, so whoever runs the state reads and changes it without a lock.
+/// The types of one module. The modules of a process that share a Lua state stand in a ring.
 struct PointerTypes {
     PointerType const *types;
     std::size_t count;
-    PointerTypes *next;
+    std::atomic<PointerTypes *> next;
 };
 
 /// The userdata of a typed pointer.
@@ -58,7 +58,7 @@ inline PointerType const *findPointerType(lua_State *L, char const *name) {
                 return &module->types[place];
             }
         }
-        module = module->next;
+        module = module->next.load();
         if (module == ring) {
             break;
         }

@@ -35,7 +35,7 @@ class TwoModules : public testing::Test {
         korvo::lua::PointerTypes *module = ring;
         do {
             counts.insert(module->count);
-            module = module->next;
+            module = module->next.load();
         } while (module != ring && counts.size() < 10);
         return counts;
     }

@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "lua/passing.h"
+#include "lua/conventions.h"
 #include "operations/operation.h"
 
 namespace korvo::lua::stub {
 
 struct Parameter {
-    Passing passing;
+    Convention convention;
     std::string name;
 };
 

@@ -271,10 +271,9 @@ korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority 
     va_list arguments;
     va_start(arguments, format);
     if (fake_platform::recordsCore()) {
-        std::string const text = format != nullptr ? formatted(format, arguments) : "";
+        std::string const text = formatted(format, arguments);
         va_end(arguments);
-        return fake_platform::recorded<korvo_core_status>(__func__, logging, priority, format,
-                                                          format != nullptr ? text.c_str() : nullptr);
+        return fake_platform::recorded<korvo_core_status>(__func__, logging, priority, format, text.c_str());
     }
     korvo_core_logging_logv(logging, priority, format, arguments);
     va_end(arguments);

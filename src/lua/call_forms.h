@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_LUA_FORM_PARAMETERS_H
-#define KORVO_LUA_FORM_PARAMETERS_H
+#ifndef KORVO_LUA_CALL_FORMS_H
+#define KORVO_LUA_CALL_FORMS_H
 
 // The call forms of an operation, for those who make something of each: the module's table of functions and the stub for
 // editors.
@@ -12,7 +12,7 @@
 //
 //     KORVO_FORM_<form>(OWN, IN, OUT, CALLBACK, INPUTS, RESULTS)   writes the parameters of a form in C order, without
 //                                                                  separators:
-//       OWN(passing, name)      one that each operation has in this form; passing.def tells how it passes
+//       OWN(convention, name)   one that each operation has in this form; conventions.def has the conventions
 //       IN(kind, member)        the inputs of the operation's row
 //       OUT(kind, member)       its results
 //       CALLBACK(RESULTS)       the callback, whose type depends on the results
