@@ -1,63 +1,91 @@
 // SPDX-License-Identifier: Apache-2.0
-// Asynchronous calls, 64 in flight, beside a bare exchange that writes the bytes of all 64 requests at once and gets
-// all 64 responses at once, and beside one that writes each request alone, as a caller must who wants to know what became
-// of each; all processes on one core.
+// Asynchronous calls, 64 in flight, all processes on one core. Beside peers, and beside two bare exchanges: one that
+// writes the bytes of all 64 requests at once and gets all 64 responses at once, and one that writes each request alone,
+// as a caller must who wants to know what became of each.
 
-#include <chrono>
-#include <condition_variable>
-#include <cstdio>
+#include <atomic>
 #include <cstdlib>
-#include <mutex>
-#include <stdexcept>
+#include <memory>
 #include <string>
 
 #include "bare_exchange.h"
 #include "client.h"
 #include "exchanged_bytes.h"
+#include "flights.h"
 #include "korvo_api_action_engine.h"
+#include "peer_process.h"
+#include "peers/peers.h"
 #include "program.h"
 #include "service_process.h"
 #include "side_by_side.h"
 
 namespace {
 
-constexpr int in_flight = 64;
-constexpr int flights_a_round = 100;
-
-/// Counts the responses of one flight.
-class Flight {
+/// Messaging that client handles share.
+class Messaging {
   public:
+    Messaging() {
+        require(korvo_core_ipc_initiator_init(nullptr, "bench", &messaging_, 1), "initiator_init");
+    }
+    ~Messaging() { end(); }
+    Messaging(Messaging const &) = delete;
+    Messaging &operator=(Messaging const &) = delete;
+
+    void *get() const { return messaging_; }
+    void end() {
+        if (messaging_ != nullptr) {
+            (void)korvo_core_ipc_deinit(messaging_);
+            messaging_ = nullptr;
+        }
+    }
+
+  private:
+    void *messaging_ = nullptr;
+};
+
+/// Keeps 64 calls in flight: the callback of each sends the next one. It may not do so on its own handle, whose
+/// operation is locked meanwhile; so there are two handles on one messaging handle, and calls change between them.
+class Chains {
+  public:
+    ~Chains() { messaging_.end(); }
+
+    void round(int calls) {
+        left_to_send_ = calls - in_flight;
+        arrivals_.expect(calls);
+        for (int call = 0; call < in_flight; ++call) {
+            sendRelayAsync(first_.client, land, &first_);
+        }
+        arrivals_.waitForAll();
+        cancelRelayAsync(first_.client, land, &first_);
+        cancelRelayAsync(second_.client, land, &second_);
+    }
+
+  private:
+    struct End {
+        Chains *chains;
+        Client client;
+        End *other;
+    };
+
     static void land(char *, korvo_core_status status, char *name, char *relay, unsigned int, unsigned char,
                      unsigned int, unsigned int, unsigned int, void *context) {
         std::free(name);
         std::free(relay);
-        static_cast<Flight *>(context)->count(status);
+        End const &end = *static_cast<End *>(context);
+        if (end.chains->left_to_send_-- > 0) {
+            korvo_core_status const sent = korvo_api_action_engine_get_relay_action_send_async(
+                end.other->client.handle(), nullptr, contents::action_id, land, end.other);
+            status = status != KORVO_CORE_STATUS_NO_ERROR ? status : sent;
+        }
+        end.chains->arrivals_.count(status);
     }
 
-    void waitForAll() {
-        std::unique_lock<std::mutex> lock(mutex_);
-        if (!landed_.wait_for(lock, std::chrono::seconds(10), [&] { return count_ == in_flight; })) {
-            throw std::runtime_error("a response did not come");
-        }
-        count_ = 0;
-        require(failed_, "get_relay_action");
-    }
-
-  private:
-    void count(korvo_core_status status) {
-        std::lock_guard<std::mutex> const lock(mutex_);
-        if (status != KORVO_CORE_STATUS_NO_ERROR) {
-            failed_ = status;
-        }
-        if (++count_ == in_flight) {
-            landed_.notify_one();
-        }
-    }
-
-    std::mutex mutex_;
-    std::condition_variable landed_;
-    int count_ = 0;
-    korvo_core_status failed_ = KORVO_CORE_STATUS_NO_ERROR;
+    Arrivals arrivals_;
+    /// Read and written by the messaging thread, which runs all callbacks, while calls are on their way.
+    std::atomic<int> left_to_send_{0};
+    Messaging messaging_;
+    End first_{this, Client(messaging_.get()), &second_};
+    End second_{this, Client(messaging_.get()), &first_};
 };
 
 std::string repeated(std::string const &text) {
@@ -68,53 +96,62 @@ std::string repeated(std::string const &text) {
     return all;
 }
 
-void run() {
+void compareFlights(Run &run) {
     useOneCore();
+    TemporaryFolder const folder;
+    Peers const peers = peersWithFlights();
+    std::vector<std::unique_ptr<PeerProcess>> processes;
+    for (auto const &peer : peers) {
+        processes.push_back(std::make_unique<PeerProcess>(*peer, folder.path()));
+    }
     ServiceProcess const service(KORVO_SIMULATOR);
-    // Before the client, whose callbacks use it.
-    Flight flight;
-    Client const client;
-    unsigned int const action_id = client.createRelayAction();
-
-    ExchangedBytes const one = bytesOf(client.logging(), commandFor("Get_relay_action", action_id));
+    ExchangedBytes one;
+    {
+        Client const client;
+        client.createContents();
+        one = bytesOf(client.logging(), commandFor("Get_relay_action", contents::action_id));
+    }
     BareExchange bare(repeated(one.request), repeated(one.response));
-    auto const bareRound = [&bare](std::size_t pieces) {
-        return [&bare, pieces] {
-            for (int count = 0; count < flights_a_round; ++count) {
+
+    int const flights = run.calls(50);
+    std::vector<Side> sides;
+    for (std::size_t number = 0; number < peers.size(); ++number) {
+        std::shared_ptr<Caller> const caller = peers[number]->connect(processes[number]->path());
+        sides.push_back({peers[number]->name(),
+                         [caller, flights] {
+                             for (int count = 0; count < flights; ++count) {
+                                 caller->flight(in_flight);
+                             }
+                         },
+                         {processes[number]->process()}});
+    }
+    auto const bare_round = [&bare, flights](std::size_t pieces) {
+        return [&bare, flights, pieces] {
+            for (int count = 0; count < flights; ++count) {
                 bare.call(pieces);
             }
         };
     };
-    auto const round = [&] {
-        for (int count = 0; count < flights_a_round; ++count) {
-            for (int call = 0; call < in_flight; ++call) {
-                require(korvo_api_action_engine_get_relay_action_send_async(client.handle(), nullptr,
-                                                                            action_id, Flight::land, &flight),
-                        "get_relay_action_send_async");
-            }
-            flight.waitForAll();
-            // Registrations stay until they are cancelled, and there would be more of them than calls in flight.
-            require(
-                korvo_api_action_engine_get_relay_action_cancel_async(client.handle(), Flight::land, &flight),
-                "get_relay_action_cancel_async");
-        }
-    };
-    std::printf(
-        "get_relay_action, %d asynchronous calls in flight, %zu bytes out and %zu back each.\n"
-        "Medians of %d rounds of %d calls, in microseconds a call; all processes on one core.\n",
-        in_flight, one.request.size(), one.response.size(), rounds, in_flight * flights_a_round);
-    auto const compare = [&](char const *yardstick, std::size_t pieces) {
-        Comparison const result = compareSideBySide(
-            {bareRound(pieces), {bare.process()}}, {round, {service.process()}}, in_flight * flights_a_round);
-        std::printf("\nBare, %s:\n", yardstick);
-        printShare("caller", "service", result);
-    };
-    compare("all requests in one write", 1);
-    compare("a write for each request", in_flight);
+    sides.push_back({"bare bytes, all in one write", bare_round(1), {bare.process()}});
+    sides.push_back({"bare bytes, a write each", bare_round(in_flight), {bare.process()}});
+    Flights from_outside;
+    sides.push_back({"ours",
+                     [&] {
+                         for (int count = 0; count < flights; ++count) {
+                             from_outside.fly();
+                             // Or there would be more registrations than calls in flight.
+                             from_outside.cancel();
+                         }
+                     },
+                     {service.process()}});
+    Chains from_callback;
+    sides.push_back(
+        {"ours, from the callback", [&] { from_callback.round(flights * in_flight); }, {service.process()}});
+    run.results.compared("64 calls in flight", compareSideBySide(sides, in_flight * flights, run.rounds()));
 }
 
 }  // namespace
 
-int main() {
-    return runBenchmark("bench-async-calls", run);
+int main(int argc, char **argv) {
+    return runBenchmark(argc, argv, compareFlights);
 }

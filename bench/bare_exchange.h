@@ -20,6 +20,9 @@ class BareExchange {
     /// Writes the request, in so many equal pieces, and reads the whole response.
     void call(std::size_t pieces = 1);
 
+    /// The last response.
+    std::string const &received() const { return received_; }
+
     pid_t process() const { return process_; }
 
   private:

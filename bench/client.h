@@ -4,11 +4,14 @@
 
 #include <string>
 
+#include "by_hand.h"
+#include "peers/contents.h"
+
 /// A handle of the client library, with a logging handle, as long as the object lives.
 class Client {
   public:
-    /// Throws std::runtime_error.
-    Client();
+    /// `messaging` is shared, or NULL for messaging of its own. Throws std::runtime_error.
+    explicit Client(void *messaging = nullptr, bool subscribes = false);
     ~Client();
 
     Client(Client const &) = delete;
@@ -17,8 +20,14 @@ class Client {
     void *handle() const { return handle_; }
     void *logging() const { return logging_; }
 
-    /// Returns the identifier of a new relay action.
+    /// Asks for contents::action_id.
+    void getRelay(Relay &relay) const;
+    void getLists(by_hand::BlockLists &lists) const;
+
+    /// Returns the identifier of a new relay action, whose settings are what `contents` holds.
     unsigned int createRelayAction() const;
+    /// Makes the service, which must be empty, keep what `contents` holds.
+    void createContents() const;
 
   private:
     void *logging_ = nullptr;

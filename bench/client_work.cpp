@@ -1,165 +1,242 @@
 // SPDX-License-Identifier: Apache-2.0
-// The client library's own work for one call, get_relay_action: building the command, writing it as JSON, reading the
-// response and handing out its members. Beside it what one writes by hand for this one call. The core is replaced by
+// The client library's own work for one call: building the command, writing it as JSON, reading the response and handing
+// out its members. Beside it what one writes by hand for this one call, and JSON libraries. The core is replaced by
 // functions that answer at once.
+//
+// With --only SIDE COUNT it makes so many calls of one side of `relay` or `lists` and nothing else, for a tool that counts
+// instructions: bench-client-work --only "relay: ours" 1000
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <new>
+#include <functional>
+#include <memory>
 #include <stdexcept>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "allocations.h"
+#include "by_hand.h"
+#include "client.h"
 #include "korvo_api_action_engine.h"
 #include "korvo_core_private.h"
+#include "peers/encoding.h"
 #include "program.h"
 #include "side_by_side.h"
 
 namespace {
 
-constexpr int calls_a_round = 20000;
-constexpr std::string_view command = R"({"command":"Get_relay_action","action_id":7})";
-constexpr std::string_view response =
-    R"({"command":"Get_relay_action","status":0,"action_name":"open the gate","relay_target":"relay 1",)"
-    R"("config_mode":1,"config_normally_closed":true,"config_repeat_cycles":3,"config_on_time_ms":500,)"
-    R"("config_off_time_ms":250})";
+/// What is sent and answered now.
+struct Exchange {
+    std::string_view command;
+    std::string_view response;
+};
+Exchange exchange;
+
+std::string keptAnswer(std::string_view command) {
+    return std::string(boost_json.encoding()->answer(command));
+}
+
+Exchange const &relayExchange() {
+    static std::string const command(boost_json.encoding()->relayCommand(contents::action_id));
+    static std::string const response = keptAnswer(command);
+    static Exchange const relay = {command, response};
+    return relay;
+}
+
+Exchange const &listsExchange() {
+    static std::string const command(boost_json.encoding()->listsCommand());
+    static std::string const response = keptAnswer(command);
+    static Exchange const lists = {command, response};
+    return lists;
+}
 
 }  // namespace
 
 // In place of the core's own: the program's functions go before those of its libraries.
 korvo_core_status korvo_core_private_command_send(void *, char const *, char const *, char const *,
                                                   char const *text, size_t length, void const *) {
-    return std::string_view(text, length) == command ? KORVO_CORE_STATUS_NO_ERROR
-                                                     : KORVO_CORE_STATUS_INVALID_PARAMS;
+    // Not the same text: one of the JSON libraries sorts the members.
+    return text != nullptr && length == exchange.command.size() ? KORVO_CORE_STATUS_NO_ERROR
+                                                                : KORVO_CORE_STATUS_INVALID_PARAMS;
 }
 
 korvo_core_status korvo_core_private_response_receive(void *, int, char const *, char **text,
                                                       size_t *length) {
-    *text = strdup(response.data());
-    *length = response.size();
-    return *text != nullptr ? KORVO_CORE_STATUS_NO_ERROR : KORVO_CORE_STATUS_ALLOC_FAILED;
+    *length = exchange.response.size();
+    *text = static_cast<char *>(std::malloc(*length + 1));
+    if (*text == nullptr) {
+        return KORVO_CORE_STATUS_ALLOC_FAILED;
+    }
+    std::memcpy(*text, exchange.response.data(), *length + 1);
+    return KORVO_CORE_STATUS_NO_ERROR;
 }
 
 namespace {
 
-/// What a call hands out.
-struct Relay {
-    char *action_name = nullptr;
-    char *relay_target = nullptr;
-    unsigned int config_mode = 0;
-    unsigned char config_normally_closed = 0;
-    unsigned int config_repeat_cycles = 0;
-    unsigned int config_on_time_ms = 0;
-    unsigned int config_off_time_ms = 0;
-
-    Relay() = default;
-    Relay(Relay const &) = delete;
-    Relay &operator=(Relay const &) = delete;
-    ~Relay() {
-        std::free(action_name);
-        std::free(relay_target);
+/// A response from the core that is replaced, to a command that was written by somebody else.
+class Received {
+  public:
+    explicit Received(std::string_view command) {
+        static unsigned int last_request = 0;
+        char request_id[37];
+        std::snprintf(request_id, sizeof request_id, "%036u", ++last_request);
+        require(korvo_core_private_command_send(nullptr, nullptr, nullptr, request_id, command.data(),
+                                                command.size(), nullptr),
+                "sending");
+        require(korvo_core_private_response_receive(nullptr, 0, request_id, &text_, &size_), "receiving");
     }
+    ~Received() { std::free(text_); }
+    Received(Received const &) = delete;
+    Received &operator=(Received const &) = delete;
+
+    char const *text() const { return text_; }
+    std::string_view view() const { return {text_, size_}; }
+
+  private:
+    char *text_ = nullptr;
+    std::size_t size_ = 0;
 };
 
-void callLibrary(void *handle, Relay &relay) {
-    require(korvo_api_action_engine_get_relay_action_send(
-                handle, nullptr, 7, &relay.action_name, &relay.relay_target, &relay.config_mode,
-                &relay.config_normally_closed, &relay.config_repeat_cycles, &relay.config_on_time_ms,
-                &relay.config_off_time_ms),
-            "get_relay_action");
+using Call = std::function<void()>;
+
+/// A way to make one call, and what it is called.
+struct Way {
+    std::string name;
+    Call call;
+};
+
+std::vector<JsonLibrary const *> jsonLibraries() {
+    return {
+#ifdef KORVO_BENCH_RAPIDJSON
+        &rapidjson_pooled,
+#endif
+        &boost_json,
+#ifdef KORVO_BENCH_NLOHMANN
+        &nlohmann_json,
+#endif
+    };
 }
 
-// By hand, as one may do it who knows that no text holds an escape and no name stands in another one's value.
+/// A messaging handle that is given is never looked into.
+Client const &client() {
+    static char messaging = 0;
+    static Client const only(&messaging);
+    return only;
+}
 
-/// Where the value of a member begins; `name` is the name in quotes, with the colon.
-char const *valueOf(char const *text, char const *name) {
-    char const *const place = std::strstr(text, name);
-    if (place == nullptr) {
-        throw std::runtime_error(std::string(name) + " is missing in the response");
+std::vector<Way> waysToGetRelay() {
+    std::vector<Way> ways = {{"by hand",
+                              [] {
+                                  char command[64];
+                                  std::size_t const size = by_hand::writeRelayCommand(command, sizeof command,
+                                                                                      contents::action_id);
+                                  Received const received({command, size});
+                                  Relay relay;
+                                  by_hand::readRelay(received.text(), relay);
+                                  relay.check();
+                              }},
+                             {"ours", [] {
+                                  Relay relay;
+                                  client().getRelay(relay);
+                                  relay.check();
+                              }}};
+    for (JsonLibrary const *const json : jsonLibraries()) {
+        std::shared_ptr<Encoding> const encoding = json->encoding();
+        ways.push_back({json->name, [encoding] {
+                            Received const received(encoding->relayCommand(contents::action_id));
+                            Relay relay;
+                            encoding->readRelay(received.view(), relay);
+                            relay.check();
+                        }});
     }
-    return place + std::strlen(name);
+    return ways;
 }
 
-unsigned int numberOf(char const *text, char const *name) {
-    return static_cast<unsigned int>(std::strtoul(valueOf(text, name), nullptr, 10));
-}
-
-char *textOf(char const *text, char const *name) {
-    char const *const begin = valueOf(text, name) + 1;
-    char const *const end = std::strchr(begin, '"');
-    char *const copy = end != nullptr ? strndup(begin, static_cast<std::size_t>(end - begin)) : nullptr;
-    if (copy == nullptr) {
-        throw std::bad_alloc();
+std::vector<Way> waysToGetLists() {
+    std::vector<Way> ways = {{"by hand",
+                              [lists = Lists()]() mutable {
+                                  Received const received(exchange.command);
+                                  by_hand::readLists(received.text(), lists);
+                              }},
+                             {"by hand, into callers' blocks",
+                              [] {
+                                  Received const received(exchange.command);
+                                  by_hand::BlockLists lists;
+                                  by_hand::readLists(received.text(), lists);
+                              }},
+                             {"ours", [] {
+                                  by_hand::BlockLists lists;
+                                  client().getLists(lists);
+                              }}};
+    for (JsonLibrary const *const json : jsonLibraries()) {
+        std::shared_ptr<Encoding> const encoding = json->encoding();
+        ways.push_back({json->name, [encoding, lists = Lists()]() mutable {
+                            Received const received(encoding->listsCommand());
+                            encoding->readLists(received.view(), lists);
+                        }});
     }
-    return copy;
+    return ways;
 }
 
-void callByHand(Relay &relay) {
-    static unsigned int last_request = 0;
-    char request_id[16];
-    std::snprintf(request_id, sizeof request_id, "%u", ++last_request);
-    char text[64];
-    int const length =
-        std::snprintf(text, sizeof text, R"({"command":"Get_relay_action","action_id":%u})", 7U);
-    require(korvo_core_private_command_send(nullptr, "action_engine", nullptr, request_id, text,
-                                            static_cast<std::size_t>(length), nullptr),
-            "sending by hand");
-    char *received = nullptr;
-    std::size_t size = 0;
-    require(korvo_core_private_response_receive(nullptr, -1, request_id, &received, &size),
-            "receiving by hand");
-    require(numberOf(received, "\"status\":"), "get_relay_action by hand");
-    relay.action_name = textOf(received, "\"action_name\":");
-    relay.relay_target = textOf(received, "\"relay_target\":");
-    relay.config_mode = numberOf(received, "\"config_mode\":");
-    relay.config_normally_closed = valueOf(received, "\"config_normally_closed\":")[0] == 't' ? 1 : 0;
-    relay.config_repeat_cycles = numberOf(received, "\"config_repeat_cycles\":");
-    relay.config_on_time_ms = numberOf(received, "\"config_on_time_ms\":");
-    relay.config_off_time_ms = numberOf(received, "\"config_off_time_ms\":");
-    std::free(received);
-}
+struct Work {
+    char const *figure;
+    char const *name;
+    Exchange const &(*exchange)();
+    std::vector<Way> (*ways)();
+    int calls_a_round;
+};
 
-void check(Relay const &relay) {
-    if (std::string_view(relay.action_name) != "open the gate" ||
-        std::string_view(relay.relay_target) != "relay 1" || relay.config_mode != 1 ||
-        relay.config_normally_closed != 1 || relay.config_repeat_cycles != 3 ||
-        relay.config_on_time_ms != 500 || relay.config_off_time_ms != 250) {
-        throw std::runtime_error("a call handed out something else than the response holds");
-    }
-}
+constexpr Work works[] = {{"client work, relay", "relay", relayExchange, waysToGetRelay, 5000},
+                          {"client work, lists", "lists", listsExchange, waysToGetLists, 200}};
 
-template <typename Call>
-Side sideOf(Call call) {
-    return {[call] {
-                for (int count = 0; count < calls_a_round; ++count) {
-                    Relay relay;
-                    call(relay);
-                    check(relay);
-                }
-            },
-            {}};
-}
-
-void run() {
+void compareClientWork(Run &run) {
     useOneCore();
-    // A messaging handle that is given is never looked into.
-    char messaging = 0;
-    void *handle = nullptr;
-    require(korvo_api_action_engine_initiator_init(&messaging, nullptr, &handle, 0, "bench"),
-            "initiator_init");
-    Comparison const result = compareSideBySide(
-        sideOf(callByHand), sideOf([handle](Relay &relay) { callLibrary(handle, relay); }), calls_a_round);
-    (void)korvo_api_action_engine_initiator_deinit(handle);
-    std::printf(
-        "get_relay_action without a core, %zu bytes out and %zu back.\n"
-        "Medians of %d rounds of %d calls, in nanoseconds.\n\n",
-        command.size(), response.size(), rounds, calls_a_round);
-    std::printf("by hand %.0f   library %.0f   ratio %.2f\n", 1000 * result.yardstick.elapsed,
-                1000 * result.measured.elapsed, result.ratio);
+    for (Work const &work : works) {
+        exchange = work.exchange();
+        int const calls = run.calls(work.calls_a_round);
+        std::vector<Side> sides;
+        std::vector<Way> const ways = work.ways();
+        for (Way const &way : ways) {
+            sides.push_back({way.name,
+                             [call = way.call, calls] {
+                                 for (int count = 0; count < calls; ++count) {
+                                     call();
+                                 }
+                             },
+                             {}});
+        }
+        run.results.compared(work.figure, compareSideBySide(sides, calls, run.rounds()));
+        for (Way const &way : ways) {
+            double const allocated = static_cast<double>(allocationsIn(way.call));
+            run.results.value(std::string("allocations, ") + work.name, way.name, "allocations",
+                              {allocated, allocated, allocated});
+        }
+    }
+}
+
+int callOnly(std::string const &side, int count) {
+    for (Work const &work : works) {
+        exchange = work.exchange();
+        for (Way const &way : work.ways()) {
+            if (side == std::string(work.name) + ": " + way.name) {
+                for (int made = 0; made < count; ++made) {
+                    way.call();
+                }
+                return EXIT_SUCCESS;
+            }
+        }
+    }
+    std::fprintf(stderr, "there is no side '%s'\n", side.c_str());
+    return 2;
 }
 
 }  // namespace
 
-int main() {
-    return runBenchmark("bench-client-work", run);
+int main(int argc, char **argv) {
+    if (argc == 4 && std::strcmp(argv[1], "--only") == 0) {
+        return callOnly(argv[2], std::atoi(argv[3]));
+    }
+    return runBenchmark(argc, argv, compareClientWork);
 }

@@ -30,7 +30,21 @@ korvo_core_status korvo_api_action_engine_get_relay_action_send(
 
 namespace {
 
-constexpr int calls_a_round = 50000;
+int pushResults(lua_State *L, korvo_core_status status, char *name, char *relay, unsigned int mode,
+                unsigned char normally_closed, unsigned int cycles, unsigned int on_time,
+                unsigned int off_time) {
+    lua_pushnumber(L, status);
+    lua_pushstring(L, name);
+    std::free(name);
+    lua_pushstring(L, relay);
+    std::free(relay);
+    lua_pushnumber(L, mode);
+    lua_pushboolean(L, normally_closed);
+    lua_pushnumber(L, cycles);
+    lua_pushnumber(L, on_time);
+    lua_pushnumber(L, off_time);
+    return 8;
+}
 
 // As one writes it by hand: checks its arguments, and leaks the texts when memory runs out.
 int callByHand(lua_State *L) {
@@ -52,33 +66,40 @@ int callByHand(lua_State *L) {
     korvo_core_status const status = korvo_api_action_engine_get_relay_action_send(
         handle, target, static_cast<unsigned int>(action_id), &name, &relay, &mode, &normally_closed, &cycles,
         &on_time, &off_time);
-    lua_pushnumber(L, status);
-    lua_pushstring(L, name);
-    std::free(name);
-    lua_pushstring(L, relay);
-    std::free(relay);
-    lua_pushnumber(L, mode);
-    lua_pushboolean(L, normally_closed);
-    lua_pushnumber(L, cycles);
-    lua_pushnumber(L, on_time);
-    lua_pushnumber(L, off_time);
-    return 8;
+    return pushResults(L, status, name, relay, mode, normally_closed, cycles, on_time, off_time);
+}
+
+/// What remains when nothing is checked.
+int callUnchecked(lua_State *L) {
+    char *name = nullptr;
+    char *relay = nullptr;
+    unsigned int mode = 0;
+    unsigned char normally_closed = 0;
+    unsigned int cycles = 0;
+    unsigned int on_time = 0;
+    unsigned int off_time = 0;
+    korvo_core_status const status = korvo_api_action_engine_get_relay_action_send(
+        lua_touserdata(L, 1), lua_tostring(L, 2), static_cast<unsigned int>(lua_tonumber(L, 3)), &name,
+        &relay, &mode, &normally_closed, &cycles, &on_time, &off_time);
+    return pushResults(L, status, name, relay, mode, normally_closed, cycles, on_time, off_time);
 }
 
 constexpr char script[] =
     "local call, count = ...\n"
     "for i = 1, count do local status, name, relay, mode = call(nil, 'camera', 7) end";
 
-void callOften(lua_State *L, int function) {
+void callOften(lua_State *L, int function, int calls) {
     lua_getfield(L, LUA_REGISTRYINDEX, "script");
     lua_pushvalue(L, function);
-    lua_pushinteger(L, calls_a_round);
+    lua_pushinteger(L, calls);
     if (lua_pcall(L, 2, 0, 0) != 0) {
         throw std::runtime_error(lua_tostring(L, -1));
     }
 }
 
-void run() {
+void compareLuaCalls(Run &run) {
+    useOneCore();
+    int const calls = run.calls(50000);
     lua_State *const L = luaL_newstate();
     luaL_openlibs(L);
     lua_pushcfunction(L, luaopen_korvo_api_action_engine);
@@ -87,20 +108,22 @@ void run() {
     int const of_the_module = lua_gettop(L);
     lua_pushcfunction(L, callByHand);
     int const by_hand = lua_gettop(L);
+    lua_pushcfunction(L, callUnchecked);
+    int const unchecked = lua_gettop(L);
     require(luaL_loadstring(L, script), "loading the script");
     lua_setfield(L, LUA_REGISTRYINDEX, "script");
 
-    Comparison const result = compareSideBySide({[&] { callOften(L, by_hand); }, {}},
-                                                {[&] { callOften(L, of_the_module); }, {}}, calls_a_round);
-    std::printf("Medians of %d rounds of %d calls with 3 arguments and 8 results, in nanoseconds.\n\n",
-                rounds, calls_a_round);
-    std::printf("by hand %.0f   module %.0f   ratio %.2f\n", 1000 * result.yardstick.elapsed,
-                1000 * result.measured.elapsed, result.ratio);
+    run.results.compared(
+        "call from " KORVO_LUA_NAME,
+        compareSideBySide({{"by hand", [&] { callOften(L, by_hand, calls); }, {}},
+                           {"ours", [&] { callOften(L, of_the_module, calls); }, {}},
+                           {"by hand, unchecked", [&] { callOften(L, unchecked, calls); }, {}}},
+                          calls, run.rounds()));
     lua_close(L);
 }
 
 }  // namespace
 
-int main() {
-    return runBenchmark("bench-lua-call", run);
+int main(int argc, char **argv) {
+    return runBenchmark(argc, argv, compareLuaCalls);
 }

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <stdexcept>
 #include <string>
@@ -41,13 +40,17 @@ long dirtyMemory() {
 
 class Steps {
   public:
+    explicit Steps(Results &results) : results_(results) {}
+
     void done(char const *step) {
         long const now = dirtyMemory();
-        std::printf("%-44s %6ld %+6ld\n", step, now, now - last_);
+        auto const more = static_cast<double>(now - last_);
+        results_.value("dirty memory", step, "KiB", {more, more, more});
         last_ = now;
     }
 
   private:
+    Results &results_;
     long last_ = dirtyMemory();
 };
 
@@ -69,18 +72,16 @@ Function *find(void *library, char const *name) {
 }
 #define FIND(library, name) find<decltype(name)>(library, #name)
 
-void measureMemory() {
+void measureMemory(Run &run) {
     ServiceProcess const service(KORVO_SIMULATOR);
-    std::printf("%-44s %6s %6s\n", "dirty memory of one process, KiB", "all", "more");
-    Steps steps;
-    steps.done("before");
+    Steps steps(run.results);
     void *const library = load(KORVO_LIBRARY);
     steps.done("library loaded");
 
     void *handle = nullptr;
     require(FIND(library, korvo_api_action_engine_initiator_init)(nullptr, nullptr, &handle, 0, "bench"),
             "initiator_init");
-    steps.done("after initiator_init");
+    steps.done("one client object");
     auto *const get_action_counts = FIND(library, korvo_api_action_engine_get_action_counts_send);
     auto *const free_list = FIND(library, korvo_core_free_uint_array);
     for (int count = 0; count < 1000; ++count) {
@@ -91,7 +92,7 @@ void measureMemory() {
         free_list(types);
         free_list(counts);
     }
-    steps.done("after 1,000 calls");
+    steps.done("1,000 synchronous calls");
 
 #ifdef KORVO_WITH_LUA
     lua_State *const L = luaL_newstate();
@@ -100,7 +101,7 @@ void measureMemory() {
     lua_pushcfunction(L, FIND(library, luaopen_korvo_api_action_engine));
     require(lua_pcall(L, 0, 0, 0), "luaopen_korvo_api_action_engine");
     lua_gc(L, LUA_GCCOLLECT, 0);
-    steps.done("after require");
+    steps.done("the module in it");
     lua_close(L);
 #endif
     require(FIND(library, korvo_api_action_engine_initiator_deinit)(handle), "initiator_deinit");
@@ -130,9 +131,9 @@ double loadTime(char const *library) {
     return time;
 }
 
-void measureLoading() {
+void measureLoading(Run &run) {
     constexpr char const *yardstick = "libsqlite3.so.0";
-    constexpr int processes = 101;
+    int const processes = run.rounds(101);
     std::vector<double> known;
     std::vector<double> ours;
     std::vector<double> ratios;
@@ -141,21 +142,21 @@ void measureLoading() {
         ours.push_back(loadTime(KORVO_LIBRARY));
         ratios.push_back(ours.back() / known.back());
     }
-    std::printf("\nloading, microseconds, median of %d: %s %.0f, ours %.0f, ratio %.2f\n", processes,
-                yardstick, medianOf(known), medianOf(ours), medianOf(ratios));
+    run.results.value("loading", yardstick, "us", spreadOf(known));
+    run.results.value("loading", "ours", "us", spreadOf(ours));
+    run.results.value("loading", "ratio", "", spreadOf(ratios));
 }
 
-void run() {
+void measure(Run &run) {
     // Pages of a library that was linked just now count as dirty until they are written back.
     sync();
     // Before anything else, since a library that is loaded already is not loaded again.
-    measureLoading();
-    std::printf("\n");
-    measureMemory();
+    measureLoading(run);
+    measureMemory(run);
 }
 
 }  // namespace
 
-int main() {
-    return runBenchmark("bench-memory", run);
+int main(int argc, char **argv) {
+    return runBenchmark(argc, argv, measure);
 }

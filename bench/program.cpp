@@ -8,13 +8,30 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
-int runBenchmark(char const *program, void (*run)()) {
+int runBenchmark(int argc, char **argv, void (*run)(Run &)) {
+    bool is_short = false;
+    std::string results_file;
+    for (int position = 1; position < argc; ++position) {
+        std::string_view const word = argv[position];
+        if (word == "--short") {
+            is_short = true;
+        } else if (word == "--results" && position + 1 < argc) {
+            results_file = argv[++position];
+        } else {
+            std::fprintf(stderr, "usage: %s [--short] [--results FILE]\n", argv[0]);
+            return 2;
+        }
+    }
     try {
-        run();
+        // Lines of a child that ends early must not be printed by both.
+        std::setvbuf(stdout, nullptr, _IOLBF, 0);
+        Run this_run(is_short, results_file);
+        run(this_run);
         return EXIT_SUCCESS;
     } catch (std::exception const &failure) {
-        std::fprintf(stderr, "%s: %s\n", program, failure.what());
+        std::fprintf(stderr, "%s: %s\n", argv[0], failure.what());
         return EXIT_FAILURE;
     }
 }

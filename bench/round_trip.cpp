@@ -1,94 +1,132 @@
 // SPDX-License-Identifier: Apache-2.0
-// The synchronous round trip beside a bare exchange of the same bytes, all processes on one core.
+// The synchronous round trip beside a bare exchange of the same bytes and beside peers, all processes on one core.
 
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "bare_exchange.h"
 #include "client.h"
 #include "exchanged_bytes.h"
 #include "korvo_api_action_engine.h"
+#include "peer_process.h"
+#include "peers/peers.h"
 #include "program.h"
 #include "service_process.h"
 #include "side_by_side.h"
 
 namespace {
 
-constexpr int calls_a_round = 2000;
-constexpr unsigned int actions = 256;
-
-std::function<void()> roundOf(std::function<void()> const &call) {
-    return [call] {
-        for (int count = 0; count < calls_a_round; ++count) {
+std::function<void()> times(int calls, std::function<void()> const &call) {
+    return [calls, call] {
+        for (int count = 0; count < calls; ++count) {
             call();
         }
     };
 }
 
-void compare(char const *name, ExchangedBytes const &bytes, pid_t service,
-             std::function<void()> const &call) {
-    BareExchange bare(bytes.request, bytes.response);
-    Comparison const result = compareSideBySide({roundOf([&] { bare.call(); }), {bare.process()}},
-                                                {roundOf(call), {service}}, calls_a_round);
-    std::printf("%-22s %6zu %6zu   %7.2f %7.2f   %5.2f   %7.2f %7.2f   %7.2f %7.2f\n", name,
-                bytes.request.size(), bytes.response.size(), result.yardstick.elapsed,
-                result.measured.elapsed, result.ratio, result.yardstick.own, result.measured.own,
-                result.yardstick.peers, result.measured.peers);
+/// The JSON text of a response behind what stands before it in its frame.
+char const *textIn(std::string const &frame) {
+    return frame.c_str() + frame.find('{');
 }
 
-void run() {
+void compareRelay(Run &run, pid_t service, Client const &client, std::vector<Side> peers) {
+    ExchangedBytes const bytes =
+        bytesOf(client.logging(), commandFor("Get_relay_action", contents::action_id));
+    BareExchange bare(bytes.request, bytes.response);
+    int const calls = run.calls(500);
+    std::vector<Side> sides = {{"bare bytes", times(calls, [&] { bare.call(); }), {bare.process()}},
+                               {"bare bytes, read by hand",
+                                times(calls,
+                                      [&] {
+                                          bare.call();
+                                          Relay relay;
+                                          by_hand::readRelay(textIn(bare.received()), relay);
+                                          relay.check();
+                                      }),
+                                {bare.process()}},
+                               {"ours",
+                                times(calls,
+                                      [&] {
+                                          Relay relay;
+                                          client.getRelay(relay);
+                                          relay.check();
+                                      }),
+                                {service}}};
+    sides.insert(sides.end(), peers.begin(), peers.end());
+    run.results.compared("round trip, relay", compareSideBySide(sides, calls, run.rounds()));
+}
+
+void compareLists(Run &run, pid_t service, Client const &client, std::vector<Side> peers) {
+    ExchangedBytes const bytes = bytesOf(client.logging(), R"({"command":"Get_actions"})");
+    BareExchange bare(bytes.request, bytes.response);
+    int const calls = run.calls(200);
+    std::vector<Side> sides = {{"bare bytes", times(calls, [&] { bare.call(); }), {bare.process()}},
+                               {"bare bytes, read by hand",
+                                times(calls,
+                                      [&, lists = Lists()]() mutable {
+                                          bare.call();
+                                          by_hand::readLists(textIn(bare.received()), lists);
+                                      }),
+                                {bare.process()}},
+                               {"bare bytes, read into callers' blocks",
+                                times(calls,
+                                      [&] {
+                                          bare.call();
+                                          by_hand::BlockLists lists;
+                                          by_hand::readLists(textIn(bare.received()), lists);
+                                      }),
+                                {bare.process()}},
+                               {"ours",
+                                times(calls,
+                                      [&] {
+                                          by_hand::BlockLists lists;
+                                          client.getLists(lists);
+                                      }),
+                                {service}}};
+    sides.insert(sides.end(), peers.begin(), peers.end());
+    run.results.compared("round trip, lists", compareSideBySide(sides, calls, run.rounds()));
+}
+
+void compareRoundTrips(Run &run) {
     useOneCore();
+    TemporaryFolder const folder;
+    Peers const peers = allPeers();
+    std::vector<std::unique_ptr<PeerProcess>> processes;
+    for (auto const &peer : peers) {
+        processes.push_back(std::make_unique<PeerProcess>(*peer, folder.path()));
+    }
     ServiceProcess const service(KORVO_SIMULATOR);
     Client const client;
-    void *const handle = client.handle();
-    unsigned int const action_id = client.createRelayAction();
-    for (unsigned int count = 1; count < actions; ++count) {
-        (void)client.createRelayAction();
+    client.createContents();
+
+    std::vector<Side> relay_sides;
+    std::vector<Side> list_sides;
+    for (std::size_t number = 0; number < peers.size(); ++number) {
+        std::shared_ptr<Caller> const caller = peers[number]->connect(processes[number]->path());
+        Lists first;
+        caller->getLists(first);
+        first.check();
+        relay_sides.push_back({peers[number]->name(),
+                               times(run.calls(500),
+                                     [caller] {
+                                         Relay relay;
+                                         caller->getRelay(relay);
+                                         relay.check();
+                                     }),
+                               {processes[number]->process()}});
+        list_sides.push_back(
+            {peers[number]->name(),
+             times(run.calls(200), [caller, lists = Lists()]() mutable { caller->getLists(lists); }),
+             {processes[number]->process()}});
     }
-
-    std::printf("Medians of %d rounds of %d calls, in microseconds; all processes on one core.\n\n", rounds,
-                calls_a_round);
-    std::printf("%-22s %13s   %15s   %5s   %15s   %15s\n", "", "bytes", "round trip", "", "caller's CPU",
-                "peer's CPU");
-    std::printf("%-22s %6s %6s   %7s %7s   %5s   %7s %7s   %7s %7s\n", "call", "out", "back", "bare", "ours",
-                "ratio", "bare", "client", "bare", "service");
-
-    compare("get_action_type", bytesOf(client.logging(), commandFor("Get_action_type", action_id)),
-            service.process(), [&] {
-                unsigned int type = 0;
-                require(korvo_api_action_engine_get_action_type_send(handle, nullptr, action_id, &type),
-                        "get_action_type");
-            });
-    compare("get_relay_action", bytesOf(client.logging(), commandFor("Get_relay_action", action_id)),
-            service.process(), [&] {
-                char *name = nullptr;
-                char *relay = nullptr;
-                unsigned int mode = 0;
-                unsigned char normally_closed = 0;
-                unsigned int cycles = 0;
-                unsigned int on_time = 0;
-                unsigned int off_time = 0;
-                require(korvo_api_action_engine_get_relay_action_send(handle, nullptr, action_id, &name,
-                                                                      &relay, &mode, &normally_closed,
-                                                                      &cycles, &on_time, &off_time),
-                        "get_relay_action");
-                std::free(name);
-                std::free(relay);
-            });
-    compare("get_actions (256)", bytesOf(client.logging(), R"({"command":"Get_actions"})"), service.process(),
-            [&] {
-                unsigned int **ids = nullptr;
-                unsigned int **types = nullptr;
-                require(korvo_api_action_engine_get_actions_send(handle, nullptr, &ids, &types),
-                        "get_actions");
-                korvo_core_free_uint_array(ids);
-                korvo_core_free_uint_array(types);
-            });
+    compareRelay(run, service.process(), client, std::move(relay_sides));
+    compareLists(run, service.process(), client, std::move(list_sides));
 }
 
 }  // namespace
 
-int main() {
-    return runBenchmark("bench-round-trip", run);
+int main(int argc, char **argv) {
+    return runBenchmark(argc, argv, compareRoundTrips);
 }

@@ -2,18 +2,19 @@
 #include "side_by_side.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <ctime>
 #include <stdexcept>
 #include <utility>
 
 namespace {
 
-double microsecondsOf(clockid_t clock) {
-    timespec time{};
-    clock_gettime(clock, &time);
-    return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
-}
+struct Cost {
+    double elapsed;
+    double own;
+    double peers;
+
+    double processor() const { return own + peers; }
+};
 
 double processorTimeOf(std::vector<pid_t> const &processes) {
     double sum = 0;
@@ -37,47 +38,57 @@ Cost measure(Side const &side, int calls) {
             (processorTimeOf(side.peers) - peers_start) / calls};
 }
 
-double medianOfPart(std::vector<Cost> const &costs, double Cost::*part) {
+Spread spreadOfPart(std::vector<Cost> const &costs, double Cost::*part) {
     std::vector<double> values;
+    values.reserve(costs.size());
     for (Cost const &cost : costs) {
         values.push_back(cost.*part);
     }
-    return medianOf(std::move(values));
+    return spreadOf(std::move(values));
 }
 
-Cost medianOfParts(std::vector<Cost> const &costs) {
-    return {medianOfPart(costs, &Cost::elapsed), medianOfPart(costs, &Cost::own),
-            medianOfPart(costs, &Cost::peers)};
+/// Round by round, so that a slow moment of the machine meets both.
+template <typename Part>
+Spread ratioOf(std::vector<Cost> const &costs, std::vector<Cost> const &yardstick, Part part) {
+    std::vector<double> ratios;
+    ratios.reserve(costs.size());
+    for (std::size_t round = 0; round < costs.size(); ++round) {
+        ratios.push_back(part(costs[round]) / part(yardstick[round]));
+    }
+    return spreadOf(std::move(ratios));
 }
 
 }  // namespace
 
-Comparison compareSideBySide(Side const &yardstick, Side const &measured, int calls_a_round) {
-    yardstick.round();
-    measured.round();
-    std::vector<Cost> yardstick_costs;
-    std::vector<Cost> measured_costs;
-    std::vector<double> ratios;
-    for (int round = 0; round < rounds; ++round) {
-        yardstick_costs.push_back(measure(yardstick, calls_a_round));
-        measured_costs.push_back(measure(measured, calls_a_round));
-        ratios.push_back(measured_costs.back().elapsed / yardstick_costs.back().elapsed);
+std::vector<Outcome> compareSideBySide(std::vector<Side> const &sides, int calls_a_round, int rounds) {
+    for (Side const &side : sides) {
+        side.round();
     }
-    return {medianOfParts(yardstick_costs), medianOfParts(measured_costs), medianOf(std::move(ratios))};
+    std::vector<std::vector<Cost>> costs(sides.size());
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t number = 0; number < sides.size(); ++number) {
+            costs[number].push_back(measure(sides[number], calls_a_round));
+        }
+    }
+    std::vector<Outcome> outcomes;
+    for (std::size_t number = 0; number < sides.size(); ++number) {
+        outcomes.push_back(
+            {sides[number].name, spreadOfPart(costs[number], &Cost::elapsed),
+             spreadOfPart(costs[number], &Cost::own), spreadOfPart(costs[number], &Cost::peers),
+             ratioOf(costs[number], costs[0], [](Cost const &cost) { return cost.elapsed; }),
+             ratioOf(costs[number], costs[0], [](Cost const &cost) { return cost.processor(); })});
+    }
+    return outcomes;
 }
 
-void printShare(char const *own, char const *peers, Comparison const &comparison) {
-    std::printf("%-8s %12s %12s %12s\n", "", "time", own, peers);
-    auto const print = [](char const *side, Cost const &cost) {
-        std::printf("%-8s %12.2f %12.2f %12.2f\n", side, cost.elapsed, cost.own, cost.peers);
-    };
-    print("bare", comparison.yardstick);
-    print("ours", comparison.measured);
-    std::printf("\nshare of the bare throughput %.3f\n", 1 / comparison.ratio);
+Spread spreadOf(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    auto const at = [&values](std::size_t quarters) { return values.at((values.size() - 1) * quarters / 4); };
+    return {at(2), at(1), at(3)};
 }
 
-double medianOf(std::vector<double> values) {
-    auto const middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+double microsecondsOf(clockid_t clock) {
+    timespec time{};
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
 }

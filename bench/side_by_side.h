@@ -5,43 +5,46 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <string>
 #include <vector>
 
-/// What one call takes, in microseconds: time from start to end, processor time of this process, and that of its
-/// peers together.
-struct Cost {
-    double elapsed;
-    double own;
-    double peers;
+/// The middle of some values, and the quartiles: half of them lie between low and high.
+struct Spread {
+    double median;
+    double low;
+    double high;
 };
 
-/// One of two ways to do the same thing.
+/// One of several ways to do the same thing.
 struct Side {
+    std::string name;
     /// Makes the calls of one round.
     std::function<void()> round;
     /// The processes that work for this side.
     std::vector<pid_t> peers;
 };
 
-struct Comparison {
-    /// Medians over the rounds.
-    Cost yardstick;
-    Cost measured;
-    /// How many times as long the measured side takes: the median of the rounds' ratios.
-    double ratio;
+/// What one call takes in microseconds, over the rounds.
+struct Outcome {
+    std::string name;
+    Spread elapsed;
+    /// Processor time of this process, and of the side's peers together.
+    Spread own;
+    Spread peers;
+    /// How many times as long as on the first side: the spread of the rounds' ratios.
+    Spread ratio;
+    /// The same of the processor time of all processes together. What else a busy machine does changes it little, and it
+    /// does not show when all wait.
+    Spread processor_ratio;
 };
 
-constexpr int rounds = 41;
-
-/// Runs the two sides by turns, so that what else the machine does meets both. A round of each side comes before those
+/// Runs the sides by turns, so that what else the machine does meets all. A round of each side comes before those
 /// that count.
-Comparison compareSideBySide(Side const &yardstick, Side const &measured, int calls_a_round);
+std::vector<Outcome> compareSideBySide(std::vector<Side> const &sides, int calls_a_round, int rounds);
 
-/// Prints the medians with the names of this process and of its peers, and which share of the yardstick's throughput is
-/// reached.
-void printShare(char const *own, char const *peers, Comparison const &comparison);
+Spread spreadOf(std::vector<double> values);
 
-/// The middle one of an odd number of values.
-double medianOf(std::vector<double> values);
+/// Microseconds of a clock.
+double microsecondsOf(clockid_t clock);
 
 #endif

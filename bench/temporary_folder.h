@@ -15,6 +15,8 @@ class TemporaryFolder {
     TemporaryFolder(TemporaryFolder const &) = delete;
     TemporaryFolder &operator=(TemporaryFolder const &) = delete;
 
+    std::string const &path() const { return path_; }
+
   private:
     std::string path_;
 };
