@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Where what is installed goes, in four components: `library`, `development` (what compiling needs), `lua` (the module and
 # the stub for editors), and `platform` (the two libraries and the service for development machines, which a camera
-# brings itself). The packages of KorvoPackages.cmake are these components.
+# brings itself). The packages of KorvoPackages.cmake are these components. The target `product` is what they need built.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -10,6 +10,20 @@ get_target_property(KORVO_SOVERSION korvo-api-action-engine SOVERSION)
 set(KORVO_LUA_MODULE_DIR ${CMAKE_INSTALL_LIBDIR}/lua/5.1)
 set(KORVO_CXX_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/korvo-api-action-engine)
 set(KORVO_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/korvo-api-action-engine)
+
+add_custom_target(product DEPENDS korvo-api-action-engine)
+
+# A file that people read, compressed where gzip is found, as Debian has manuals and changelogs.
+find_program(KORVO_GZIP gzip)
+mark_as_advanced(KORVO_GZIP)
+function(korvo_install_compressed file destination component)
+  install(FILES ${file} DESTINATION ${destination} COMPONENT ${component})
+  if(KORVO_GZIP)
+    get_filename_component(name ${file} NAME)
+    install(CODE "execute_process(COMMAND ${KORVO_GZIP} -9nf \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/${name}\"
+      COMMAND_ERROR_IS_FATAL ANY)" COMPONENT ${component})
+  endif()
+endfunction()
 
 # ---- The client library ----
 
@@ -51,6 +65,7 @@ if(KORVO_LUA)
     DESTINATION ${KORVO_CXX_INCLUDE_DIR}/lua COMPONENT development)
   # Not where require() looks, which would take it for the module.
   if(TARGET lua-stub)
+    add_dependencies(product lua-stub)
     get_target_property(stub lua-stub KORVO_STUB)
     install(FILES ${stub} DESTINATION ${CMAKE_INSTALL_DATADIR}/korvo-api-action-engine/lua-stub COMPONENT lua)
   endif()
@@ -64,12 +79,44 @@ install(DIRECTORY examples/c DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPON
 # ---- The development platform ----
 
 if(KORVO_PLATFORM STREQUAL "development")
+  add_dependencies(product korvo-core korvo-interfaces korvo-action-engine-simulator)
   install(TARGETS korvo-core korvo-interfaces EXPORT korvo-api-action-engine
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT platform NAMELINK_COMPONENT development)
   install(FILES platform/core/include/korvo_core.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
   install(TARGETS korvo-action-engine-simulator
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT platform)
-  install(FILES simulator/korvo-action-engine-simulator.1
-    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT platform)
+  korvo_install_compressed(simulator/korvo-action-engine-simulator.1 ${CMAKE_INSTALL_MANDIR}/man1 platform)
+endif()
+
+# ---- What people read ----
+
+# In a folder called like the package that the component makes.
+set(KORVO_LIBRARY_PACKAGE libkorvo-api-action-engine${KORVO_SOVERSION})
+set(KORVO_DEVELOPMENT_PACKAGE libkorvo-api-action-engine-dev)
+set(KORVO_LUA_PACKAGE lua-korvo-api-action-engine)
+set(KORVO_PLATFORM_PACKAGE korvo-development-platform)
+
+set(KORVO_PACKAGE_CONTACT "The korvo-api-action-engine developers <developers@korvo-api-action-engine.invalid>"
+  CACHE STRING "Whom the packages name as their maintainer")
+# What Debian wants to read beside that, in its own form.
+string(TIMESTAMP KORVO_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
+configure_file(cmake/debian/changelog.in ${PROJECT_BINARY_DIR}/installed/changelog @ONLY)
+
+function(korvo_install_documents component package)
+  set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package})
+  install(FILES cmake/debian/copyright ${ARGN} DESTINATION ${folder} COMPONENT ${component})
+  korvo_install_compressed(CHANGELOG.md ${folder} ${component})
+  korvo_install_compressed(${PROJECT_BINARY_DIR}/installed/changelog ${folder} ${component})
+endfunction()
+korvo_install_documents(library ${KORVO_LIBRARY_PACKAGE} docs/on-the-camera.md docs/oddities.md docs/versioning.md)
+korvo_install_documents(development ${KORVO_DEVELOPMENT_PACKAGE} README.md docs/in-your-program.md)
+if(KORVO_LUA)
+  korvo_install_documents(lua ${KORVO_LUA_PACKAGE} docs/lua.md)
+endif()
+if(KORVO_PLATFORM STREQUAL "development")
+  korvo_install_documents(platform ${KORVO_PLATFORM_PACKAGE}
+    docs/development-platform.md docs/configuration-sample.json)
+  install(FILES simulator/README.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${KORVO_PLATFORM_PACKAGE}
+    RENAME action-engine-simulator.md COMPONENT platform)
 endif()
