@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The calling convention, one for all functions: count the arguments, check them in their order, convert them in their
-// order, call the C function, push what it returns and then its out-values.
+// The calling convention, one for all functions: count the arguments, read them in their order, call the C function, push
+// what it returns and then its out-values.
 //
 // Lua raises errors by a long jump (LuaJIT by unwinding). So there is no object with a destructor in this file, nothing
 // is caught around a call into Lua, and where a call has something to free, everything that Lua may fail in runs in a
@@ -8,45 +8,37 @@
 
 #include "lua/call.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
 #include "lua/functions.h"
 #include "lua/lists.h"
+#include "lua/numbers.h"
 #include "lua/pointer_types.h"
 
 namespace korvo::lua {
 namespace {
 
+/// What became of reading an argument. A wrong type is told before all else that may be wrong.
+enum class Reading : unsigned char { done, wrong_type, negative, no_pointer, wrong_pointer };
+
 /// A call on its way. It is released outside of the protected call, so it is all that there is to release.
 struct Call {
-    explicit Call(Function const &the_function) : function(the_function) {}
+    explicit Call(Function const &the_function) : function(the_function), shape(*the_function.shape) {}
 
     Function const &function;
-    int level = 1;  // of the script's function, for the position in error messages
+    Shape const &shape;
+    /// Of the script's function, for the position in error messages.
+    int level = 1;
     bool called = false;
+    /// The first argument whose type is right and whose value is not; 0 for none.
+    int refused = 0;
+    Reading reason = Reading::done;
+    /// A bit for each value that is a text which has come back and must be freed.
+    unsigned int texts = 0;
+    std::size_t lengths[most_texts];
     Value values[most_values];
 };
-
-struct ExpectedArgument {
-    char const *text;
-    PointerTypeId type;
-};
-
-ExpectedArgument expectedArgument(Convention convention) {
-    switch (convention) {
-#define INPUT(name, Type, member, expected) \
-    case Convention::name:                  \
-        return {expected, PointerTypeId::_p_void};
-#define POINTER_INPUT(name, Type, expected, type) \
-    case Convention::name:                        \
-        return {expected, PointerTypeId::type};
-#include "lua/conventions.def"
-        default:
-            return {"", PointerTypeId::_p_void};
-    }
-}
 
 // ---- Errors ----
 
@@ -61,7 +53,7 @@ ExpectedArgument expectedArgument(Convention convention) {
 
 [[noreturn]] void raiseCount(lua_State *L, Call const &call) {
     int const given = lua_gettop(L);
-    int const expected = call.function.shape->arguments;
+    int const expected = call.shape.arguments;
     pushFunctionName(L, placeOf(call.function));
     lua_pushfstring(L, "Error in %s expected %d..%d args, got %d", lua_tostring(L, -1), expected, expected,
                     given);
@@ -76,11 +68,6 @@ ExpectedArgument expectedArgument(Convention convention) {
     raise(L, call);
 }
 
-[[noreturn]] void raiseNegative(lua_State *L, Call const &call) {
-    lua_pushliteral(L, "number must not be negative");
-    raise(L, call);
-}
-
 [[noreturn]] void raiseNoPointer(lua_State *L, Call const &call, int position) {
     pushFunctionName(L, placeOf(call.function));
     lua_pushfstring(L, "Error in %s, expected a %s at argument number %d\n", lua_tostring(L, -1), "void*",
@@ -88,259 +75,232 @@ ExpectedArgument expectedArgument(Convention convention) {
     raise(L, call);
 }
 
-// ---- Checks ----
-
-// On purpose: a number is a text, as everywhere in Lua; 1 and 0 are no flags; any userdata passes for a `void *`.
-bool accepts(lua_State *L, Convention convention, int position) {
-    int const type = lua_type(L, position);
-    switch (convention) {
-        case Convention::text:
-            return type == LUA_TSTRING || type == LUA_TNIL || type == LUA_TNUMBER;
-        case Convention::number:
-        case Convention::integer:
-        case Convention::real:
-        case Convention::status:
-        case Convention::priority:
-            return type == LUA_TNUMBER || (type == LUA_TSTRING && lua_isnumber(L, position) != 0);
-        case Convention::flag:
-            return type == LUA_TBOOLEAN;
-#define LIST_INPUT(name, Type, member, expected) case Convention::name:
-#include "lua/conventions.def"
-            return type == LUA_TTABLE;
-        default:
-            return type == LUA_TNIL || type == LUA_TUSERDATA || type == LUA_TLIGHTUSERDATA;
-    }
-}
-
-[[noreturn]] void raiseType(lua_State *L, Call const &call, Convention convention, int position) {
-    if (convention == Convention::callback) {
+[[noreturn]] void raiseType(lua_State *L, Call const &call, int position) {
+    Passing const passing = call.shape.passings[position - 1];
+    if (passing == Passing::callback) {
         lua_pushfstring(L, "korvo_api_action_engine_%s_method_callback_func_ptr",
                         operationAt(placeOf(call.function))->name);
         raiseArgument(L, call, position, lua_tostring(L, -1));
     }
-    raiseArgument(L, call, position, expectedArgument(convention).text);
+    raiseArgument(L, call, position, traitsOf(passing).expected);
 }
 
-void checkArguments(lua_State *L, Call const &call) {
-    Shape const &shape = *call.function.shape;
-    if (lua_gettop(L) != shape.arguments) {
-        raiseCount(L, call);
-    }
-    Slot const *slot = shape.argumentSlots();
-    for (int position = 1; position <= shape.arguments; ++position, ++slot) {
-        if (!accepts(L, slot->convention, position)) {
-            raiseType(L, call, slot->convention, position);
-        }
+/// The type of a typed pointer that an argument has to be.
+PointerType const &expectedPointer(Call const &call, int position) {
+    Passing const passing = call.shape.passings[position - 1];
+    return passing == Passing::callback ? callbackType(*operationAt(placeOf(call.function)))
+                                        : pointerType(traitsOf(passing).type);
+}
+
+[[noreturn]] void raiseRefused(lua_State *L, Call const &call) {
+    switch (call.reason) {
+        case Reading::negative:
+            lua_pushliteral(L, "number must not be negative");
+            raise(L, call);
+        case Reading::no_pointer:
+            raiseNoPointer(L, call, call.refused);
+        default:
+            raiseArgument(L, call, call.refused, expectedPointer(call, call.refused).text);
     }
 }
 
 // ---- Arguments to values ----
 
-unsigned int numberAt(lua_State *L, Call const &call, int position) {
-    double const number = lua_tonumber(L, position);
-    if (!(number >= 0)) {
-        raiseNegative(L, call);
-    }
-    return json::ToUnsigned(number);
+/// A number, or a text that is one.
+bool readNumber(lua_State *L, int position, double &number) {
+    number = lua_tonumber(L, position);
+    return number != 0 || lua_isnumber(L, position) != 0;
 }
 
-void *opaqueAt(lua_State *L, Call const &call, int position) {
-    if (lua_isnil(L, position)) {
-        return nullptr;
+// On purpose: any userdata passes for a `void *`.
+Reading readOpaque(lua_State *L, int position, Value &value) {
+    if (lua_touserdata(L, position) != nullptr) {
+        value.pointer = pointerOfUserdata(L, position);
+        return Reading::done;
     }
-    if (lua_touserdata(L, position) == nullptr) {
-        raiseNoPointer(L, call, position);
+    value.pointer = nullptr;
+    int const type = lua_type(L, position);
+    if (type == LUA_TNIL) {
+        return Reading::done;
     }
-    return pointerOfUserdata(L, position);
+    return type == LUA_TLIGHTUSERDATA ? Reading::no_pointer : Reading::wrong_type;
 }
 
-void *typedPointerAt(lua_State *L, Call const &call, Convention convention, int position) {
-    if (lua_isnil(L, position)) {
-        return nullptr;
+Reading readTypedPointer(lua_State *L, Call const &call, int position, Value &value) {
+    value.pointer = nullptr;
+    int const type = lua_type(L, position);
+    if (type == LUA_TNIL) {
+        return Reading::done;
     }
-    PointerType const &expected = convention == Convention::callback
-                                      ? callbackType(*operationAt(placeOf(call.function)))
-                                      : pointerType(expectedArgument(convention).type);
-    if (!isSameType(typeOfUserdata(L, position), &expected)) {
-        raiseArgument(L, call, position, expected.text);
+    if (type != LUA_TUSERDATA && type != LUA_TLIGHTUSERDATA) {
+        return Reading::wrong_type;
     }
-    return pointerOfUserdata(L, position);
+    if (!isSameType(typeOfUserdata(L, position), &expectedPointer(call, position))) {
+        return Reading::wrong_pointer;
+    }
+    value.pointer = pointerOfUserdata(L, position);
+    return Reading::done;
 }
 
-void convertArgument(lua_State *L, Call const &call, Convention convention, int position, Value &value) {
-    switch (convention) {
-        case Convention::text:
+/// Of a list only the type is looked at: its elements have metamethods, and memory for them may run out.
+// On purpose: a number is a text, as everywhere in Lua; 1 and 0 are no flags.
+Reading readArgument(lua_State *L, Call const &call, Passing passing, int position, Value &value) {
+    double number = 0;
+    switch (passing) {
+        case Passing::text:
             value.text = lua_tostring(L, position);
-            break;
-        case Convention::number:
-            value.number = numberAt(L, call, position);
-            break;
-        case Convention::integer:
-            value.integer = toInt(lua_tonumber(L, position));
-            break;
-        case Convention::real:
-            value.real = lua_tonumber(L, position);
-            break;
-        case Convention::status:
-        case Convention::priority:
-            value.number = json::ToUnsigned(lua_tonumber(L, position));
-            break;
-        case Convention::flag:
+            return value.text != nullptr || lua_isnil(L, position) ? Reading::done : Reading::wrong_type;
+        case Passing::number:
+            if (!readNumber(L, position, number)) {
+                return Reading::wrong_type;
+            }
+            value.number = json::ToUnsigned(number);
+            return number >= 0 ? Reading::done : Reading::negative;
+        case Passing::status:
+        case Passing::priority:
+            if (!readNumber(L, position, number)) {
+                return Reading::wrong_type;
+            }
+            value.number = json::ToUnsigned(number);
+            return Reading::done;
+        case Passing::integer:
+            if (!readNumber(L, position, number)) {
+                return Reading::wrong_type;
+            }
+            value.integer = toInt(number);
+            return Reading::done;
+        case Passing::real:
+            return readNumber(L, position, value.real) ? Reading::done : Reading::wrong_type;
+        case Passing::flag:
             value.flag = lua_toboolean(L, position) != 0 ? 1 : 0;
-            break;
-#define LIST_INPUT(name, Type, member, expected) \
-    case Convention::name:                       \
-        readList(L, position, &value.member);    \
-        break;
-#include "lua/conventions.def"
-        case Convention::opaque:
-        case Convention::request_id:
-            value.pointer = opaqueAt(L, call, position);
-            break;
+            return lua_isboolean(L, position) ? Reading::done : Reading::wrong_type;
+        case Passing::opaque:
+        case Passing::request_id:
+            return readOpaque(L, position, value);
         default:
-            value.pointer = typedPointerAt(L, call, convention, position);
+            break;
+    }
+    if (isList(passing)) {
+        value = {};
+        return lua_istable(L, position) ? Reading::done : Reading::wrong_type;
+    }
+    return readTypedPointer(L, call, position, value);
+}
+
+/// Raises a wrong type at once, since that is told first; keeps in mind what else is wrong.
+[[gnu::noinline]] void refuse(lua_State *L, Call &call, int position, Reading reason) {
+    if (reason == Reading::wrong_type) {
+        raiseType(L, call, position);
+    }
+    if (call.refused == 0) {
+        call.refused = position;
+        call.reason = reason;
     }
 }
 
-void convertArguments(lua_State *L, Call &call) {
-    Slot const *slot = call.function.shape->argumentSlots();
-    for (int position = 1; position <= call.function.shape->arguments; ++position, ++slot) {
-        convertArgument(L, call, slot->convention, position, call.values[slot->place]);
+void readArguments(lua_State *L, Call &call) {
+    int const count = call.shape.arguments;
+    if (lua_gettop(L) != count) {
+        raiseCount(L, call);
     }
-}
-
-// ---- Values to results ----
-
-PointerTypeId typeOfResult(Convention convention) {
-    switch (convention) {
-#define POINTER_RESULT(name, Type, type) \
-    case Convention::name:               \
-        return PointerTypeId::type;
-#include "lua/conventions.def"
-        default:
-            return PointerTypeId::_p_void;
-    }
-}
-
-/// Pushes an empty typed pointer for each pointer that will come back: after the call, memory must not run out, since
-/// nobody else would know the pointer.
-void pushEmptyPointers(lua_State *L, Shape const &shape) {
-    Slot const *slot = shape.resultSlots();
-    for (int count = 0; count < shape.results; ++count, ++slot) {
-        if (becomesPointer(slot->convention)) {
-            *static_cast<TypedPointer *>(lua_newuserdata(L, sizeof(TypedPointer))) = {
-                &pointerType(typeOfResult(slot->convention)), 0, nullptr};
+    Passing const *const passings = call.shape.passings;
+    for (int position = 1; position <= count; ++position) {
+        Reading const reading =
+            readArgument(L, call, passings[position - 1], position, call.values[position - 1]);
+        if (reading != Reading::done) {
+            refuse(L, call, position, reading);
         }
     }
 }
 
-void pushFilledPointer(lua_State *L, int empty, void *pointer) {
-    if (pointer == nullptr) {
-        lua_pushnil(L);
-        return;
-    }
-    static_cast<TypedPointer *>(lua_touserdata(L, empty))->pointer = pointer;
-    lua_pushvalue(L, empty);
-}
+// ---- Lists ----
 
-void pushResult(lua_State *L, Convention convention, Value const &value, int *empty_pointer) {
-    switch (convention) {
-        case Convention::returned_status:
-        case Convention::out_number:
-            lua_pushnumber(L, value.number);
-            break;
-        case Convention::out_settings_type:
-            lua_pushnumber(L, value.settings_type);
-            break;
-        case Convention::out_integer:
-            lua_pushnumber(L, value.integer);
-            break;
-        case Convention::out_real:
-            lua_pushnumber(L, value.real);
-            break;
-        case Convention::returned_flag:
-        case Convention::out_flag:
-            lua_pushboolean(L, value.flag);
-            break;
-        case Convention::returned_constant_text:
-            lua_pushstring(L, value.text);
-            break;
-        case Convention::returned_text:
-        case Convention::out_text:
-            lua_pushstring(L, value.out_text);
-            break;
-#define LIST_OUTPUT(name, Type, member) \
-    case Convention::name:              \
-        pushList(L, value.member);      \
+/// Calls action(list) with the list that a value is, if it is one.
+template <typename Action>
+void onList(Passing passing, Value &value, Action const &action) {
+    switch (passing) {
+#define LIST_INPUT(name, Type, member, expected, lua) LIST_OUTPUT(name, Type, member, lua)
+#define LIST_OUTPUT(name, Type, member, lua) \
+    case Passing::name:                      \
+        action(value.member);                \
         break;
 #define LIST_RESULT LIST_OUTPUT
-#include "lua/conventions.def"
-        case Convention::out_request_id:
-            pushFilledPointer(L, (*empty_pointer)++, value.out_text);
-            break;
+#include "lua/passing.def"
         default:
-            pushFilledPointer(L, (*empty_pointer)++, value.pointer);
+            break;
+    }
+}
+
+/// An argument that is refused is refused in its turn: the lists in front of it have been read.
+void readLists(lua_State *L, Call &call) {
+    for (int position = 1; position <= call.shape.arguments; ++position) {
+        if (position == call.refused) {
+            raiseRefused(L, call);
+        }
+        onList(call.shape.passings[position - 1], call.values[position - 1],
+               [&](auto **&list) { readList(L, position, &list); });
     }
 }
 
 // ---- The call ----
 
-/// The core may throw; no exception reaches Lua.
-void callFunction(Call &call) {
-    Shape const &shape = *call.function.shape;
-    try {
-        shape.call(call.function.function, call.values);
-    } catch (...) {
-        if (shape.returns_status) {
-            call.values[0].number = KORVO_CORE_STATUS_IPC_FAILED;
+/// Pushes an empty typed pointer for each pointer that will come back: after the call, memory must not run out, since
+/// nobody else would know the pointer.
+void pushEmptyPointers(lua_State *L, Shape const &shape) {
+    for (int place = shape.arguments; place < shape.arguments + shape.results; ++place) {
+        if (becomesPointer(shape.passings[place])) {
+            *static_cast<TypedPointer *>(lua_newuserdata(L, sizeof(TypedPointer))) = {
+                &pointerType(traitsOf(shape.passings[place]).type), 0, nullptr};
         }
     }
 }
 
-/// With the checked arguments on the stack.
+/// The core may throw; no exception reaches Lua.
+void callFunction(Call &call) {
+    try {
+        call.shape.call(call.function.function, call.values);
+    } catch (...) {
+        if (call.shape.returns_status) {
+            call.values[call.shape.arguments].number = KORVO_CORE_STATUS_IPC_FAILED;
+        }
+    }
+}
+
+/// Calls action(text, length) for each text that is still the caller's.
+template <typename Action>
+void onTexts(Call &call, Action const &action) {
+    std::size_t *length = call.lengths;
+    for (unsigned int left = call.texts; left != 0; left &= left - 1) {
+        action(call.values[__builtin_ctz(left)].out_text, *length++);
+    }
+}
+
+/// With the arguments on the stack, all of them read.
 void makeCall(lua_State *L, Call &call) {
-    convertArguments(L, call);
-    if (call.function.shape->makes_pointers) {
-        pushEmptyPointers(L, *call.function.shape);
+    if (call.shape.makes_pointers) {
+        pushEmptyPointers(L, call.shape);
     }
     callFunction(call);
     call.called = true;
+    call.texts = call.shape.texts;
+    onTexts(call,
+            [](char const *text, std::size_t &length) { length = text != nullptr ? std::strlen(text) : 0; });
 }
 
 /// Returns how many results it has pushed.
 int pushResults(lua_State *L, Call const &call) {
-    Shape const &shape = *call.function.shape;
-    int empty_pointer = shape.arguments + 1;
-    Slot const *slot = shape.resultSlots();
-    for (int count = 0; count < shape.results; ++count, ++slot) {
-        pushResult(L, slot->convention, call.values[slot->place], &empty_pointer);
-    }
-    return shape.results;
+    int const arguments = call.shape.arguments;
+    call.shape.push(L, call.values + arguments, {call.lengths, arguments + 1});
+    return call.shape.results;
 }
 
-void release(Convention convention, Value const &value) {
-    switch (convention) {
-        case Convention::returned_text:
-        case Convention::out_text:
-            std::free(value.out_text);
-            break;
-#define LIST_INPUT(name, Type, member, expected) LIST_OUTPUT(name, Type, member)
-#define LIST_OUTPUT(name, Type, member) \
-    case Convention::name:              \
-        releaseList(value.member);      \
-        break;
-#define LIST_RESULT LIST_OUTPUT
-#include "lua/conventions.def"
-        default:
-            break;
+/// Frees what the call has: lists that have been read, and once it has been called, what came back.
+void releaseValues(Call &call) {
+    int const count = call.shape.arguments + (call.called ? call.shape.results : 0);
+    for (int place = 0; place < count; ++place) {
+        onList(call.shape.passings[place], call.values[place], [](auto **list) { releaseList(list); });
     }
-}
-
-void releaseValues(Call const &call) {
-    Slot const *slot = call.function.shape->releasedSlots();
-    for (int count = 0; count < call.function.shape->released; ++count, ++slot) {
-        release(slot->convention, call.values[slot->place]);
-    }
+    onTexts(call, [](char *text, std::size_t) { std::free(text); });
 }
 
 /// Called with the arguments, if the call is still to be made, and a pointer to it.
@@ -348,6 +308,7 @@ int runProtected(lua_State *L) {
     Call &call = *static_cast<Call *>(lua_touserdata(L, -1));
     lua_pop(L, 1);
     if (!call.called) {
+        readLists(L, call);
         makeCall(L, call);
     }
     return pushResults(L, call);
@@ -365,69 +326,67 @@ int finishProtected(lua_State *L, Call &call, int arguments) {
     if (outcome != 0) {
         lua_error(L);
     }
-    return call.function.shape->results;
+    return call.shape.results;
 }
 
 /// Texts of usual size move to a place that needs no release, which spares them the protected call. False when they do
 /// not fit.
 bool moveTexts(Call &call, char *room, std::size_t size) {
-    Shape const &shape = *call.function.shape;
-    char *moved[most_values];
-    for (int count = 0; count < shape.released; ++count) {
-        char const *const text = call.values[shape.releasedSlots()[count].place].out_text;
-        moved[count] = nullptr;
+    std::size_t sum = 0;
+    onTexts(call, [&](char const *, std::size_t length) { sum += length; });
+    if (sum > size) {
+        return false;
+    }
+    onTexts(call, [&](char *&text, std::size_t length) {
         if (text != nullptr) {
-            std::size_t const length = std::strlen(text) + 1;
-            if (length > size) {
-                return false;
-            }
-            moved[count] = static_cast<char *>(std::memcpy(room, text, length));
+            std::memcpy(room, text, length);
+            std::free(text);
+            text = room;
             room += length;
-            size -= length;
         }
-    }
-    for (int count = 0; count < shape.released; ++count) {
-        char *&text = call.values[shape.releasedSlots()[count].place].out_text;
-        std::free(text);
-        text = moved[count];
-    }
+    });
+    call.texts = 0;
     return true;
 }
 
-/// A call without lists. Not inlined, so that calls with lists, which may call themselves from a metamethod, take less
-/// of the stack.
-[[gnu::noinline]] int finishWithoutLists(lua_State *L, Call &call) {
+/// Not inlined, so that calls with lists, which may call themselves from a metamethod, take less of the stack.
+[[gnu::noinline]] int finishWithTexts(lua_State *L, Call &call) {
+    char room[1024];
     makeCall(L, call);
-    char texts[1024];
-    if (call.function.shape->released != 0 && !moveTexts(call, texts, sizeof texts)) {
+    if (!moveTexts(call, room, sizeof room)) {
         lua_settop(L, 0);
         return finishProtected(L, call, 0);
     }
     return pushResults(L, call);
 }
 
-/// What Lua calls for every function of the module. Upvalues: the function; runProtected, for functions
-/// that have something to release.
+/// What Lua calls for every function of the module. Upvalues: the function; runProtected, for functions that have
+/// something to release.
 int callFromLua(lua_State *L) {
     Call call(*static_cast<Function const *>(lua_touserdata(L, lua_upvalueindex(1))));
-    checkArguments(L, call);
-
-    // Out-values that the C function leaves alone come back as NULL, 0 or false.
-    Shape const &shape = *call.function.shape;
-    std::fill_n(call.values, shape.values, Value{});
-    return shape.has_lists ? finishProtected(L, call, shape.arguments) : finishWithoutLists(L, call);
+    readArguments(L, call);
+    if (call.shape.has_lists) {
+        return finishProtected(L, call, call.shape.arguments);
+    }
+    if (call.refused != 0) {
+        raiseRefused(L, call);
+    }
+    if (call.shape.texts != 0) {
+        return finishWithTexts(L, call);
+    }
+    makeCall(L, call);
+    return pushResults(L, call);
 }
 
 }  // namespace
 
 void registerFunctions(lua_State *L) {
     lua_pushcfunction(L, runProtected);
-    for (int place = 0; place < function_count; ++place) {
-        Function const &function = functionAt(place);
-        pushFunctionName(L, place);  // [table runProtected name]
+    for (Function const &function : functions) {
+        pushFunctionName(L, placeOf(function));  // [table runProtected name]
         lua_pushlightuserdata(L, const_cast<Function *>(&function));
         int upvalues = 1;
-        if (function.shape->released != 0) {
+        if (function.shape->has_lists || function.shape->texts != 0) {
             lua_pushvalue(L, -3);
             ++upvalues;
         }

@@ -4,158 +4,139 @@
 #include <iterator>
 
 #include "korvo_api_action_engine.h"
-#include "lua/call_forms.h"
+#include "lua/form_parameters.h"
 #include "lua/wrapped.h"
 #include "operations/operations.h"
 
 namespace korvo::lua {
 namespace {
 
-/// A function that is no form of an operation.
-struct NamedFunction {
-    Function function;
-    char const *name;
-};
-
 korvo_core_status adapted_korvo_core_ipc_initiator_init(void *logging, char const *name, void **messaging) {
     return korvo_core_ipc_initiator_init(logging, name, messaging, /*flag*/ 1);
 }
 
-// A script's text is data: a per cent sign in it is one.
+// A script's text is data: a per cent sign in it is one. What no text means is the core's matter, as everywhere.
 korvo_core_status adapted_korvo_core_logging_log(void *logging, korvo_core_log_priority priority,
                                                  char const *text) {
-    if (text == nullptr) {
-        return KORVO_CORE_STATUS_INVALID_PARAMS;
-    }
-    return korvo_core_logging_log(logging, priority, "%s", text);
+    return korvo_core_logging_log(logging, priority, text != nullptr ? "%s" : nullptr, text);
 }
 
-#define CONVENTION(convention, name) , Convention::convention
-#define NAMED_FUNCTION(name, function, result, PARAMETERS) \
-    {KORVO_LUA_FUNCTION(function, WrappedAs<Convention::result PARAMETERS(CONVENTION)>), #name},
+}  // namespace
 
-#define CORE_FUNCTION(name, result, PARAMETERS) NAMED_FUNCTION(name, name, result, PARAMETERS)
-#define ADAPTED_CORE_FUNCTION(name, result, PARAMETERS) \
-    NAMED_FUNCTION(name, adapted_##name, result, PARAMETERS)
-NamedFunction const core_functions[] = {
-#include "lua/core_functions.def"
-};
+// ---- The functions ----
 
-#define LIBRARY_FUNCTION(name, result, PARAMETERS) NAMED_FUNCTION(name, name, result, PARAMETERS)
-NamedFunction const library_functions[] = {
-#include "lua/library_functions.def"
-};
+#define PASSING(passing, name) , Passing::passing
+#define FUNCTION(name, function, result, PARAMETERS) \
+    KORVO_LUA_FUNCTION(function, WrappedAs<Passing::result PARAMETERS(PASSING)>),
+#define NAMED(name, result, PARAMETERS) FUNCTION(name, name, result, PARAMETERS)
+#define ADAPTED(name, result, PARAMETERS) FUNCTION(name, adapted_##name, result, PARAMETERS)
 
-#define EVENT_FUNCTION(name, result, PARAMETERS) NAMED_FUNCTION(name, name, result, PARAMETERS)
-NamedFunction const event_functions[] = {
-#include "lua/library_functions.def"
-};
-
-#undef NAMED_FUNCTION
-#undef CONVENTION
-
-// The forms of the operations. Their names are put together from the row and the form.
-
-#define OWN(convention, name) , Parameter<Convention::convention>
+#define OWN(passing, name) , Parameter<Passing::passing>
 #define IN(kind, member) , Parameter<inputOf(operations::Kind::kind)>
 #define OUT(kind, member) , Parameter<outputOf(operations::Kind::kind)>
 #define KIND(kind, member) , operations::Kind::kind
 #define CALLBACK(RESULTS) , CallbackParameter<operations::Kind::none RESULTS(KIND)>
-#define FORM(form, op, INPUTS, RESULTS)                                                  \
-    KORVO_LUA_FUNCTION(korvo_api_action_engine_##op##_##form,                            \
-                       Wrapped<Parameter<Convention::returned_status> KORVO_FORM_##form( \
-                           OWN, IN, OUT, CALLBACK, INPUTS, RESULTS)>),
-#define FORM_NAME(form, op, INPUTS, RESULTS) "_" #form,
+#define FORM(form, op, INPUTS, RESULTS)                                                                      \
+    KORVO_LUA_FUNCTION(korvo_api_action_engine_##op##_##form,                                                \
+                       Wrapped<Parameter<Passing::returned_status> KORVO_FORM_##form(OWN, IN, OUT, CALLBACK, \
+                                                                                     INPUTS, RESULTS)>),
 
-char const *const form_names[] = {KORVO_CALL_FORMS(FORM_NAME, , , )};
-char const *const version_form_names[] = {KORVO_VERSION_FORMS(FORM_NAME, , , )};
-constexpr int form_count = std::size(form_names);
-
-#define OPERATION(op, Method, INPUTS, RESULTS) {KORVO_CALL_FORMS(FORM, op, INPUTS, RESULTS)},
-Function const operation_functions[][form_count] = {
-#include "operations/operations.def"
-};
-
+Function const functions[function_count] = {
+#define CORE_FUNCTION NAMED
+#define ADAPTED_CORE_FUNCTION ADAPTED
+#include "lua/core_functions.def"
+#define LIBRARY_FUNCTION NAMED
+#include "lua/library_functions.def"
 #define OPERATION(op, Method, INPUTS, RESULTS)
 #define VERSION_QUERY(op, Method, INPUTS, RESULTS) KORVO_VERSION_FORMS(FORM, op, INPUTS, RESULTS)
-Function const version_functions[] = {
 #include "operations/operations.def"
+#define OPERATION(op, Method, INPUTS, RESULTS) KORVO_CALL_FORMS(FORM, op, INPUTS, RESULTS)
+#include "operations/operations.def"
+#define EVENT_FUNCTION NAMED
+#include "lua/library_functions.def"
 };
 
-#undef FORM_NAME
 #undef FORM
 #undef CALLBACK
 #undef KIND
 #undef OUT
 #undef IN
 #undef OWN
+#undef ADAPTED
+#undef NAMED
+#undef FUNCTION
+#undef PASSING
 
-constexpr int version_count = std::size(version_functions);
-constexpr int operation_count = std::size(operation_functions);
+// ---- Their names ----
 
-constexpr int library_begin = std::size(core_functions);
-constexpr int version_begin = library_begin + static_cast<int>(std::size(library_functions));
-constexpr int operations_begin = version_begin + version_count;
-constexpr int events_begin = operations_begin + operation_count * form_count;
+namespace {
 
-static_assert(std::size(version_form_names) == version_count);
-static_assert(events_begin + static_cast<int>(std::size(event_functions)) == function_count);
+// The names of forms are put together from the operation's row and the form.
+#define NAME(name, result, PARAMETERS) #name,
+char const *const core_names[] = {
+#define CORE_FUNCTION NAME
+#include "lua/core_functions.def"
+};
+char const *const library_names[] = {
+#define LIBRARY_FUNCTION NAME
+#include "lua/library_functions.def"
+};
+char const *const event_names[] = {
+#define EVENT_FUNCTION NAME
+#include "lua/library_functions.def"
+};
+#undef NAME
 
-/// What there is to know about a function: the function, and either its name or its row and form.
-struct Entry {
-    Function const *function;
-    char const *name;
+#define FORM_NAME(form, op, INPUTS, RESULTS) "_" #form,
+char const *const form_names[] = {KORVO_CALL_FORMS(FORM_NAME, , , )};
+char const *const version_form_names[] = {KORVO_VERSION_FORMS(FORM_NAME, , , )};
+#undef FORM_NAME
+
+constexpr int form_count = std::size(form_names);
+
+// Where each part begins among the functions.
+constexpr int library_begin = std::size(core_names);
+constexpr int version_begin = library_begin + static_cast<int>(std::size(library_names));
+constexpr int operations_begin = version_begin + static_cast<int>(std::size(version_form_names));
+constexpr int events_begin = operations_begin + static_cast<int>(std::size(operations::all)) * form_count;
+static_assert(events_begin + static_cast<int>(std::size(event_names)) == function_count);
+
+/// Either a whole name, or an operation and a form.
+struct Name {
+    char const *whole;
     operations::Operation const *operation;
     char const *form;
 };
 
-Entry entryAt(int place) {
-    auto const named = [](NamedFunction const &entry) {
-        return Entry{&entry.function, entry.name, nullptr, nullptr};
-    };
+Name nameAt(int place) {
     if (place < library_begin) {
-        return named(core_functions[place]);
+        return {core_names[place], nullptr, nullptr};
     }
     if (place < version_begin) {
-        return named(library_functions[place - library_begin]);
+        return {library_names[place - library_begin], nullptr, nullptr};
     }
     if (place < operations_begin) {
-        int const at = place - version_begin;
-        return {&version_functions[at], nullptr, &operations::version_query, version_form_names[at]};
+        return {nullptr, &operations::version_query, version_form_names[place - version_begin]};
     }
     if (place < events_begin) {
         int const at = place - operations_begin;
-        int const form = at % form_count;
-        return {&operation_functions[at / form_count][form], nullptr, &operations::all[at / form_count],
-                form_names[form]};
+        return {nullptr, &operations::all[at / form_count], form_names[at % form_count]};
     }
-    return named(event_functions[place - events_begin]);
+    return {event_names[place - events_begin], nullptr, nullptr};
 }
 
 }  // namespace
 
-Function const &functionAt(int place) {
-    return *entryAt(place).function;
-}
-
-int placeOf(Function const &function) {
-    int place = 0;
-    while (&functionAt(place) != &function) {
-        ++place;
-    }
-    return place;
-}
-
 operations::Operation const *operationAt(int place) {
-    return entryAt(place).operation;
+    return nameAt(place).operation;
 }
 
 void pushFunctionName(lua_State *L, int place) {
-    Entry const entry = entryAt(place);
-    if (entry.operation == nullptr) {
-        lua_pushstring(L, entry.name);
+    Name const name = nameAt(place);
+    if (name.operation == nullptr) {
+        lua_pushstring(L, name.whole);
     } else {
-        lua_pushfstring(L, "korvo_api_action_engine_%s%s", entry.operation->name, entry.form);
+        lua_pushfstring(L, "korvo_api_action_engine_%s%s", name.operation->name, name.form);
     }
 }
 

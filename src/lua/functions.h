@@ -5,36 +5,37 @@
 // The functions of the module: which C function each calls, and what that takes and gives.
 
 #include <lua.hpp>
-#include "lua/conventions.h"
+#include "lua/passing.h"
+#include "lua/results.h"
+#include "lua/value.h"
 #include "operations/operation.h"
 
 namespace korvo::lua {
 
 using AnyFunction = void (*)();
 
-/// A value of a call that something happens to: its place among the values, and its convention.
-struct Slot {
-    Convention convention;
-    unsigned char place;
-};
+/// The most values that a function has: what it returns, and its parameters.
+constexpr int most_values = 16;
 
-/// What functions of one signature share.
+/// The most texts that come back from a function.
+constexpr int most_texts = 6;
+
+/// What functions of one signature share. The values of a call are the arguments in the script's order, and then the
+/// results.
 struct Shape {
-    /// Calls the function, which has this signature, with values[1] and so on; values[0] receives what it returns.
+    /// Calls the function, which has this signature.
     void (*call)(AnyFunction function, Value *values);
-    /// First the arguments of the script, then its results, then what must be released after the call.
-    Slot const *slots;
+    /// Pushes the results.
+    void (*push)(lua_State *L, Value const *results, Prepared prepared);
+    /// How each of the values passes.
+    Passing const *passings;
     unsigned char arguments;
     unsigned char results;
-    unsigned char released;
-    unsigned char values;
     bool returns_status;
     bool makes_pointers;
     bool has_lists;
-
-    Slot const *argumentSlots() const { return slots; }
-    Slot const *resultSlots() const { return slots + arguments; }
-    Slot const *releasedSlots() const { return resultSlots() + results; }
+    /// A bit for each value that is a text which comes back and is freed.
+    unsigned short texts;
 };
 
 struct Function {
@@ -42,16 +43,15 @@ struct Function {
     Shape const *shape;
 };
 
-/// The most values that a function has: what it returns, and its parameters.
-constexpr int most_values = 16;
-
 constexpr int function_count = 493;
 
-/// A function by its place in the order of registration, from 0.
-Function const &functionAt(int place);
+/// The functions in the order of registration.
+extern Function const functions[function_count];
 
-/// The place of a function of the module. It is searched for, which is nothing for the way of a call that goes well.
-int placeOf(Function const &function);
+/// The place of a function among them.
+inline int placeOf(Function const &function) {
+    return static_cast<int>(&function - functions);
+}
 
 /// The operation that a function is a form of; NULL for others.
 operations::Operation const *operationAt(int place);

@@ -126,7 +126,7 @@ void readList(lua_State *L, int index, T ***list) {
 
 /// Pushes a table of a list's elements, or nil for NULL. The list stays with its owner.
 template <typename T>
-void pushList(lua_State *L, T *const *list) {
+[[gnu::noinline]] void pushList(lua_State *L, T *const *list) {
     if (list == nullptr) {
         lua_pushnil(L);
         return;

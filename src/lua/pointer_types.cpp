@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lua/pointer_types.h"
 
-#include <cstdio>
 #include <deque>
 #include <functional>
 #include <iterator>
@@ -75,9 +74,6 @@ class Types {
         for (std::size_t place = 0; place < names_.size(); ++place) {
             types_.push_back({names_[place].c_str(), texts_[place].c_str()});
         }
-        module_.types = types_.data();
-        module_.count = types_.size();
-        module_.next = &module_;
     }
 
     PointerType const &type(PointerTypeId id) const { return types_[static_cast<std::size_t>(id)]; }
@@ -89,7 +85,8 @@ class Types {
         return types_[fixed_count + place];
     }
 
-    PointerTypes &module() { return module_; }
+    PointerType const *begin() const { return types_.data(); }
+    std::size_t count() const { return types_.size(); }
 
   private:
     std::size_t addCallback(Operation const &operation) {
@@ -112,7 +109,6 @@ class Types {
     std::deque<std::string> texts_;
     std::size_t callback_places_[operation_count];
     std::size_t version_callback_place_;
-    PointerTypes module_;
 };
 
 /// Made when the module is first opened, and never destroyed: states may outlive everything else in the process.
@@ -121,32 +117,28 @@ Types &types() {
     return the_types;
 }
 
-/// Goes round a ring. True when the module stands in it.
-bool standsInRing(PointerTypes const *ring, PointerTypes const *module) {
-    PointerTypes const *place = ring;
-    do {
-        if (place == module) {
-            return true;
-        }
-        place = place->next.load();
-    } while (place != ring);
-    return false;
+/// Pushes what the state's registry has under a key of this module's own.
+void pushOwnEntry(lua_State *L) {
+    lua_pushlightuserdata(L, const_cast<PointerType *>(types().begin()));
+    lua_rawget(L, LUA_REGISTRYINDEX);
 }
 
-/// Two rings become one when two of their members exchange what follows them.
-void linkRings(PointerTypes &left, PointerTypes &right) {
-    PointerTypes *const after_left = left.next.load();
-    left.next = right.next.load();
-    right.next = after_left;
-}
-
-/// Every module has a copy of this code, so the lock must be one that they all share: that of a stream of the process.
-void join(PointerTypes &ring, PointerTypes &module) {
-    flockfile(stderr);
-    if (!standsInRing(&ring, &module)) {
-        linkRings(ring, module);
+/// The state's link to the module's types, made when the state has none. It lives as long as the state.
+PointerTypes &ownLink(lua_State *L) {
+    pushOwnEntry(L);
+    auto *link = static_cast<PointerTypes *>(lua_touserdata(L, -1));
+    lua_pop(L, 1);
+    if (link == nullptr) {
+        lua_pushlightuserdata(L, const_cast<PointerType *>(types().begin()));
+        link = static_cast<PointerTypes *>(lua_newuserdata(L, sizeof *link));
+        *link = {types().begin(), types().count(), nullptr};
+        lua_rawset(L, LUA_REGISTRYINDEX);
     }
-    funlockfile(stderr);
+    return *link;
+}
+
+bool has(PointerTypes const &module, PointerType const *type) {
+    return std::less_equal<>()(module.types, type) && std::less<>()(type, module.types + module.count);
 }
 
 TypedPointer const *asTypedPointer(lua_State *L, int index) {
@@ -154,17 +146,21 @@ TypedPointer const *asTypedPointer(lua_State *L, int index) {
     return is_one ? static_cast<TypedPointer const *>(lua_touserdata(L, index)) : nullptr;
 }
 
-/// What a type is a record of is only read when a module of ours made it.
-bool isKnown(PointerType const *type) {
-    PointerTypes const *const ring = &types().module();
+/// What a type is a record of is only read when a module of ours made it: this one, nearly always, or another one that
+/// the state has opened.
+bool isKnown(lua_State *L, PointerType const *type) {
+    PointerTypes const own = {types().begin(), types().count(), nullptr};
+    if (has(own, type)) {
+        return true;
+    }
+    pushOwnEntry(L);
+    auto const *const ring = static_cast<PointerTypes const *>(lua_touserdata(L, -1));
+    lua_pop(L, 1);
     PointerTypes const *module = ring;
-    do {
-        if (std::less_equal<>()(module->types, type) && std::less<>()(type, module->types + module->count)) {
-            return true;
-        }
-        module = module->next.load();
-    } while (module != ring);
-    return false;
+    while (module != nullptr && !has(*module, type)) {
+        module = module->next != ring ? module->next : nullptr;
+    }
+    return module != nullptr;
 }
 
 }  // namespace
@@ -187,17 +183,18 @@ PointerType const &callbackType(Operation const &operation) {
 }
 
 void joinPointerTypes(lua_State *L) {
-    PointerTypes &module = types().module();
-
+    PointerTypes &link = ownLink(L);
+    if (link.next != nullptr) {
+        return;
+    }
     lua_getfield(L, LUA_REGISTRYINDEX, pointer_types_key);
     auto *const ring = static_cast<PointerTypes *>(lua_touserdata(L, -1));
     lua_pop(L, 1);
     if (ring != nullptr) {
-        join(*ring, module);
+        link.next = ring->next;
+        ring->next = &link;
         return;
     }
-    lua_pushlightuserdata(L, &module);
-    lua_setfield(L, LUA_REGISTRYINDEX, pointer_types_key);
 
     // What strangers have put under this key is neither read nor replaced.
     constexpr char const *shared_key = "swig_runtime_data_type_pointer4";
@@ -205,19 +202,22 @@ void joinPointerTypes(lua_State *L) {
     bool const taken = !lua_isnil(L, -1);
     lua_pop(L, 1);
     if (!taken) {
-        lua_pushlightuserdata(L, &module);
+        lua_pushlightuserdata(L, &link);
         lua_setfield(L, LUA_REGISTRYINDEX, shared_key);
     }
+    lua_pushlightuserdata(L, &link);
+    lua_setfield(L, LUA_REGISTRYINDEX, pointer_types_key);
+    link.next = &link;
 }
 
 PointerType const *typeOfUserdata(lua_State *L, int index) {
     TypedPointer const *const typed = asTypedPointer(L, index);
-    return typed != nullptr && isKnown(typed->type) ? typed->type : nullptr;
+    return typed != nullptr && isKnown(L, typed->type) ? typed->type : nullptr;
 }
 
 void *pointerOfUserdata(lua_State *L, int index) {
     TypedPointer const *const typed = asTypedPointer(L, index);
-    bool const is_ours = typed != nullptr && isKnown(typed->type);
+    bool const is_ours = typed != nullptr && isKnown(L, typed->type);
     return is_ours ? typed->pointer : lua_touserdata(L, index);
 }
 

@@ -24,7 +24,7 @@ PointerType const &pointerType(PointerTypeId id);
 PointerType const &callbackType(operations::Operation const &operation);
 
 /// Puts the module's types into the state's registry, or links them to those that other modules have put there. Once
-/// for each ring, however often a state opens the module.
+/// for each state, however often it opens the module.
 void joinPointerTypes(lua_State *L);
 
 /// The type of the userdata at an index; NULL for one that is no typed pointer or has a type of strangers.

@@ -16,7 +16,6 @@
 
 #include <lua.hpp>
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -29,11 +28,12 @@ struct PointerType {
     char const *text;  // as C spells it: "void **"; all spellings, joined by "|"
 };
 
-/// The types of one module. The modules of a process that share a Lua state stand in a ring.
+/// A Lua state's link to the types of one module. The links of the modules that a state has opened form a ring; it is the
+/// state's alone, so whoever runs the state reads and changes it without a lock.
 struct PointerTypes {
     PointerType const *types;
     std::size_t count;
-    std::atomic<PointerTypes *> next;
+    PointerTypes *next;
 };
 
 /// The userdata of a typed pointer.
@@ -58,7 +58,7 @@ inline PointerType const *findPointerType(lua_State *L, char const *name) {
                 return &module->types[place];
             }
         }
-        module = module->next.load();
+        module = module->next;
         if (module == ring) {
             break;
         }

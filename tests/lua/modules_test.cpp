@@ -35,7 +35,7 @@ class TwoModules : public testing::Test {
         korvo::lua::PointerTypes *module = ring;
         do {
             counts.insert(module->count);
-            module = module->next.load();
+            module = module->next;
         } while (module != ring && counts.size() < 10);
         return counts;
     }

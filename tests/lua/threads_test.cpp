@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdio>
 #include <thread>
 #include <vector>
 
@@ -46,6 +47,25 @@ TEST(Threads, OpenTheModuleAtTheSameTime) {
         }
     });
     EXPECT_EQ(opened, thread_count * 5);
+}
+
+// A host may print, or read, for as long as it likes.
+TEST(Threads, OpenTheModuleWhileAnotherOneHoldsTheStandardStreams) {
+    State state;
+    state.requireModule();
+    for (FILE *const stream : {stdin, stdout, stderr}) {
+        flockfile(stream);
+    }
+    std::string error = "not run";
+    std::thread([&] {
+        error = state.run(
+            "package.loaded.korvo_api_action_engine = nil\n"
+            "assert(require 'korvo_api_action_engine')");
+    }).join();
+    for (FILE *const stream : {stdin, stdout, stderr}) {
+        funlockfile(stream);
+    }
+    EXPECT_EQ(error, "");
 }
 
 TEST(Threads, CallFunctionsOnStatesOfTheirOwn) {

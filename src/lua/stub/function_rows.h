@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "lua/conventions.h"
+#include "lua/passing.h"
 #include "operations/operation.h"
 
 namespace korvo::lua::stub {
 
 struct Parameter {
-    Convention convention;
+    Passing passing;
     std::string name;
 };
 

@@ -2,7 +2,7 @@
 // Writes the module as a Lua file for the Lua language server: write-lua-stub STUB HEADER...
 // The functions come from the rows, the explanations from the headers' comments.
 
-#include <cstdio>
+#include <cstring>
 #include <exception>
 #include <fstream>
 #include <iostream>
@@ -65,80 +65,38 @@ constexpr Constant constants[] = {
 
 // ---- Types ----
 
-/// What the header names the type, where it does; else its mangled name.
-std::string typedefOr(std::string const &spelled, char const *mangled) {
-    return spelled.compare(0, 6, "korvo_") == 0 ? spelled : mangled;
-}
+/// What each is in the language of the stub; NULL for typed pointers and what depends on the function.
+constexpr char const *type_names[] = {
+    nullptr,  // callback
+    nullptr,  // returned_nothing
+#define INPUT(name, Type, member, expected, lua) lua,
+#define POINTER_INPUT(name, Type, expected, type) nullptr,
+#define OUTPUT(name, Type, member, lua) lua,
+#define POINTER_OUTPUT(name, Type, member, type) nullptr,
+#define RESULT(name, Type, member, lua) lua,
+#define POINTER_RESULT(name, Type, member, type) nullptr,
+#include "lua/passing.def"
+};
 
 std::string typeOf(FunctionRow const &function, Parameter const &parameter) {
     // A handle that an operation is called with is used without a test; other texts than these are refused when nil.
     static std::set<std::string> const may_be_nil = {"target", "name", "initiator_name"};
-    switch (parameter.convention) {
-        case Convention::callback:
-            return callbackName(*function.operation) + "?";
-        case Convention::opaque:
-            return parameter.name == "handle" ? "userdata" : "userdata?";
-        case Convention::text:
-            return may_be_nil.count(parameter.name) != 0 ? "string?" : "string";
-        case Convention::number:
-        case Convention::integer:
-        case Convention::out_number:
-        case Convention::out_integer:
-            return "integer";
-        case Convention::real:
-        case Convention::out_real:
-            return "number";
-        case Convention::flag:
-        case Convention::out_flag:
-        case Convention::returned_flag:
-            return "boolean";
-        case Convention::status:
-        case Convention::returned_status:
-            return "korvo_core_status";
-        case Convention::priority:
-            return "korvo_core_log_priority";
-        case Convention::out_settings_type:
-            return "korvo_core_settings_type";
-        case Convention::returned_constant_text:
-            return "string";
-        case Convention::out_text:
-        case Convention::returned_text:
-            return "string?";
-        case Convention::flags:
-            return "boolean[]";
-        case Convention::out_flags:
-            return "boolean[]?";
-        case Convention::numbers:
-        case Convention::integers:
-            return "integer[]";
-        case Convention::out_numbers:
-        case Convention::out_integers:
-            return "integer[]?";
-        case Convention::reals:
-            return "number[]";
-        case Convention::out_reals:
-            return "number[]?";
-        case Convention::texts:
-            return "string[]";
-        case Convention::out_texts:
-        case Convention::returned_texts:
-            return "string[]?";
-        case Convention::request_id:
-        case Convention::out_request_id:
-        case Convention::out_handle:
-            return "_p_void?";
-#define POINTER_INPUT(name, Type, expected, type) \
-    case Convention::name:                        \
-        return typedefOr(expected, #type) + "?";
-#define POINTER_RESULT(name, Type, type) \
-    case Convention::name:               \
-        return #type "?";
-#include "lua/conventions.def"
-        case Convention::last_input:
-        case Convention::returned_nothing:
-            break;
+    if (parameter.passing == Passing::callback) {
+        return callbackName(*function.operation) + "?";
     }
-    return "any";
+    if (parameter.passing == Passing::opaque && parameter.name == "handle") {
+        return "userdata";
+    }
+    if (parameter.passing == Passing::text && may_be_nil.count(parameter.name) != 0) {
+        return "string?";
+    }
+    if (char const *const name = type_names[static_cast<unsigned char>(parameter.passing)]) {
+        return name;
+    }
+    // What the header names the type, where it does; else its mangled name.
+    PassingTraits const &traits = traitsOf(parameter.passing);
+    bool const has_typedef = std::strncmp(traits.expected, "korvo_", 6) == 0;
+    return std::string(has_typedef ? traits.expected : pointerType(traits.type).name) + "?";
 }
 
 // ---- Texts ----

@@ -140,7 +140,7 @@ int types(lua_State *L) {
             lua_pushstring(L, module->types[place].name);
             lua_rawseti(L, -2, ++count);
         }
-        module = module->next.load();
+        module = module->next;
         if (module == ring) {
             break;
         }

@@ -271,9 +271,10 @@ korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority 
     va_list arguments;
     va_start(arguments, format);
     if (fake_platform::recordsCore()) {
-        std::string const text = formatted(format, arguments);
+        std::string const text = format != nullptr ? formatted(format, arguments) : "";
         va_end(arguments);
-        return fake_platform::recorded<korvo_core_status>(__func__, logging, priority, format, text.c_str());
+        return fake_platform::recorded<korvo_core_status>(__func__, logging, priority, format,
+                                                          format != nullptr ? text.c_str() : nullptr);
     }
     korvo_core_logging_logv(logging, priority, format, arguments);
     va_end(arguments);
