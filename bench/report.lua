@@ -100,9 +100,11 @@ local function judgements(by_name)
     local result = {}
     for _, row in ipairs(rows("bench/figures.tsv")) do
         local judgement = { figure = row[1], side = row[2], title = row[3], kind = row[4],
-                            budget = tonumber(row[5]), aim = tonumber(row[6]) }
-        for _, side in ipairs(by_name[row[1]] and by_name[row[1]].sides or {}) do
-            if side.name == judgement.side then
+                            budget = tonumber(row[6]), aim = tonumber(row[7]) }
+        local sides = by_name[row[1]] and by_name[row[1]].sides or {}
+        for _, side in ipairs(sides) do
+            -- Beside another yardstick, where one is not installed, it would be another figure.
+            if side.name == judgement.side and (row[5] == "" or row[5] == sides[1].name) then
                 judgement.value, judgement.low, judgement.high = judged(side, judgement.kind)
             end
         end
