@@ -144,13 +144,17 @@ TEST_P(LuaDocuments, TheExampleOfTheReadmeRunsWithItsCommand) {
     ASSERT_EQ(blocks.at(place + 1).language, "sh");
     ASSERT_EQ(blocks.at(place + 2).language, "text");
     std::string command = blocks[place + 1].text;
-    auto const replace = [&](std::string const &from, std::string const &to) {
-        auto const found = command.find(from);
-        ASSERT_NE(found, std::string::npos) << from << " is not in\n" << command;
-        command.replace(found, from.size(), to);
+    auto const replace = [&](std::string const &from, std::string const &to, std::size_t times) {
+        std::size_t place_of_next = 0;
+        for (std::size_t done = 0; done < times; ++done) {
+            auto const found = command.find(from, place_of_next);
+            ASSERT_NE(found, std::string::npos) << from << " is not " << times << " times in\n" << command;
+            command.replace(found, from.size(), to);
+            place_of_next = found + to.size();
+        }
     };
-    replace("build/release/simulator/korvo-action-engine-simulator &", "");
-    replace("build/release", KORVO_BUILD_FOLDER);
+    // The service and the module.
+    replace("build/release", KORVO_BUILD_FOLDER, 2);
     std::string interpreter;
     for (auto const &[name, value] : lua_interpreters::environment()) {
         if (name != "LUA_CPATH") {
@@ -160,11 +164,12 @@ TEST_P(LuaDocuments, TheExampleOfTheReadmeRunsWithItsCommand) {
     for (std::string const &word : emulator::wordsToStart(GetParam())) {
         interpreter += word + " ";
     }
-    replace("lua5.1 ", interpreter);
+    replace("lua5.1 ", interpreter, 1);
     auto const folder = newPlace();
     std::ofstream(folder / "example.lua") << blocks[place].text;
-    Service const service;
-    Finished const finished = run({"/bin/sh", {"-c", "cd '" + folder.string() + "'; " + command}, {}});
+    Finished const finished = run({"/bin/sh",
+                                   {"-c", "cd '" + folder.string() + "'; " + command},
+                                   {{"KORVO_STATE_DIR", folder.string()}}});
     EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
     EXPECT_EQ(finished.out, blocks[place + 2].text);
 }
