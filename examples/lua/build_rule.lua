@@ -51,7 +51,9 @@ local function seconds(time, where)
     return hours * 3600 + minutes * 60
 end
 
--- Windows as the service takes them: three lists, whose n-th entries are one filter.
+-- Windows as three lists. How the lists go together, and what their numbers count, is the service's own: this is written for
+-- one that takes the n-th entries as one filter and times as seconds since midnight, as the one for development machines
+-- does.
 local function filters_of(windows, where)
     local filters = {weekday_filters = {}, time_filters_start = {}, time_filters_end = {}}
     for place, window in ipairs(windows) do

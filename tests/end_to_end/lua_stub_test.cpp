@@ -70,7 +70,8 @@ TEST_P(LuaStub, SaysSoWhenItIsLoadedInsteadOfTheModule) {
     loading.environment.emplace_back("LUA_PATH", folder + "/?.lua");
     Finished const finished = run(loading);
     EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
-    EXPECT_NE(finished.errors.find(": this file is for editors; take its folder out of LUA_PATH\n"),
+    EXPECT_NE(finished.errors.find(
+                  ": the stub of korvo_api_action_engine is for editors; take its folder out of LUA_PATH\n"),
               std::string::npos)
         << finished.errors;
 }
@@ -92,6 +93,26 @@ TEST(LuaStubTexts, ExplainEveryFunctionInWords) {
     }
     // With the two global ones.
     EXPECT_EQ(functions, 495);
+}
+
+// An editor shows one entry at a time, to somebody who writes Lua.
+TEST(LuaStubTexts, StandEachByItselfAndSpeakOfLua) {
+    char const *const elsewhere[] = {
+        "above",       "below",    "this file",    "head of",  "form see",     "Otherwise as", "as with",
+        "counterpart", "matching", "Deliberate",   "(see",     "same for the", "printf",       "NULL",
+        "malloc",      "free()",   "caller frees", "non-zero", "list variable"};
+    std::ifstream stub(KORVO_LUA_STUB);
+    int lines = 0;
+    for (std::string line; std::getline(stub, line);) {
+        if (line.compare(0, 3, "---") != 0) {
+            continue;
+        }
+        ++lines;
+        for (char const *const word : elsewhere) {
+            EXPECT_EQ(line.find(word), std::string::npos) << '"' << word << "\" in: " << line;
+        }
+    }
+    EXPECT_GT(lines, 1000);
 }
 
 }  // namespace

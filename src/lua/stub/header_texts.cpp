@@ -107,7 +107,6 @@ void HeaderTexts::read(std::string const &header) {
     }
     Lines const lines = linesOf(text.str());
     readFunctions(lines);
-    readForms(lines);
     readStatuses(lines);
     readEnumerators(text.str());
 }
@@ -137,24 +136,6 @@ void HeaderTexts::readFunctions(Lines const &lines) {
         std::smatch match;
         if (std::regex_match(line, match, declared)) {
             functions_.emplace(match[1], current);
-        }
-    }
-}
-
-/// The table of the forms, and what its lines go on with in the last column.
-void HeaderTexts::readForms(Lines const &lines) {
-    static std::regex const beginning(R"( \*   <op>(_\w+) +\(.*\) +(\S.*))");
-    static std::regex const further(R"( \* {40,}(\S.*))");
-    std::string form;
-    for (std::string const &line : lines) {
-        std::smatch match;
-        if (std::regex_match(line, match, beginning)) {
-            form = match[1];
-            forms_[form] = match[2];
-        } else if (!form.empty() && std::regex_match(line, match, further)) {
-            appendWords(forms_[form], match[1]);
-        } else {
-            form.clear();
         }
     }
 }
@@ -208,11 +189,6 @@ Explanation const &HeaderTexts::function(std::string const &name) const {
 std::string HeaderTexts::constant(std::string const &name) const {
     auto const found = constants_.find(name);
     return found == constants_.end() ? "" : found->second;
-}
-
-std::string HeaderTexts::form(std::string const &name) const {
-    auto const found = forms_.find(name);
-    return found == forms_.end() ? "" : found->second;
 }
 
 }  // namespace korvo::lua::stub

@@ -2,7 +2,7 @@
 #ifndef KORVO_LUA_STUB_HEADER_TEXTS_H
 #define KORVO_LUA_STUB_HEADER_TEXTS_H
 
-// What the comments of the C headers say. They are the one place where functions are explained.
+// What the comments of the C headers say. They are the one place where operations are explained.
 
 #include <map>
 #include <string>
@@ -24,18 +24,14 @@ class HeaderTexts {
     /// Empty where the header says nothing.
     Explanation const &function(std::string const &name) const;
     std::string constant(std::string const &name) const;
-    /// What a form of operations does: "_send" sends and waits.
-    std::string form(std::string const &name) const;
 
   private:
     void readFunctions(std::vector<std::string> const &lines);
-    void readForms(std::vector<std::string> const &lines);
     void readStatuses(std::vector<std::string> const &lines);
     void readEnumerators(std::string const &text);
 
     std::map<std::string, Explanation> functions_;
     std::map<std::string, std::string> constants_;
-    std::map<std::string, std::string> forms_;
 };
 
 }  // namespace korvo::lua::stub

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Writes the module as a Lua file for the Lua language server: write-lua-stub STUB HEADER...
-// The functions come from the rows, the explanations from the headers' comments.
+// The functions come from the rows, the explanations of operations from the headers' comments, and all others from
+// lua_texts.cpp.
 
 #include <cstring>
 #include <exception>
 #include <fstream>
 #include <iostream>
-#include <map>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -15,6 +15,7 @@
 #include "lua/pointer_types.h"
 #include "lua/stub/function_rows.h"
 #include "lua/stub/header_texts.h"
+#include "lua/stub/lua_texts.h"
 #include "operations/operations.h"
 
 namespace korvo::lua::stub {
@@ -23,10 +24,8 @@ namespace {
 constexpr char const *head = R"lua(---@meta korvo_api_action_engine
 -- Declares the Lua module korvo_api_action_engine for the Lua language server. Written by the build; not to be loaded.
 --
--- The explanations are those of the C headers. What they say of C reads in Lua like this: NULL is nil; a text is a string and a
--- list is a table from 1 to n, and neither is ever freed; a flag is true for 1 or non-zero and false for 0. What comes back
--- through a pointer is one more result behind the status, and is nil, 0 or false when the call has failed. docs/lua.md tells
--- the rest.
+-- Arguments are the C function's inputs, results what it returns and then what comes back through its pointers. What comes
+-- back behind a status is nil, 0 or false when the call has failed. A list is a table from 1 to n. docs/lua.md tells the rest.
 
 ---@alias korvo_core_status integer
 ---@alias korvo_core_log_priority integer
@@ -50,7 +49,7 @@ function swig_equals(left, right) end
 
 // Editors take the type of the module from what the file returns, so that stands behind the error.
 constexpr char const *tail = R"lua(
-error("this file is for editors; take its folder out of LUA_PATH")
+error("the stub of korvo_api_action_engine is for editors; take its folder out of LUA_PATH")
 return korvo_api_action_engine
 )lua";
 
@@ -101,37 +100,6 @@ std::string typeOf(FunctionRow const &function, Parameter const &parameter) {
 
 // ---- Texts ----
 
-/// Parameters that many functions have, which no block explains.
-std::string commonText(std::string const &name) {
-    static std::map<std::string, std::string> const texts = {
-        {"status", "0 for success."},
-        {"handle", "the client handle."},
-        {"target", "which instance of the service is meant; nil is the default one."},
-        {"timeout", "in milliseconds; 0 polls, a negative one waits without limit."},
-        {"block", "true waits up to 5000 ms, false polls."},
-        {"request_id", "the request's identifier."},
-        {"callback", "a typed pointer that a host program has made, or nil: no Lua function can be one."},
-        {"handler", "a typed pointer that a host program has made, or nil: no Lua function can be one."},
-        {"context", "what the callback is given."},
-    };
-    auto const found = texts.find(name);
-    return found == texts.end() ? "" : found->second;
-}
-
-std::string textOf(FunctionRow const &function, Explanation const &explanation, std::string const &name) {
-    auto const found = explanation.names.find(name);
-    if (found != explanation.names.end()) {
-        return " # " + found->second;
-    }
-    bool const is_of_library = function.name.compare(0, 10, "korvo_api_") == 0;
-    std::string const text = is_of_library ? commonText(name) : "";
-    if (is_of_library && text.empty()) {
-        throw std::runtime_error("no header explains " + name + " of " + function.name +
-                                 "; give it a line in the comment in front of its declaration");
-    }
-    return text.empty() ? "" : " # " + text;
-}
-
 std::string capitalised(std::string text) {
     if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
         text.front() = static_cast<char>(text.front() - 'a' + 'A');
@@ -139,15 +107,8 @@ std::string capitalised(std::string text) {
     return text;
 }
 
-/// The statuses that a Lua caller can meet: the module gives every list variable as NULL.
-std::string statusesInLua(std::string statuses) {
-    std::string const only_in_c = "1 for a list variable that was not NULL.";
-    auto const place = statuses.find(only_in_c);
-    if (place != std::string::npos) {
-        statuses.erase(place, only_in_c.size());
-    }
-    auto const begin = statuses.find_first_not_of(' ');
-    return begin == std::string::npos ? "" : statuses.substr(begin);
+[[noreturn]] void refuse(std::string const &what, std::string const &remedy) {
+    throw std::runtime_error("nothing explains " + what + "; " + remedy);
 }
 
 class Writer {
@@ -198,7 +159,7 @@ class Writer {
     }
 
     void writeConstant(Constant const &constant) {
-        std::string const text = texts_.constant(constant.name);
+        std::string const text = inLua(texts_.constant(constant.name));
         out_ << "\n";
         if (!text.empty()) {
             out_ << "---" << capitalised(text) << "\n";
@@ -206,45 +167,77 @@ class Writer {
         out_ << "korvo_api_action_engine." << constant.name << " = " << constant.value << "\n";
     }
 
-    void writeExplanation(FunctionRow const &function, Explanation const &explanation) {
+    /// Forms of operations have the explanation of the header, and what the form does.
+    void writeForm(FunctionRow const &function) {
+        Explanation const &explanation = texts_.function(function.name);
+        if (explanation.lines.empty()) {
+            refuse(function.name, "put a comment in front of its declaration in the header");
+        }
         bool is_first = true;
         for (std::string line : explanation.lines) {
-            if (is_first && function.operation != nullptr) {
+            if (is_first) {
                 line.erase(0, std::string(function.operation->name).size() + 2);  // "get_actions: "
                 line = capitalised(line);
             }
             is_first = false;
-            out_ << "---" << line << "\n";
+            out_ << "---" << inLua(line) << "\n";
         }
-        if (function.operation != nullptr) {
-            out_ << "---\n---This form " << texts_.form(function.form) << ".\n";
+        std::string const form = formText(function.form);
+        if (form.empty()) {
+            refuse("the form " + function.form, "give it a text in lua_texts.cpp");
         }
-        std::string const statuses = statusesInLua(explanation.statuses);
+        out_ << "---\n---This form " << form << "\n";
+        std::string const statuses = inLua(explanation.statuses);
         if (!statuses.empty()) {
             out_ << "---\n---Statuses: " << statuses << "\n";
         }
-        if (function.name.compare(0, 16, "korvo_core_free_") == 0) {
-            out_ << "---\n---Never call it from a script: docs/lua.md tells why.\n";
+    }
+
+    void writeExplanation(FunctionRow const &function) {
+        if (function.operation != nullptr) {
+            writeForm(function);
+            return;
+        }
+        LuaText const *const text = luaText(function.name);
+        if (text == nullptr) {
+            refuse(function.name, "give it a text in lua_texts.cpp");
+        }
+        for (std::string const &line : text->lines) {
+            out_ << "---" << line << "\n";
         }
     }
 
-    void writeFunction(FunctionRow const &function) {
-        Explanation const &explanation = texts_.function(function.name);
-        if (explanation.lines.empty()) {
-            throw std::runtime_error("no header explains " + function.name +
-                                     "; put a comment in front of its declaration");
+    /// What is explained of an argument or result, behind the sign that the language server wants before it.
+    std::string textOf(FunctionRow const &function, std::string const &name) {
+        LuaText const *const own = luaText(function.name);
+        if (own != nullptr && own->names.count(name) != 0) {
+            return " # " + own->names.at(name);
         }
+        if (function.name.compare(0, 11, "korvo_core_") == 0) {
+            return "";
+        }
+        Explanation const &explanation = texts_.function(function.name);
+        auto const found = explanation.names.find(name);
+        std::string const text = found != explanation.names.end() ? inLua(found->second) : commonText(name);
+        if (text.empty()) {
+            refuse(name + " of " + function.name,
+                   "give it a line in the comment in front of its declaration, or a text in lua_texts.cpp");
+        }
+        return " # " + text;
+    }
+
+    void writeFunction(FunctionRow const &function) {
         out_ << "\n";
-        writeExplanation(function, explanation);
+        writeExplanation(function);
         std::string names;
         for (Parameter const &input : function.inputs) {
             out_ << "---@param " << input.name << " " << typeOf(function, input)
-                 << textOf(function, explanation, input.name) << "\n";
+                 << textOf(function, input.name) << "\n";
             names += (names.empty() ? "" : ", ") + input.name;
         }
         for (Parameter const &result : function.results) {
             out_ << "---@return " << typeOf(function, result) << " " << result.name
-                 << textOf(function, explanation, result.name) << "\n";
+                 << textOf(function, result.name) << "\n";
         }
         out_ << "function korvo_api_action_engine." << function.name << "(" << names << ") end\n";
     }
@@ -258,9 +251,6 @@ void writeStub(std::string const &name, int header_count, char **headers) {
     HeaderTexts texts;
     for (int place = 0; place < header_count; ++place) {
         texts.read(headers[place]);
-    }
-    if (!preparePointerTypes()) {
-        throw std::bad_alloc();
     }
     std::ofstream out(name);
     Writer(out, texts).write();
