@@ -303,7 +303,9 @@ void releaseValues(Call &call) {
     onTexts(call, [](char *text, std::size_t) { std::free(text); });
 }
 
-/// Called with the arguments, if the call is still to be made, and a pointer to it.
+/// Called with the arguments, if the call is still to be made, and a pointer to it. The state's registry keeps it under
+/// the address of this key, since a new one for each call might find no memory.
+constexpr char run_protected_key = 0;
 int runProtected(lua_State *L) {
     Call &call = *static_cast<Call *>(lua_touserdata(L, -1));
     lua_pop(L, 1);
@@ -318,7 +320,8 @@ int runProtected(lua_State *L) {
 int finishProtected(lua_State *L, Call &call, int arguments) {
     // The protected call stands between the function and the script.
     ++call.level;
-    lua_pushvalue(L, lua_upvalueindex(2));
+    lua_pushlightuserdata(L, const_cast<char *>(&run_protected_key));
+    lua_rawget(L, LUA_REGISTRYINDEX);
     lua_insert(L, 1);
     lua_pushlightuserdata(L, &call);
     int const outcome = lua_pcall(L, arguments + 1, LUA_MULTRET, 0);
@@ -360,8 +363,7 @@ bool moveTexts(Call &call, char *room, std::size_t size) {
     return pushResults(L, call);
 }
 
-/// What Lua calls for every function of the module. Upvalues: the function; runProtected, for functions that have
-/// something to release.
+/// What Lua calls for every function of the module. Its upvalue is the function.
 int callFromLua(lua_State *L) {
     Call call(*static_cast<Function const *>(lua_touserdata(L, lua_upvalueindex(1))));
     readArguments(L, call);
@@ -381,19 +383,15 @@ int callFromLua(lua_State *L) {
 }  // namespace
 
 void registerFunctions(lua_State *L) {
+    lua_pushlightuserdata(L, const_cast<char *>(&run_protected_key));
     lua_pushcfunction(L, runProtected);
+    lua_rawset(L, LUA_REGISTRYINDEX);
     for (Function const &function : functions) {
-        pushFunctionName(L, placeOf(function));  // [table runProtected name]
+        pushFunctionName(L, placeOf(function));  // [table name]
         lua_pushlightuserdata(L, const_cast<Function *>(&function));
-        int upvalues = 1;
-        if (function.shape->has_lists || function.shape->texts != 0) {
-            lua_pushvalue(L, -3);
-            ++upvalues;
-        }
-        lua_pushcclosure(L, callFromLua, upvalues);  // [table runProtected name function]
-        lua_rawset(L, -4);
+        lua_pushcclosure(L, callFromLua, 1);  // [table name function]
+        lua_rawset(L, -3);
     }
-    lua_pop(L, 1);
 }
 
 }  // namespace korvo::lua

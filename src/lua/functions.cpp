@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lua/functions.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <iterator>
+#include <string>
 
 #include "korvo_api_action_engine.h"
 #include "lua/form_parameters.h"
@@ -88,7 +91,7 @@ char const *const event_names[] = {
 #undef NAME
 
 #define FORM_NAME(form, op, INPUTS, RESULTS) "_" #form,
-char const *const form_names[] = {KORVO_CALL_FORMS(FORM_NAME, , , )};
+constexpr char const *form_names[] = {KORVO_CALL_FORMS(FORM_NAME, , , )};
 char const *const version_form_names[] = {KORVO_VERSION_FORMS(FORM_NAME, , , )};
 #undef FORM_NAME
 
@@ -107,6 +110,24 @@ struct Name {
     operations::Operation const *operation;
     char const *form;
 };
+
+constexpr std::size_t lengthOf(char const *text) {
+    return std::char_traits<char>::length(text);
+}
+
+/// Room for the name of every form, with its zero byte.
+constexpr std::size_t longestName() {
+    std::size_t operation = lengthOf(operations::version_query.name);
+    for (operations::Operation const &other : operations::all) {
+        operation = std::max(operation, lengthOf(other.name));
+    }
+    std::size_t form = 0;
+    for (char const *const other : form_names) {
+        form = std::max(form, lengthOf(other));
+    }
+    return sizeof "korvo_api_action_engine_" + operation + form;
+}
+constexpr std::size_t longest_name = longestName();
 
 Name nameAt(int place) {
     if (place < library_begin) {
@@ -131,13 +152,17 @@ operations::Operation const *operationAt(int place) {
     return nameAt(place).operation;
 }
 
+// Not by lua_pushfstring(), which makes a string of Lua's of each part: garbage for each of hundreds of names.
 void pushFunctionName(lua_State *L, int place) {
     Name const name = nameAt(place);
     if (name.operation == nullptr) {
         lua_pushstring(L, name.whole);
-    } else {
-        lua_pushfstring(L, "korvo_api_action_engine_%s%s", name.operation->name, name.form);
+        return;
     }
+    char whole[longest_name];
+    int const length =
+        std::snprintf(whole, sizeof whole, "korvo_api_action_engine_%s%s", name.operation->name, name.form);
+    lua_pushlstring(L, whole, static_cast<std::size_t>(length));
 }
 
 }  // namespace korvo::lua

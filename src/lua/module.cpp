@@ -4,10 +4,12 @@
 #include "lua/module.h"
 
 #include <initializer_list>
+#include <iterator>
 
 #include <lua.hpp>
 #include "korvo_api_action_engine.h"
 #include "lua/call.h"
+#include "lua/functions.h"
 #include "lua/pointer_types.h"
 #include "lua/start_up.h"
 
@@ -80,7 +82,8 @@ int storeUnknown(lua_State *L) {
 }
 
 void pushModule(lua_State *L) {
-    lua_newtable(L);
+    // At its final size: a table that grows leaves its smaller selves behind as holes in the heap.
+    lua_createtable(L, 0, function_count + static_cast<int>(std::size(constants)));
 
     lua_newtable(L);
     for (char const *const name : {".get", ".set", ".fn"}) {
@@ -106,9 +109,6 @@ void pushModule(lua_State *L) {
 
 int luaopen_korvo_api_action_engine(lua_State *L) {
     using namespace korvo::lua;
-    if (!preparePointerTypes()) {
-        return luaL_error(L, "not enough memory");
-    }
     joinPointerTypes(L);
     lua_pushcfunction(L, tellType);
     lua_setglobal(L, "swig_type");

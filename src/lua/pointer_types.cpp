@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "lua/pointer_types.h"
 
-#include <deque>
+#include <array>
 #include <functional>
 #include <iterator>
-#include <string>
-#include <vector>
 
 #include "operations/operations.h"
 
@@ -22,7 +20,7 @@ struct CallbackParameter {
     char const *spelled;
 };
 
-CallbackParameter parameterFor(Kind kind) {
+constexpr CallbackParameter parameterFor(Kind kind) {
     switch (kind) {
         case Kind::number:
             return {"_unsigned_int", ",unsigned int"};
@@ -40,86 +38,168 @@ CallbackParameter parameterFor(Kind kind) {
     return {"", ""};
 }
 
-std::string mangledCallback(Operation const &operation) {
-    std::string name = "_p_f_p_char_enum_korvo_core_status";
-    for (Member const *result = operation.results; result->kind != Kind::none; ++result) {
-        name += parameterFor(result->kind).mangled;
+/// Texts that are put together by the compiler. Without a place to write to they are only measured.
+class Writer {
+  public:
+    constexpr explicit Writer(char *place) : place_(place) {}
+
+    constexpr void write(char const *text) {
+        for (; *text != '\0'; ++text) {
+            put(*text);
+        }
     }
-    return name + "_p_void__void";
+
+    constexpr void end() { put('\0'); }
+
+    constexpr std::size_t written() const { return written_; }
+
+  private:
+    constexpr void put(char character) {
+        if (place_ != nullptr) {
+            place_[written_] = character;
+        }
+        ++written_;
+    }
+
+    char *place_;
+    std::size_t written_ = 0;
+};
+
+constexpr std::size_t operation_count = std::size(operations::all);
+
+/// The operations, and the version query behind them.
+constexpr Operation const &operationAt(std::size_t place) {
+    return place < operation_count ? operations::all[place] : operations::version_query;
 }
 
-std::string spelledCallback(Operation const &operation) {
-    std::string text = "void (*)(char *,enum korvo_core_status";
-    for (Member const *result = operation.results; result->kind != Kind::none; ++result) {
-        text += parameterFor(result->kind).spelled;
+constexpr bool haveSameResults(Operation const &left, Operation const &right) {
+    Member const *other = right.results;
+    for (Member const *result = left.results; result->kind != Kind::none; ++result, ++other) {
+        if (result->kind != other->kind) {
+            return false;
+        }
     }
-    return text + ",void *)";
+    return other->kind == Kind::none;
 }
+
+/// Operations with results of the same kinds have one type of callback: that of the first of them.
+constexpr std::size_t firstOfType(std::size_t place) {
+    std::size_t first = 0;
+    while (!haveSameResults(operationAt(first), operationAt(place))) {
+        ++first;
+    }
+    return first;
+}
+
+/// The types of callbacks, in the order in which the rows first use them.
+struct CallbackPlaces {
+    std::size_t count;
+    unsigned char of_operation[operation_count + 1];
+};
+
+constexpr CallbackPlaces placeCallbacks() {
+    CallbackPlaces places = {};
+    for (std::size_t place = 0; place <= operation_count; ++place) {
+        std::size_t const first = firstOfType(place);
+        places.of_operation[place] =
+            first == place ? static_cast<unsigned char>(places.count++) : places.of_operation[first];
+    }
+    return places;
+}
+
+constexpr CallbackPlaces callback_places = placeCallbacks();
+
+constexpr void writeMangledCallback(Writer &writer, Operation const &operation) {
+    writer.write("_p_f_p_char_enum_korvo_core_status");
+    for (Member const *result = operation.results; result->kind != Kind::none; ++result) {
+        writer.write(parameterFor(result->kind).mangled);
+    }
+    writer.write("_p_void__void");
+    writer.end();
+}
+
+/// All spellings: the function type, and the typedef of each operation that has it.
+constexpr void writeSpelledCallback(Writer &writer, std::size_t first) {
+    writer.write("void (*)(char *,enum korvo_core_status");
+    for (Member const *result = operationAt(first).results; result->kind != Kind::none; ++result) {
+        writer.write(parameterFor(result->kind).spelled);
+    }
+    writer.write(",void *)");
+    for (std::size_t place = first; place <= operation_count; ++place) {
+        if (callback_places.of_operation[place] == callback_places.of_operation[first]) {
+            writer.write("|korvo_api_action_engine_");
+            writer.write(operationAt(place).name);
+            writer.write("_method_callback_func_ptr");
+        }
+    }
+    writer.end();
+}
+
+/// Where the texts of a type begin among all texts.
+struct TextPlaces {
+    std::size_t name;
+    std::size_t text;
+};
+
+template <std::size_t size>
+struct CallbackTexts {
+    char texts[size];
+    TextPlaces places[callback_places.count];
+};
+
+template <std::size_t size>
+constexpr std::size_t writeCallbacks(CallbackTexts<size> *callbacks) {
+    Writer writer(callbacks != nullptr ? callbacks->texts : nullptr);
+    for (std::size_t place = 0; place <= operation_count; ++place) {
+        if (firstOfType(place) != place) {
+            continue;
+        }
+        std::size_t const name = writer.written();
+        writeMangledCallback(writer, operationAt(place));
+        std::size_t const text = writer.written();
+        writeSpelledCallback(writer, place);
+        if (callbacks != nullptr) {
+            callbacks->places[callback_places.of_operation[place]] = {name, text};
+        }
+    }
+    return writer.written();
+}
+
+constexpr std::size_t size_of_texts = writeCallbacks<1>(nullptr);
+
+constexpr CallbackTexts<size_of_texts> makeCallbackTexts() {
+    CallbackTexts<size_of_texts> callbacks = {};
+    writeCallbacks(&callbacks);
+    return callbacks;
+}
+
+constexpr CallbackTexts<size_of_texts> callback_texts = makeCallbackTexts();
 
 constexpr PointerType fixed_types[] = {
 #define POINTER_TYPE(name, text) {#name, text},
 #include "lua/pointer_types.def"
 };
 constexpr std::size_t fixed_count = std::size(fixed_types);
-constexpr std::size_t operation_count = std::size(operations::all);
+constexpr std::size_t type_count = fixed_count + callback_places.count;
 
-/// All types: the fixed ones, then those of callbacks in the order in which the rows first use them.
-class Types {
-  public:
-    Types() : types_(std::begin(fixed_types), std::end(fixed_types)) {
-        for (std::size_t place = 0; place < operation_count; ++place) {
-            callback_places_[place] = addCallback(operations::all[place]);
-        }
-        version_callback_place_ = addCallback(operations::version_query);
-        for (std::size_t place = 0; place < names_.size(); ++place) {
-            types_.push_back({names_[place].c_str(), texts_[place].c_str()});
-        }
+/// The fixed types, and then those of callbacks.
+constexpr std::array<PointerType, type_count> makeTypes() {
+    std::array<PointerType, type_count> made = {};
+    for (std::size_t place = 0; place < fixed_count; ++place) {
+        made[place] = fixed_types[place];
     }
-
-    PointerType const &type(PointerTypeId id) const { return types_[static_cast<std::size_t>(id)]; }
-
-    PointerType const &callback(Operation const &operation) const {
-        std::size_t const place = &operation == &operations::version_query
-                                      ? version_callback_place_
-                                      : callback_places_[&operation - operations::all];
-        return types_[fixed_count + place];
+    for (std::size_t place = 0; place < callback_places.count; ++place) {
+        TextPlaces const texts = callback_texts.places[place];
+        made[fixed_count + place] = {callback_texts.texts + texts.name, callback_texts.texts + texts.text};
     }
-
-    PointerType const *begin() const { return types_.data(); }
-    std::size_t count() const { return types_.size(); }
-
-  private:
-    std::size_t addCallback(Operation const &operation) {
-        std::string const name = mangledCallback(operation);
-        std::size_t place = 0;
-        while (place < names_.size() && names_[place] != name) {
-            ++place;
-        }
-        if (place == names_.size()) {
-            names_.push_back(name);
-            texts_.push_back(spelledCallback(operation));
-        }
-        texts_[place] +=
-            std::string("|korvo_api_action_engine_") + operation.name + "_method_callback_func_ptr";
-        return place;
-    }
-
-    std::vector<PointerType> types_;
-    std::deque<std::string> names_;
-    std::deque<std::string> texts_;
-    std::size_t callback_places_[operation_count];
-    std::size_t version_callback_place_;
-};
-
-/// Made when the module is first opened, and never destroyed: states may outlive everything else in the process.
-Types &types() {
-    static Types &the_types = *new Types;
-    return the_types;
+    return made;
 }
+
+constexpr std::array<PointerType, type_count> types = makeTypes();
 
 /// Pushes what the state's registry has under a key of this module's own.
 void pushOwnEntry(lua_State *L) {
-    lua_pushlightuserdata(L, const_cast<PointerType *>(types().begin()));
+    lua_pushlightuserdata(L, const_cast<PointerType *>(types.data()));
     lua_rawget(L, LUA_REGISTRYINDEX);
 }
 
@@ -129,9 +209,9 @@ PointerTypes &ownLink(lua_State *L) {
     auto *link = static_cast<PointerTypes *>(lua_touserdata(L, -1));
     lua_pop(L, 1);
     if (link == nullptr) {
-        lua_pushlightuserdata(L, const_cast<PointerType *>(types().begin()));
+        lua_pushlightuserdata(L, const_cast<PointerType *>(types.data()));
         link = static_cast<PointerTypes *>(lua_newuserdata(L, sizeof *link));
-        *link = {types().begin(), types().count(), nullptr};
+        *link = {types.data(), types.size(), nullptr};
         lua_rawset(L, LUA_REGISTRYINDEX);
     }
     return *link;
@@ -149,7 +229,7 @@ TypedPointer const *asTypedPointer(lua_State *L, int index) {
 /// What a type is a record of is only read when a module of ours made it: this one, nearly always, or another one that
 /// the state has opened.
 bool isKnown(lua_State *L, PointerType const *type) {
-    PointerTypes const own = {types().begin(), types().count(), nullptr};
+    PointerTypes const own = {types.data(), types.size(), nullptr};
     if (has(own, type)) {
         return true;
     }
@@ -165,21 +245,15 @@ bool isKnown(lua_State *L, PointerType const *type) {
 
 }  // namespace
 
-bool preparePointerTypes() noexcept {
-    try {
-        types();
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
-
 PointerType const &pointerType(PointerTypeId id) {
-    return types().type(id);
+    return types[static_cast<std::size_t>(id)];
 }
 
 PointerType const &callbackType(Operation const &operation) {
-    return types().callback(operation);
+    std::size_t const place = &operation == &operations::version_query
+                                  ? operation_count
+                                  : static_cast<std::size_t>(&operation - operations::all);
+    return types[fixed_count + callback_places.of_operation[place]];
 }
 
 void joinPointerTypes(lua_State *L) {

@@ -15,9 +15,6 @@ enum class PointerTypeId : unsigned char {
 #include "lua/pointer_types.def"
 };
 
-/// Makes the records when the process first needs them. False when memory runs out. Goes before everything else here.
-bool preparePointerTypes() noexcept;
-
 PointerType const &pointerType(PointerTypeId id);
 
 /// The type of the callbacks of an operation; operations with results of the same kinds share it.

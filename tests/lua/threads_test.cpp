@@ -36,7 +36,6 @@ void together(Code const &code) {
 
 }  // namespace
 
-// Stands first, so that it sees the types being made.
 TEST(Threads, OpenTheModuleAtTheSameTime) {
     std::atomic<int> opened{0};
     together([&](int) {
