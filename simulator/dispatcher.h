@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "operations/protocol.h"
 #include "simulator/command.h"
 #include "simulator/engine.h"
 #include "simulator/faults.h"
@@ -18,7 +19,7 @@ namespace simulator {
 class Dispatcher {
   public:
     struct Settings {
-        handlers::Version version{1, 19};
+        handlers::Version version{protocol::major_version, protocol::minor_version};
         Faults faults{};
     };
 

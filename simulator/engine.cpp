@@ -55,7 +55,7 @@ EngineState::EngineState(Catalogue kept, Time now) : catalogue(std::move(kept)) 
 void EngineState::restartTrigger(std::uint32_t trigger_id, Time now) {
     forgetTrigger(trigger_id);
     Catalogue::Entry const &trigger = catalogue.at(Table::triggers, trigger_id);
-    if (trigger.kind->type == reoccurring_timer) {
+    if (trigger.kind->type == protocol::reoccurring_timer) {
         deadlines_.repeat(trigger_id, now,
                           std::chrono::seconds(setting<std::uint32_t>(trigger, "timer_seconds")));
     }
@@ -74,7 +74,7 @@ void EngineState::inject(onvif::Event const &event, Time now) {
     }
     Cause const cause = causeOf(event);
     for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
-        if (trigger.kind->type == reoccurring_timer) {
+        if (trigger.kind->type == protocol::reoccurring_timer) {
             continue;
         }
         onvif::Namespaces const namespaces{setting<Texts>(trigger, "namespace_keys"),
@@ -83,7 +83,7 @@ void EngineState::inject(onvif::Event const &event, Time now) {
             continue;
         }
         bool const fits = onvif::contentMatches(setting<std::string>(trigger, "content_filter"), event);
-        if (trigger.kind->type == onvif_event) {
+        if (trigger.kind->type == protocol::onvif_event) {
             if (fits) {
                 fired_.push_back({trigger_id, cause});
             }
@@ -186,10 +186,10 @@ std::optional<Job> Engine::prepare(Run const &run) {
 void Engine::publish(Job const &job, bool success) {
     std::string event;
     JsonWriter writer(event);
-    writer.text("event", "Action_completed");
-    writer.number("action_id", job.action_id);
-    writer.text("action_name", job.name());
-    writer.flag("success", success);
+    writer.text("event", protocol::action_completed::event);
+    writer.number(protocol::action_completed::action_id, job.action_id);
+    writer.text(protocol::action_completed::action_name, job.name());
+    writer.flag(protocol::action_completed::success, success);
     writer.close();
     surroundings_.publish(event);
 }

@@ -10,7 +10,6 @@ namespace simulator {
 
 namespace {
 
-constexpr std::uint32_t any_weekday = 127;
 constexpr std::uint32_t day_seconds = 24 * 60 * 60;
 
 bool fits(std::uint32_t weekdays, std::uint32_t start, std::uint32_t end, LocalTime now) {
@@ -44,7 +43,8 @@ bool mayRun(Values const &filters, LocalTime now) {
         return n < list.size() ? list[n] : otherwise;
     };
     for (std::size_t n = 0; n < count; ++n) {
-        if (fits(entry(weekdays, n, any_weekday), entry(starts, n, 0), entry(ends, n, day_seconds), now)) {
+        if (fits(entry(weekdays, n, protocol::every_weekday), entry(starts, n, 0),
+                 entry(ends, n, day_seconds), now)) {
             return true;
         }
     }

@@ -9,6 +9,7 @@
 #include <iterator>
 
 #include "operations/operations.h"
+#include "operations/protocol.h"
 
 namespace simulator {
 
@@ -21,46 +22,26 @@ struct EntryKind {
     operations::Index modify;
 };
 
-enum ActionType : std::uint32_t {
-    send_email = 0,
-    ftp_upload = 1,
-    save_snapshot = 2,
-    ptz_pattern = 3,
-    ptz_preset = 4,
-    // On purpose: the tour's type comes before the scan's, unlike in every other list. Callers rely on the values.
-    ptz_tour = 5,
-    ptz_scan = 6,
-    run_wiper = 7,
-    run_washer = 8,
-    switch_relay = 9,
-};
-
-enum TriggerType : std::uint32_t {
-    onvif_event = 0,
-    reoccurring_timer = 1,
-    stable_onvif_event = 2,
-};
-
 #define KIND(noun, operation) \
     noun, operations::create_##operation, operations::get_##operation, operations::modify_##operation
 
 inline constexpr EntryKind action_kinds[] = {
-    {send_email, KIND("e-mail action", email_action)},
-    {ftp_upload, KIND("FTP action", ftp_action)},
-    {save_snapshot, KIND("snapshot action", snapshot_action)},
-    {ptz_pattern, KIND("PTZ pattern action", ptz_pattern_action)},
-    {ptz_preset, KIND("PTZ preset action", ptz_preset_action)},
-    {ptz_tour, KIND("PTZ tour action", ptz_tour_action)},
-    {ptz_scan, KIND("PTZ scan action", ptz_scan_action)},
-    {run_wiper, KIND("wiper action", wiper_action)},
-    {run_washer, KIND("washer action", washer_action)},
-    {switch_relay, KIND("relay action", relay_action)},
+    {protocol::send_email, KIND("e-mail action", email_action)},
+    {protocol::ftp_upload, KIND("FTP action", ftp_action)},
+    {protocol::save_snapshot, KIND("snapshot action", snapshot_action)},
+    {protocol::ptz_pattern, KIND("PTZ pattern action", ptz_pattern_action)},
+    {protocol::ptz_preset, KIND("PTZ preset action", ptz_preset_action)},
+    {protocol::ptz_tour, KIND("PTZ tour action", ptz_tour_action)},
+    {protocol::ptz_scan, KIND("PTZ scan action", ptz_scan_action)},
+    {protocol::run_wiper, KIND("wiper action", wiper_action)},
+    {protocol::run_washer, KIND("washer action", washer_action)},
+    {protocol::switch_relay, KIND("relay action", relay_action)},
 };
 
 inline constexpr EntryKind trigger_kinds[] = {
-    {onvif_event, KIND("ONVIF trigger", onvif_trigger)},
-    {reoccurring_timer, KIND("timer trigger", timer_trigger)},
-    {stable_onvif_event, KIND("stable ONVIF trigger", stable_onvif_trigger)},
+    {protocol::onvif_event, KIND("ONVIF trigger", onvif_trigger)},
+    {protocol::reoccurring_timer, KIND("timer trigger", timer_trigger)},
+    {protocol::stable_onvif_event, KIND("stable ONVIF trigger", stable_onvif_trigger)},
 };
 
 #undef KIND

@@ -40,7 +40,7 @@ class Core {
 
 class CoreLogging {
   public:
-    CoreLogging() { check(korvo_core_logging_init("action_engine", &handle_), "cannot open the log"); }
+    CoreLogging() { check(korvo_core_logging_init(protocol::service, &handle_), "cannot open the log"); }
     ~CoreLogging() { (void)korvo_core_logging_deinit(handle_); }
     CoreLogging(CoreLogging const &) = delete;
     CoreLogging &operator=(CoreLogging const &) = delete;

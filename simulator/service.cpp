@@ -7,12 +7,12 @@
 #include <utility>
 
 #include "korvo_core.h"
+#include "operations/protocol.h"
 
 namespace simulator {
 
 namespace {
 
-constexpr char const *service_name = "action_engine";
 constexpr char const *process_name = "korvo-action-engine-simulator";
 
 /// So many answers are held back at a time; further ones are left out, so that a flood stays bounded.
@@ -29,7 +29,7 @@ Service::Service(boost::asio::io_context &io, void *logging, std::string const &
       dispatcher_(engine_, answers, log) {
     char const *const target_text = target.empty() ? nullptr : target.c_str();
     korvo_core_status status =
-        korvo_core_ipc_target_init(logging, service_name, target_text, process_name, &messaging_);
+        korvo_core_ipc_target_init(logging, protocol::service, target_text, process_name, &messaging_);
     if (status == KORVO_CORE_STATUS_NO_ERROR) {
         status = korvo_core_ipc_target_command_receive_callback(messaging_, onCommand, this);
         if (status != KORVO_CORE_STATUS_NO_ERROR) {
@@ -37,7 +37,7 @@ Service::Service(boost::asio::io_context &io, void *logging, std::string const &
         }
     }
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
-        throw std::runtime_error(std::string("cannot listen as \"") + service_name + "\", target \"" +
+        throw std::runtime_error(std::string("cannot listen as \"") + protocol::service + "\", target \"" +
                                  target + "\": " + korvo_core_status_to_string(status) +
                                  ". The log says more; is there another one with this target already?");
     }

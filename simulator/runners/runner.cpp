@@ -33,25 +33,25 @@ bool Runner::run(Job const &job) noexcept {
 
 std::string Runner::perform(Job const &job) {
     switch (job.kind->type) {
-        case send_email:
+        case protocol::send_email:
             return sendEmail(job);
-        case ftp_upload:
+        case protocol::ftp_upload:
             return upload(job);
-        case save_snapshot:
+        case protocol::save_snapshot:
             return saveSnapshot(job);
-        case ptz_pattern:
+        case protocol::ptz_pattern:
             return moveHead(job, "pattern", "pattern_id");
-        case ptz_preset:
+        case protocol::ptz_preset:
             return moveHead(job, "preset", "preset_id");
-        case ptz_tour:
+        case protocol::ptz_tour:
             return moveHead(job, "tour", "tour_id");
-        case ptz_scan:
+        case protocol::ptz_scan:
             return moveHead(job, "scan", "scan_id");
-        case run_wiper:
+        case protocol::run_wiper:
             return "the wiper ran";
-        case run_washer:
+        case protocol::run_washer:
             return "the washer ran";
-        case switch_relay:
+        case protocol::switch_relay:
             return switchRelay(job);
         default:
             throw std::runtime_error("there is nothing to do for type " + std::to_string(job.kind->type));

@@ -5,7 +5,7 @@
 
 #include "frame/function_name.h"
 #include "frame/initiator.h"
-#include "frame/protocol.h"
+#include "operations/protocol.h"
 
 using operations::Kind;
 using operations::Member;

@@ -3,12 +3,18 @@
 
 #include "frame/initiator.h"
 #include "korvo_api_action_engine.h"
+#include "operations/protocol.h"
+
+namespace action_completed = protocol::action_completed;
 
 void IAction_engineInitiator::action_engineAction_completed(char const *source, json::Object const &payload) {
     try {
-        unsigned int const action_id = json::ToUnsigned(payload["action_id"].CastTo<json::Number>().value());
-        std::string const &action_name = payload["action_name"].CastTo<json::String>().value();
-        unsigned char const success = payload["success"].CastTo<json::Boolean>().value() ? 1 : 0;
+        unsigned int const action_id =
+            json::ToUnsigned(payload[action_completed::action_id].CastTo<json::Number>().value());
+        std::string const &action_name =
+            payload[action_completed::action_name].CastTo<json::String>().value();
+        unsigned char const success =
+            payload[action_completed::success].CastTo<json::Boolean>().value() ? 1 : 0;
 
         MutexLock const lock(event_handlers_mutex_);
         for (auto const &[handler, context] : event_handlers_) {

@@ -5,6 +5,7 @@
 #include "frame/call_forms.h"
 #include "frame/initiator.h"
 #include "korvo_api_action_engine.h"
+#include "operations/protocol.h"
 
 namespace {
 
@@ -15,6 +16,26 @@ IAction_engineInitiator &initiatorOf(void *handle) {
 int timeoutOf(unsigned char block) {
     return block != 0 ? call_forms::default_timeout : 0;
 }
+
+// The public header names the protocol's values for people.
+constexpr bool same(std::uint32_t value, std::uint32_t value_in_header) {
+    return value == value_in_header;
+}
+static_assert(same(protocol::send_email, kSendEmailAction));
+static_assert(same(protocol::ftp_upload, kFtpUploadAction));
+static_assert(same(protocol::save_snapshot, kSaveSnapshotAction));
+static_assert(same(protocol::ptz_pattern, kPtzPatternAction));
+static_assert(same(protocol::ptz_preset, kPtzPresetAction));
+static_assert(same(protocol::ptz_tour, kPtzTourAction));
+static_assert(same(protocol::ptz_scan, kPtzScanAction));
+static_assert(same(protocol::run_wiper, kWiperAction));
+static_assert(same(protocol::run_washer, kWasherAction));
+static_assert(same(protocol::switch_relay, kRelayAction));
+static_assert(same(protocol::onvif_event, kOnvifEventTrigger));
+static_assert(same(protocol::reoccurring_timer, kReoccurringTimerTrigger));
+static_assert(same(protocol::stable_onvif_event, kStableOnvifEventTrigger));
+static_assert(same(protocol::every_weekday,
+                   kSunday | kMonday | kTuesday | kWednesday | kThursday | kFriday | kSaturday));
 
 }  // namespace
 

@@ -5,12 +5,19 @@
 
 #include "frame/function_name.h"
 #include "frame/messaging_entries.h"
-#include "frame/protocol.h"
+#include "operations/protocol.h"
+
+namespace {
+
+/// The bound that the shared messaging code gets for its bookkeeping.
+constexpr unsigned int bookkeeping_count = 10;
+
+}  // namespace
 
 IAction_engineInitiator::IAction_engineInitiator(void *messaging_handle, void *logging_handle,
                                                  unsigned char subscribe_events, char const *initiator_name)
     : korvoInitiatorInterfaces(messaging_handle, logging_handle, protocol::major_version,
-                               protocol::minor_version, initiator_name, protocol::bookkeeping_count) {
+                               protocol::minor_version, initiator_name, bookkeeping_count) {
     try {
         initializeMethodStructures();
         initializeEventStructures(subscribe_events);
@@ -44,7 +51,7 @@ void IAction_engineInitiator::initializeEventStructures(unsigned char subscribe_
         return;
     }
     // Before the messaging layer knows the object: it may deliver at once, on a thread of its own.
-    events_ = {{"Action_completed", &IAction_engineInitiator::action_engineAction_completed}};
+    events_ = {{protocol::action_completed::event, &IAction_engineInitiator::action_engineAction_completed}};
 
     auto const require = [this](korvo_core_status status, char const *failure) {
         if (status != KORVO_CORE_STATUS_NO_ERROR) {

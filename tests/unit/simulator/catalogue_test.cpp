@@ -176,10 +176,10 @@ TEST(Catalogue, IsBounded) {
     Store store("");
     Catalogue catalogue(store);
     for (std::size_t n = 0; n < 50'000; ++n) {
-        catalogue.create(Catalogue::Table::triggers, trigger_kinds[reoccurring_timer],
+        catalogue.create(Catalogue::Table::triggers, trigger_kinds[protocol::reoccurring_timer],
                          {std::string("t"), 0U});
     }
-    EXPECT_THROW(catalogue.create(Catalogue::Table::triggers, trigger_kinds[reoccurring_timer],
+    EXPECT_THROW(catalogue.create(Catalogue::Table::triggers, trigger_kinds[protocol::reoccurring_timer],
                                   {std::string("t"), 0U}),
                  Refused);
     EXPECT_EQ(catalogue.entries(Catalogue::Table::triggers).size(), 50'000U);

@@ -29,7 +29,7 @@ struct Mail {
     std::string compose(std::string const &jpeg = "") const {
         Job const job{
             7,
-            &action_kinds[send_email],
+            &action_kinds[protocol::send_email],
             {std::string("name"), std::string("smtp.x"), to, cc, from, subject, body, picture, event},
             "Trigger 1 fired.\nTopic: t\nMessage: m\n"};
         return composeMail(job, jpeg, date);

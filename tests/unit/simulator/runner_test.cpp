@@ -22,7 +22,7 @@ using testing::IsEmpty;
 
 class RunnerTest : public testing::Test {
   protected:
-    bool run(ActionType type, Values settings) {
+    bool run(protocol::ActionType type, Values settings) {
         return runner.run(Job{7, &action_kinds[type], std::move(settings), "Trigger 1 fired.\n"});
     }
     /// The only line of the log.
@@ -37,14 +37,14 @@ class RunnerTest : public testing::Test {
 }  // namespace
 
 TEST_F(RunnerTest, ASnapshotIsAFileInItsFolder) {
-    EXPECT_TRUE(run(save_snapshot, {std::string("door"), std::string("door.jpg")}));
+    EXPECT_TRUE(run(protocol::save_snapshot, {std::string("door"), std::string("door.jpg")}));
     EXPECT_THAT(snapshots.names(), ElementsAre("door.jpg"));
     EXPECT_EQ(readFile(snapshots / "door.jpg").substr(0, 3), "\xff\xd8\xff");
     EXPECT_EQ(line(), "5 snapshot action 7 \"door\": picture saved as \"door.jpg\"");
 }
 
 TEST_F(RunnerTest, ASnapshotWithAHostileNameFailsAndSaysWhy) {
-    EXPECT_FALSE(run(save_snapshot, {std::string("door"), std::string("../door.jpg")}));
+    EXPECT_FALSE(run(protocol::save_snapshot, {std::string("door"), std::string("../door.jpg")}));
     EXPECT_THAT(snapshots.names(), IsEmpty());
     EXPECT_EQ(line(),
               "4 snapshot action 7 \"door\" failed: the file name \"../door.jpg\" is refused: it has a "
@@ -54,11 +54,11 @@ TEST_F(RunnerTest, ASnapshotWithAHostileNameFailsAndSaysWhy) {
 
 TEST_F(RunnerTest, EachPtzKindMovesTheHeadAndLogsThePosition) {
     struct Case {
-        ActionType type;
+        protocol::ActionType type;
         char const *kind;
     };
-    for (Case const &one : {Case{ptz_pattern, "pattern"}, Case{ptz_preset, "preset"}, Case{ptz_scan, "scan"},
-                            Case{ptz_tour, "tour"}}) {
+    for (Case const &one : {Case{protocol::ptz_pattern, "pattern"}, Case{protocol::ptz_preset, "preset"},
+                            Case{protocol::ptz_scan, "scan"}, Case{protocol::ptz_tour, "tour"}}) {
         log.lines.clear();
         EXPECT_TRUE(run(one.type, {std::string("n"), std::string("12")}));
         Position const expected = positionOf(one.kind, "12");
@@ -74,9 +74,10 @@ TEST_F(RunnerTest, EachPtzKindMovesTheHeadAndLogsThePosition) {
 }
 
 TEST_F(RunnerTest, WiperWasherAndRelayAreLogged) {
-    EXPECT_TRUE(run(run_wiper, {std::string("n")}));
-    EXPECT_TRUE(run(run_washer, {std::string("n")}));
-    EXPECT_TRUE(run(switch_relay, {std::string("n"), std::string("gate"), 2U, true, 3U, 500U, 250U}));
+    EXPECT_TRUE(run(protocol::run_wiper, {std::string("n")}));
+    EXPECT_TRUE(run(protocol::run_washer, {std::string("n")}));
+    EXPECT_TRUE(
+        run(protocol::switch_relay, {std::string("n"), std::string("gate"), 2U, true, 3U, 500U, 250U}));
     EXPECT_THAT(
         log.lines,
         ElementsAre(
@@ -89,8 +90,8 @@ TEST_F(RunnerTest, AMailIsAFileInTheOutbox) {
     Values const settings = {
         std::string("n"),       std::string("smtp"), Texts{"to@x"}, Texts{}, std::string("from@x"),
         std::string("subject"), std::string("body"), true,          true};
-    EXPECT_TRUE(run(send_email, settings));
-    EXPECT_TRUE(run(send_email, settings));
+    EXPECT_TRUE(run(protocol::send_email, settings));
+    EXPECT_TRUE(run(protocol::send_email, settings));
     ASSERT_EQ(outbox.names().size(), 2U);
     std::string const name = outbox.names()[0];
     EXPECT_THAT(name, testing::MatchesRegex("mail-7-[0-9]+T[0-9]+.[0-9]+Z-1.eml"));
@@ -99,15 +100,17 @@ TEST_F(RunnerTest, AMailIsAFileInTheOutbox) {
 }
 
 TEST_F(RunnerTest, AMailToNobodyFails) {
-    EXPECT_FALSE(run(send_email, {std::string("n"), std::string("smtp"), Texts{}, Texts{},
-                                  std::string("from@x"), std::string("s"), std::string("b"), false, false}));
+    EXPECT_FALSE(
+        run(protocol::send_email, {std::string("n"), std::string("smtp"), Texts{}, Texts{},
+                                   std::string("from@x"), std::string("s"), std::string("b"), false, false}));
     EXPECT_THAT(outbox.names(), IsEmpty());
     EXPECT_EQ(line(), "4 e-mail action 7 \"n\" failed: the mail has no recipient");
 }
 
 TEST_F(RunnerTest, AnUploadIsAPictureInTheOutboxAndItsPasswordInNoLog) {
-    EXPECT_TRUE(run(ftp_upload, {std::string("n"), std::string("server"), std::string("user"),
-                                 std::string("secret"), std::string("/in"), std::string("../../x.jpg")}));
+    EXPECT_TRUE(
+        run(protocol::ftp_upload, {std::string("n"), std::string("server"), std::string("user"),
+                                   std::string("secret"), std::string("/in"), std::string("../../x.jpg")}));
     ASSERT_EQ(outbox.names().size(), 1U);
     EXPECT_EQ(readFile(outbox / outbox.names()[0]).substr(0, 3), "\xff\xd8\xff");
     EXPECT_THAT(line(), HasSubstr("picture for \"../../x.jpg\" in \"/in\" on \"server\" (as \"user\")"));
@@ -115,10 +118,10 @@ TEST_F(RunnerTest, AnUploadIsAPictureInTheOutboxAndItsPasswordInNoLog) {
 }
 
 TEST_F(RunnerTest, AnUploadWithoutServerOrFileFails) {
-    EXPECT_FALSE(run(ftp_upload, {std::string("n"), std::string(), std::string(), std::string(),
-                                  std::string(), std::string("a")}));
-    EXPECT_FALSE(run(ftp_upload, {std::string("n"), std::string("s"), std::string(), std::string(),
-                                  std::string(), std::string()}));
+    EXPECT_FALSE(run(protocol::ftp_upload, {std::string("n"), std::string(), std::string(), std::string(),
+                                            std::string(), std::string("a")}));
+    EXPECT_FALSE(run(protocol::ftp_upload, {std::string("n"), std::string("s"), std::string(), std::string(),
+                                            std::string(), std::string()}));
     EXPECT_THAT(outbox.names(), IsEmpty());
 }
 
