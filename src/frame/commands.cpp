@@ -34,6 +34,16 @@ korvo_core_status IAction_engineInitiator::sendCommand(Operation const &operatio
 korvo_core_status IAction_engineInitiator::receiveResponse(Operation const &operation, char const *target,
                                                            int timeout, void *request_id,
                                                            std::initializer_list<OutPointer> outs) {
+    korvo_core_status const status = readResponse(operation, target, timeout, request_id, outs);
+    if (status == KORVO_CORE_STATUS_NO_ERROR) {
+        std::free(request_id);
+    }
+    return status;
+}
+
+korvo_core_status IAction_engineInitiator::readResponse(Operation const &operation, char const *target,
+                                                        int timeout, void const *request_id,
+                                                        std::initializer_list<OutPointer> outs) {
     json::Object response;
     korvo_core_status status =
         basicReceiveResponse(timeout, protocol::service, target, static_cast<char const *>(request_id),
@@ -52,6 +62,5 @@ korvo_core_status IAction_engineInitiator::receiveResponse(Operation const &oper
         }
         ++member;
     }
-    std::free(request_id);
     return KORVO_CORE_STATUS_NO_ERROR;
 }

@@ -46,8 +46,8 @@ template <typename... Parameters>
 struct CallbackWith {
     using Type = void (*)(char *target, korvo_core_status status, Parameters... results, void *context);
 
-    static void deliver(IAction_engineInitiator &, AnyCallback callback, char *target,
-                        korvo_core_status status, Result const *results, void *context) {
+    static void deliver(AnyCallback callback, char *target, korvo_core_status status, Result const *results,
+                        void *context) {
         call(callback, target, status, results, context, std::index_sequence_for<Parameters...>());
     }
 

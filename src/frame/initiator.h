@@ -26,8 +26,8 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
     using EventHandler = korvo_api_action_engine_action_completed_event_callback_func_ptr;
 
     /// Calls a method's callback, whose signature it knows, with the results of a response.
-    using Deliver = void (*)(IAction_engineInitiator &initiator, AnyCallback callback, char *target,
-                             korvo_core_status status, Result const *results, void *context);
+    using Deliver = void (*)(AnyCallback callback, char *target, korvo_core_status status,
+                             Result const *results, void *context);
 
     /// Throws, after logging the reason, when messaging cannot be opened or events cannot be subscribed to.
     IAction_engineInitiator(void *messaging_handle, void *logging_handle, unsigned char subscribe_events,
@@ -79,6 +79,9 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
                                   char const *request_id, std::initializer_list<Input> inputs);
     korvo_core_status receiveResponse(operations::Operation const &operation, char const *target, int timeout,
                                       void *request_id, std::initializer_list<OutPointer> outs);
+    /// The same without freeing the identifier.
+    korvo_core_status readResponse(operations::Operation const &operation, char const *target, int timeout,
+                                   void const *request_id, std::initializer_list<OutPointer> outs);
     void handleResponse(operations::Operation const &operation, AnyCallbackRegistry &registry, char *target,
                         char *request_id, json::Object const &response, Deliver deliver) noexcept;
     void deliverResponse(operations::Operation const &operation, AnyCallbackRegistry &registry, char *target,

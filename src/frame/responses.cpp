@@ -104,11 +104,16 @@ void IAction_engineInitiator::deliverResponse(Operation const &operation, AnyCal
         }
     }
 
+    // The one answer that is of interest to the library itself, whether or not anybody is called.
+    if (&operation == &operations::version_query && status == KORVO_CORE_STATUS_NO_ERROR) {
+        reportVersionMismatch(results[0].number, results[1].number);
+    }
+
     auto const [callback, context] = *entry;
     if (callback == nullptr) {
         // A caller may send without caring for the answer; then nobody else would free the texts.
         results.freeTexts();
         return;
     }
-    deliver(*this, callback, target, status, results.data(), context);
+    deliver(callback, target, status, results.data(), context);
 }

@@ -2,12 +2,11 @@
 // The version handshake: the members and the five call forms of the one method that fills in its own inputs and
 // looks at its results.
 
-#include "frame/call_forms.h"
+#include <cstdlib>
+
 #include "frame/deliver.h"
 #include "frame/initiator.h"
 #include "operations/operations.h"
-
-using VersionCallback = CallbackWith<unsigned int, unsigned int>;
 
 korvo_core_status IAction_engineInitiator::action_engine___get_target_version___utility_send(
     char const *target, char *request_id) {
@@ -18,14 +17,11 @@ korvo_core_status IAction_engineInitiator::action_engine___get_target_version___
     char const *target, int timeout, void *request_id, unsigned int *target_major,
     unsigned int *target_minor) {
     korvo_core_status const status =
-        receiveResponse(operations::version_query, target, timeout, request_id, {target_major, target_minor});
+        readResponse(operations::version_query, target, timeout, request_id, {target_major, target_minor});
     if (status == KORVO_CORE_STATUS_NO_ERROR) {
-        try {
-            reportVersionMismatch(*target_major, *target_minor);
-        } catch (...) {
-            // The request identifier is freed already: the call has succeeded, and a line more or less in the log
-            // must not turn it into a failure, after which the caller would free the identifier again.
-        }
+        reportVersionMismatch(*target_major, *target_minor);
+        // Last of all: the log may throw, and after a failure the identifier is still the caller's to free.
+        std::free(request_id);
     }
     return status;
 }
@@ -33,14 +29,7 @@ korvo_core_status IAction_engineInitiator::action_engine___get_target_version___
 void IAction_engineInitiator::action_engine__get_target_version__Callback(char *target, char *request_id,
                                                                           json::Object const &response) {
     handleResponse(operations::version_query, __get_target_version___callbacks, target, request_id, response,
-                   [](IAction_engineInitiator &initiator, AnyCallback callback, char *response_target,
-                      korvo_core_status status, Result const *results, void *context) {
-                       if (status == KORVO_CORE_STATUS_NO_ERROR) {
-                           initiator.reportVersionMismatch(results[0].number, results[1].number);
-                       }
-                       VersionCallback::deliver(initiator, callback, response_target, status, results,
-                                                context);
-                   });
+                   &CallbackWith<unsigned int, unsigned int>::deliver);
 }
 
 void IAction_engineInitiator::reportVersionMismatch(unsigned int target_major, unsigned int target_minor) {

@@ -251,14 +251,16 @@ TEST_P(VersionQueryReading, PassesStatusesThroughAndWritesNothing) {
     EXPECT_EQ(minor_, 78U);
 }
 
-TEST_P(VersionQueryReading, SucceedsAndFreesTheIdentifierOnceWhenTheLogThrows) {
+TEST_P(VersionQueryReading, EndsIn4AndLeavesTheIdentifierToOneOwnerWhenTheLogThrows) {
     for (fake_platform::Throw const exception : exceptions()) {
         Client const client;
         fake_platform::respond(response(1, 20));
         fake_platform::arrange(Function::log, exception);
         bool identifier_freed = false;
-        EXPECT_EQ(call(client, identifier_freed), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_TRUE(identifier_freed);
+        EXPECT_EQ(call(client, identifier_freed), KORVO_CORE_STATUS_IPC_FAILED);
+        // As after every failure: whoever made the identifier still has it, and frees it once.
+        EXPECT_EQ(identifier_freed, freedOnFailure());
+        EXPECT_EQ(major_, 1U);
         EXPECT_EQ(minor_, 20U);
     }
 }
@@ -299,6 +301,23 @@ TEST_F(VersionQuery, CallsBackWithTheVersionsAfterLoggingAMismatch) {
         EXPECT_EQ(context.calls[0].status, KORVO_CORE_STATUS_NO_ERROR);
         EXPECT_EQ(context.calls[0].major, reading.major);
         EXPECT_EQ(context.calls[0].minor, reading.minor);
+        EXPECT_EQ(fake_platform::logLines(), reading.line.empty() ? std::vector<fake_platform::LogLine>()
+                                                                  : client.onlyError(mismatch(reading.line)));
+    }
+}
+
+TEST_F(VersionQuery, LogsAMismatchAlsoWhenNobodyIsCalledBack) {
+    for (Reading const &reading : readings()) {
+        Client const client;
+        EXPECT_EQ(korvo_api_action_engine___get_target_version___send_async(client.handle(), sample_target,
+                                                                            nullptr, nullptr),
+                  KORVO_CORE_STATUS_NO_ERROR);
+        std::string const request_id =
+            fake_platform::calls(Function::send_command).back().request_id.value_or("");
+        fake_platform::deliverResponse("answering", request_id,
+                                       with(reading.response, "status", json::Number(9)));
+        EXPECT_TRUE(fake_platform::logLines().empty());
+        fake_platform::deliverResponse("answering", request_id, reading.response);
         EXPECT_EQ(fake_platform::logLines(), reading.line.empty() ? std::vector<fake_platform::LogLine>()
                                                                   : client.onlyError(mismatch(reading.line)));
     }
