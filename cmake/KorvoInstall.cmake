@@ -49,6 +49,9 @@ install(FILES
   ${PROJECT_BINARY_DIR}/korvo-api-action-engine-config-version.cmake
   DESTINATION ${KORVO_CMAKE_DIR} COMPONENT development)
 
+if(KORVO_STRING_DEFINITION)
+  set(KORVO_STRING_FLAG " -D${KORVO_STRING_DEFINITION}")
+endif()
 configure_file(cmake/korvo-api-action-engine.pc.in ${PROJECT_BINARY_DIR}/korvo-api-action-engine.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/korvo-api-action-engine.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

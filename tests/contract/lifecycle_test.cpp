@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Making and ending a client handle.
 
+#include <sys/random.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <memory>
 
 #include "client_test.h"
@@ -30,7 +35,19 @@ std::vector<Function> functionsCalled() {
 using Functions = std::vector<Function>;
 using Lines = std::vector<LogLine>;
 
+bool is_without_entropy = false;
+
 }  // namespace
+
+// In place of the C library's, for the client library.
+extern "C" __attribute__((visibility("default"))) ssize_t getrandom(void *buffer, size_t size,
+                                                                    unsigned int flags) {
+    if (is_without_entropy) {
+        errno = EIO;
+        return -1;
+    }
+    return syscall(SYS_getrandom, buffer, size, flags);
+}
 
 class Lifecycle : public testing::Test {
   protected:
@@ -123,6 +140,21 @@ TEST_F(Lifecycle, InitGivesStatus2AndTheReasonWhenMessagingCannotBeOpened) {
                                   std::to_string(status) + ")"}}));
         });
     }
+}
+
+TEST_F(Lifecycle, InitGivesStatus2AndTheReasonWhenThereIsNoEntropy) {
+    expectLeftBehind({}, [&] {
+        fake_platform::script();
+        is_without_entropy = true;
+        EXPECT_EQ(init(nullptr, 1), KORVO_CORE_STATUS_ALLOC_FAILED);
+        is_without_entropy = false;
+        EXPECT_EQ(handle_, sentinel);
+        EXPECT_EQ(functionsCalled(), Functions{});
+        EXPECT_EQ(
+            fake_platform::logLines(),
+            (Lines{{logging, 3,
+                    "korvoInterfaces: cannot make request identifiers: no entropy: Input/output error"}}));
+    });
 }
 
 TEST_F(Lifecycle, InitGivesStatus2AndClosesMessagingWhenEventsAreRefused) {

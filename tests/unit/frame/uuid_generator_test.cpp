@@ -12,7 +12,7 @@
 
 namespace {
 
-std::string generate(UuidGenerator const &generator) {
+std::string generate(UuidGenerator &generator) {
     char *const text = generator.generate();
     std::string const copy = text;
     std::free(text);
@@ -39,7 +39,7 @@ bool isVersion4(std::string const &text) {
 }  // namespace
 
 TEST(Identifiers, AreVersion4UuidsInLowerCase) {
-    UuidGenerator const generator;
+    UuidGenerator generator;
     for (int round = 0; round < 1000; ++round) {
         std::string const text = generate(generator);
         EXPECT_TRUE(isVersion4(text)) << text;
@@ -47,7 +47,7 @@ TEST(Identifiers, AreVersion4UuidsInLowerCase) {
 }
 
 TEST(Identifiers, UseEveryDigitInEveryFreePlace) {
-    UuidGenerator const generator;
+    UuidGenerator generator;
     std::vector<std::set<char>> seen(36);
     for (int round = 0; round < 2000; ++round) {
         std::string const text = generate(generator);
@@ -65,7 +65,7 @@ TEST(Identifiers, UseEveryDigitInEveryFreePlace) {
 }
 
 TEST(Identifiers, AreUniqueWhenThreadsShareAGenerator) {
-    UuidGenerator const generator;
+    UuidGenerator generator;
     constexpr std::size_t thread_count = 8;
     constexpr std::size_t each = 10000;
     std::vector<std::vector<std::string>> made(thread_count);
@@ -94,7 +94,7 @@ TEST(Identifiers, AreUniqueWhenThreadsShareAGenerator) {
 TEST(Identifiers, DifferBetweenGenerators) {
     std::set<std::string> all;
     for (int round = 0; round < 50; ++round) {
-        UuidGenerator const generator;
+        UuidGenerator generator;
         all.insert(generate(generator));
     }
     EXPECT_EQ(all.size(), 50U);
