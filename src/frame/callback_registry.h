@@ -2,9 +2,10 @@
 #ifndef KORVO_FRAME_CALLBACK_REGISTRY_H
 #define KORVO_FRAME_CALLBACK_REGISTRY_H
 
+#include <cstddef>
 #include <map>
-#include <string>
 #include <utility>
+#include <vector>
 
 #include "frame/mutex.h"
 
@@ -12,7 +13,7 @@
 using AnyCallback = void (*)();
 
 /// The pending asynchronous calls of one method: request identifier to callback and context, in the order of the
-/// identifiers' texts. Entries leave only through cancel().
+/// identifiers' texts. Entries leave only through cancel(), so there may be millions.
 class AnyCallbackRegistry {
   public:
     using Entry = std::pair<AnyCallback, void *>;
@@ -20,18 +21,46 @@ class AnyCallbackRegistry {
     /// Guards the entries, and is held while a callback of the method runs.
     Mutex &mutex() KORVO_THREAD_ATTRIBUTE(lock_returned(mutex_)) { return mutex_; }
 
-    /// The entry of the identifier, or NULL.
+    /// The entry of the identifier, or NULL. Valid until the next insert() or cancel().
     Entry const *find(char const *request_id) const KORVO_REQUIRES(mutex_);
 
-    /// Adds an entry, or replaces the one with the same identifier.
+    /// Adds an entry, or replaces the one with the same identifier. Throws std::bad_alloc, and std::length_error for
+    /// an identifier that is longer than a UUID's text.
     void insert(char const *request_id, AnyCallback callback, void *context) KORVO_REQUIRES(mutex_);
 
-    /// Erases the entry that follows each entry with this callback and context, as long as erased entries match
-    /// themselves. An entry that matches and is not such a follower stays.
+    /// Erases the entry that follows each entry with this callback and context, whether that one is erased too or
+    /// not. An entry that matches and is not such a follower stays.
     void cancel(AnyCallback callback, void *context) KORVO_REQUIRES(mutex_);
 
   private:
-    std::map<std::string, Entry> entries_ KORVO_GUARDED_BY(mutex_);
+    /// An identifier's text, filled up with zeros, which keeps the order of texts.
+    struct Key {
+        static constexpr std::size_t size = 36;
+
+        char text[size];
+
+        /// False for a text that is too long to be an identifier.
+        bool set(char const *request_id);
+        bool operator<(Key const &other) const;
+    };
+
+    struct Item {
+        Key key;
+        Entry entry;
+    };
+
+    // Entries stand in order in blocks of moderate size, since a walk along a million nodes waits for memory at each.
+    // Each block holds the keys from its own in the map to the next one's; the first one's own is empty.
+    using Block = std::vector<Item>;
+    using Blocks = std::map<Key, Block>;
+
+    /// Where the key is or belongs, for constant containers and others; there is a block.
+    template <typename AnyBlocks>
+    static auto blockOf(AnyBlocks &blocks, Key const &key);
+    template <typename AnyBlock>
+    static auto placeIn(AnyBlock &block, Key const &key);
+
+    Blocks blocks_ KORVO_GUARDED_BY(mutex_);
     Mutex mutex_;
 };
 

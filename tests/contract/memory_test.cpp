@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Memory that runs out at every place of a call in turn.
 
+#include <algorithm>
+
 #include "client_test.h"
 
 using fake_platform::Function;
@@ -99,7 +101,11 @@ TEST_P(MemoryRunsOutForAResponse, MakesNoCallAndKeepsTheRegistration) {
         }
         EXPECT_FALSE(failed);
         EXPECT_EQ(context.calls.size(), 1U);
-        EXPECT_GT(lines, 0U) << "no failure was inside the library";
+        // Numbers and flags reach a callback without a single allocation; nothing of the library's can fail then.
+        bool const allocates = std::any_of(
+            expected().results.begin(), expected().results.end(),
+            [](Member const &result) { return result.kind != Kind::number && result.kind != Kind::flag; });
+        EXPECT_EQ(lines > 0, allocates);
         for (fake_platform::LogLine const &line : fake_platform::logLines()) {
             EXPECT_TRUE(
                 line == client.error(std::string("Threw an exception in function ") + expected().callback) ||

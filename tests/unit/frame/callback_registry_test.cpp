@@ -3,7 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <map>
+#include <random>
+#include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -86,6 +92,86 @@ TEST(CallbackRegistry, KeepsAnIdentifierOfItsOwn) {
     identifier[0] = 'b';
     EXPECT_NE(registry.find("a"), nullptr);
     EXPECT_EQ(registry.find("b"), nullptr);
+}
+
+TEST(CallbackRegistry, TellsIdentifiersApartToTheirLastCharacter) {
+    CallbackRegistry<Callback> registry;
+    MutexLock const lock(registry.mutex());
+    std::string const uuid = "0b5e55ed-1dea-4b1d-8bad-decaf0c0ffee";
+    registry.insert(uuid.c_str(), first, nullptr);
+    EXPECT_NE(registry.find(uuid.c_str()), nullptr);
+    EXPECT_EQ(registry.find("0b5e55ed-1dea-4b1d-8bad-decaf0c0ffef"), nullptr);
+    EXPECT_EQ(registry.find("0b5e55ed-1dea-4b1d-8bad-decaf0c0ffe"), nullptr);
+    // Longer than any identifier: not cut to one that is there.
+    EXPECT_EQ(registry.find((uuid + "0").c_str()), nullptr);
+    EXPECT_THROW(registry.insert((uuid + "0").c_str(), third, nullptr), std::length_error);
+    EXPECT_EQ(registry.find(uuid.c_str())->first, reinterpret_cast<AnyCallback>(first));
+}
+
+namespace {
+
+struct Pending {
+    std::string key;
+    AnyCallbackRegistry::Entry entry;
+};
+
+/// A lot of entries, in the order in which they come in. `matching` of ten hold what the tests cancel.
+std::vector<Pending> makePending(std::size_t count, unsigned int matching) {
+    std::mt19937 random(20);
+    std::vector<Pending> pending;
+    for (std::size_t place = 0; place < count; ++place) {
+        std::string key = std::to_string(random()) + std::to_string(random());
+        bool const matches = random() % 10 < matching;
+        pending.push_back(
+            {std::move(key), {reinterpret_cast<AnyCallback>(matches ? first : third), nullptr}});
+    }
+    return pending;
+}
+
+}  // namespace
+
+TEST(AsyncCancel, WalksTheSameWayThroughManyEntries) {
+    auto const match = reinterpret_cast<AnyCallback>(first);
+    for (unsigned int const matching : {0U, 1U, 5U, 9U, 10U}) {
+        std::vector<Pending> const pending = makePending(3000, matching);
+        AnyCallbackRegistry registry;
+        MutexLock const lock(registry.mutex());
+        std::map<std::string, bool> matches;
+        for (Pending const &one : pending) {
+            registry.insert(one.key.c_str(), one.entry.first, one.entry.second);
+            matches[one.key] = one.entry.first == match;
+        }
+        for (int round = 0; round < 3; ++round) {
+            for (auto const &[key, is_match] : matches) {
+                auto const *const entry = registry.find(key.c_str());
+                ASSERT_NE(entry, nullptr) << key;
+                ASSERT_EQ(entry->first == match, is_match) << key;
+            }
+            registry.cancel(match, nullptr);
+            bool follows_match = false;
+            for (auto one = matches.begin(); one != matches.end();) {
+                bool const goes = follows_match;
+                follows_match = one->second;
+                if (goes) {
+                    EXPECT_EQ(registry.find(one->first.c_str()), nullptr) << one->first;
+                }
+                one = goes ? matches.erase(one) : std::next(one);
+            }
+        }
+        // What was cancelled can come back, also before and behind all others.
+        for (Pending const &one : pending) {
+            registry.insert(one.key.c_str(), one.entry.first, one.entry.second);
+        }
+        for (char const *key : {"!", "~"}) {
+            registry.insert(key, match, nullptr);
+        }
+        for (Pending const &one : pending) {
+            ASSERT_NE(registry.find(one.key.c_str()), nullptr) << one.key;
+        }
+        for (char const *key : {"!", "~"}) {
+            ASSERT_NE(registry.find(key), nullptr);
+        }
+    }
 }
 
 TEST(AsyncCancel, KeepsTheMatchAndDropsTheEntryAfterIt) {
