@@ -24,6 +24,12 @@ class AnyCallbackRegistry {
     /// The entry of the identifier, or NULL. Valid until the next insert() or cancel().
     Entry const *find(char const *request_id) const KORVO_REQUIRES(mutex_);
 
+    /// Whether the calling thread holds the mutex and the identifier has an entry: it is just being registered, or
+    /// called back. Takes no lock.
+    bool isInHand(char const *request_id) const KORVO_NO_ANALYSIS {
+        return mutex_.isHeldByThisThread() && find(request_id) != nullptr;
+    }
+
     /// Adds an entry, or replaces the one with the same identifier. Throws std::bad_alloc, and std::length_error for
     /// an identifier that is longer than a UUID's text.
     void insert(char const *request_id, AnyCallback callback, void *context) KORVO_REQUIRES(mutex_);

@@ -36,7 +36,7 @@ IAction_engineInitiator::~IAction_engineInitiator() {
 void IAction_engineInitiator::initializeMethodStructures() {
     methods_ = {
 #define OPERATION(op, Method, INPUTS, RESULTS) \
-    {#Method, &IAction_engineInitiator::action_engine##Method##Callback},
+    {#Method, {&IAction_engineInitiator::action_engine##Method##Callback, &op##_callbacks}},
 #define VERSION_QUERY OPERATION
 #include "operations/operations.def"
     };
@@ -70,8 +70,16 @@ void IAction_engineInitiator::subclassResponseDispatch(char const *method, char 
                                                        json::Object &response) {
     auto const entry = methods_.find(method);
     if (entry != methods_.end()) {
-        (this->*entry->second)(target, request_id, response);
+        (this->*entry->second.respond)(target, request_id, response);
     }
+}
+
+bool IAction_engineInitiator::isAsynchronous(char const *method, char const *request_id) {
+    if (method == nullptr || request_id == nullptr) {
+        return false;
+    }
+    auto const entry = methods_.find(method);
+    return entry != methods_.end() && entry->second.registry->isInHand(request_id);
 }
 
 void IAction_engineInitiator::subclassEventDispatch(char const *source, char const *event,

@@ -11,7 +11,7 @@
 #include <initializer_list>
 #include <list>
 #include <map>
-#include <string>
+#include <string_view>
 #include <utility>
 
 #include "frame/callback_registry.h"
@@ -39,6 +39,10 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
     void subclassResponseDispatch(char const *method, char *target, char *request_id,
                                   json::Object &response) override;
     void subclassEventDispatch(char const *source, char const *event, json::Object &payload) override;
+
+    /// True while one of the _send_async forms sends, and only on its own thread: the identifier is registered and the
+    /// registry's mutex held. Nothing is noted anywhere, so a form that ends before it sends leaves nothing behind.
+    bool isAsynchronous(char const *method, char const *request_id) override;
 
     void initializeMethodStructures();
     void initializeEventStructures(unsigned char subscribe_events);
@@ -90,7 +94,12 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
     void logException(char const *function) noexcept;
     void reportVersionMismatch(unsigned int target_major, unsigned int target_minor);
 
-    std::map<std::string, ResponseMember> methods_;
+    struct Method {
+        ResponseMember respond;
+        AnyCallbackRegistry *registry;
+    };
+
+    std::map<std::string_view, Method> methods_;
 
   public:
     // Each registry with its mutex; the exported forms insert and cancel.
@@ -100,7 +109,7 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
 #include "operations/operations.def"
 
   private:
-    std::map<std::string, EventMember> events_;
+    std::map<std::string_view, EventMember> events_;
     EventHandlers event_handlers_ KORVO_GUARDED_BY(event_handlers_mutex_);
     Mutex event_handlers_mutex_;
 };

@@ -80,6 +80,10 @@ void korvoInitiatorInterfaces::subclassResponseDispatch(char const *, char *, ch
 
 void korvoInitiatorInterfaces::subclassEventDispatch(char const *, char const *, json::Object &) {}
 
+bool korvoInitiatorInterfaces::isAsynchronous(char const *, char const *) {
+    return false;
+}
+
 void korvoInitiatorInterfaces::closeOwnedMessaging() noexcept {
     if (!owns_messaging_handle_) {
         return;

@@ -82,6 +82,13 @@ class KORVO_CORE_EXPORT korvoInitiatorInterfaces : public korvoInterfaces {
 
     void *messagingHandle() const { return messaging_handle_; }
 
+    /// Whether the command that basicSendCommand() is just sending is asynchronous: its response then goes to
+    /// initiatorResponseCallback() and is not kept for a receive. A libkorvo-interfaces that has to know calls this
+    /// on the thread that sends; one that tells the two apart by other means never does. The object may hold locks
+    /// of its own meanwhile, so this takes none. False here.
+    /// @param method      the command's name; may be NULL, as `request_id` may.
+    virtual bool isAsynchronous(char const *method, char const *request_id);
+
   protected:
     /// Closes the messaging handle now if the object opened it, so that no message arrives any more. A derived
     /// class whose members incoming messages use calls this at the beginning of its destructor. Never throws.

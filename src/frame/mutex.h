@@ -16,7 +16,7 @@ class KORVO_CAPABILITY("mutex") Mutex {
   public:
     /// Throws boost::lock_error when the calling thread holds the mutex or the platform refuses.
     void lock() KORVO_ACQUIRE() {
-        if (owner_.load(std::memory_order_relaxed) == std::this_thread::get_id()) {
+        if (isHeldByThisThread()) {
             boost::throw_exception(
                 boost::lock_error(EDEADLK, "boost: mutex lock failed in pthread_mutex_lock"));
         }
@@ -27,6 +27,11 @@ class KORVO_CAPABILITY("mutex") Mutex {
     void unlock() KORVO_RELEASE() {
         owner_.store(std::thread::id(), std::memory_order_relaxed);
         mutex_.unlock();
+    }
+
+    /// A thread that unlocks meanwhile makes no difference: only for the calling thread is the answer yes.
+    bool isHeldByThisThread() const {
+        return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
     }
 
   private:

@@ -76,6 +76,7 @@ TEST_P(SendingForm, SendsTheExactCommand) {
     EXPECT_EQ(sent.service, Text("action_engine"));
     EXPECT_EQ(sent.target, Text(sample_target));
     EXPECT_EQ(sent.object, client.handle());
+    EXPECT_EQ(sent.asynchronous, form() == Form::send_async);
     EXPECT_TRUE(isUuid(sent.request_id.value_or(""))) << sent.request_id.value_or("NULL");
     EXPECT_TRUE(fake_platform::logLines().empty());
     EXPECT_TRUE(context_.calls.empty());

@@ -53,7 +53,7 @@ TEST(PlatformLibraries, AreExchangedByTheLibraryPath) {
                     std::string(KORVO_FAKE_PLATFORM_FOLDER) + "/libkorvo-interfaces.so"))
         << probed.out;
     EXPECT_TRUE(
-        has(originOf(probed, "korvo_api_action_engine_initiator_init"), "libkorvo-api-action-engine.so.1"))
+        has(originOf(probed, "korvo_api_action_engine_initiator_init"), "libkorvo-api-action-engine.so.2"))
         << probed.out;
     // The stand-in opens handles like any platform, and carries nothing to the service that runs.
     EXPECT_TRUE(has(probed.out, "init 0\n")) << probed.out;

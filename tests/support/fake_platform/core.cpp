@@ -117,7 +117,7 @@ korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char co
                                                         char const *target, char const *request_id,
                                                         char const *command) {
     RECORDED(korvo_core_status, messaging, service, target, request_id, command);
-    return LoopBack::instance().sendCommand(messaging, nullptr, textOf(service), textOf(target),
+    return LoopBack::instance().sendCommand(messaging, nullptr, std::nullopt, textOf(service), textOf(target),
                                             textOf(request_id), textOf(command));
 }
 

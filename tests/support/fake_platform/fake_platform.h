@@ -57,8 +57,9 @@ struct Call {
     void const *request_id_address = nullptr;
     Text method;
     Text name;
-    int number = 0;     // the time-out, or the flag of initiator_init
-    json::Object json;  // the command; or the response object as it was handed in
+    int number = 0;             // the time-out, or the flag of initiator_init
+    json::Object json;          // the command; or the response object as it was handed in
+    bool asynchronous = false;  // what the client object said of a command; false when it was not asked
 };
 
 struct LogLine {
@@ -88,6 +89,10 @@ FAKE_PLATFORM_EXPORT void script();
 /// Forgets all recordings, outcomes and responses, and returns to the loop-back mode. No block of memory is
 /// kept but those of open handles.
 FAKE_PLATFORM_EXPORT void reset();
+
+/// The libkorvo-interfaces to play. As loaded it asks each object whether a command is asynchronous; a camera's own
+/// may not know of that question, and never asks. script() and reset() go back to asking.
+FAKE_PLATFORM_EXPORT void neverAsk();
 
 /// Makes the nth call of a function from now on (1 is the next one; 0 stands for every call) end like this.
 /// Recorded all the same. Scripted mode only.

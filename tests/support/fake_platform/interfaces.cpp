@@ -48,11 +48,22 @@ korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service
     call.request_id = textOf(request_id);
     call.request_id_address = request_id;
     call.json = command;
+    if (fake_platform::asks()) {
+        auto const method = command.Find("command");
+        if (method != command.end()) {
+            call.asynchronous =
+                isAsynchronous(method->element.CastTo<json::String>().value().c_str(), request_id);
+        }
+    }
     if (fake_platform::scripted()) {
         return fake_platform::enter(call).value_or(KORVO_CORE_STATUS_NO_ERROR);
     }
-    return fake_platform::loopCommand(messagingHandle(), this, call.service, call.target, call.request_id,
-                                      fake_platform::textOf(command));
+    std::optional<bool> asynchronous;
+    if (fake_platform::asks()) {
+        asynchronous = call.asynchronous;
+    }
+    return fake_platform::loopCommand(messagingHandle(), this, asynchronous, call.service, call.target,
+                                      call.request_id, fake_platform::textOf(command));
 }
 
 korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, char const *service,

@@ -158,8 +158,9 @@ korvo_core_status LoopBack::subscribe(void *initiator, Text const &service, bool
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-korvo_core_status LoopBack::sendCommand(void *initiator, void *object, Text const &service,
-                                        Text const &target, Text const &request_id, Text const &command) {
+korvo_core_status LoopBack::sendCommand(void *initiator, void *object, std::optional<bool> said,
+                                        Text const &service, Text const &target, Text const &request_id,
+                                        Text const &command) {
     Lock const lock(mutex_);
     HandlePointer const from = find(initiator);
     if (from == nullptr || from->is_target || !service || !request_id || !command) {
@@ -170,7 +171,7 @@ korvo_core_status LoopBack::sendCommand(void *initiator, void *object, Text cons
         return KORVO_CORE_STATUS_DISABLED_TARGET;
     }
     bool const asked = from->asked.erase({std::this_thread::get_id(), object}) != 0;
-    if (object == nullptr ? !from->response_entries.empty() : asked) {
+    if (object == nullptr ? !from->response_entries.empty() : said.value_or(asked)) {
         from->asynchronous_requests[*request_id] = object;
     }
     to->commands.push_back({from->address, request_id, command});

@@ -40,9 +40,9 @@ struct Handle {
     bool is_target = false;
     std::string address;
 
-    // Initiators. A response goes to the object whose request it answers, when that object asked for it with
-    // a registration of its own, on the same thread, before it sent; a request without an object is answered
-    // through the last registration.
+    // Initiators. A response goes to the object whose request it answers, when that object said that the command
+    // is asynchronous; or, where objects are not asked, when it registered on the same thread before it sent. A
+    // request without an object is answered through the last registration.
     std::list<Registration<ResponseEntry>> response_entries;
     std::set<std::pair<std::thread::id, void *>> asked;
     std::map<std::string, void *> asynchronous_requests;
@@ -80,8 +80,10 @@ class LoopBack {
     korvo_core_status subscribe(void *initiator, Text const &service, bool wanted);
 
     /// @param object  the client object that sends, or NULL.
-    korvo_core_status sendCommand(void *initiator, void *object, Text const &service, Text const &target,
-                                  Text const &request_id, Text const &command);
+    /// @param said    whether the object said that the command is asynchronous; empty when it was not asked.
+    korvo_core_status sendCommand(void *initiator, void *object, std::optional<bool> said,
+                                  Text const &service, Text const &target, Text const &request_id,
+                                  Text const &command);
     korvo_core_status sendResponse(void *target, Text const &source, Text const &request_id,
                                    Text const &response);
     korvo_core_status sendEvent(void *target, Text const &event);

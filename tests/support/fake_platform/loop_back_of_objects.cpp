@@ -5,9 +5,11 @@
 
 namespace fake_platform {
 
-korvo_core_status loopCommand(void *messaging, void *object, Text const &service, Text const &target,
-                              Text const &request_id, Text const &command) {
-    return LoopBack::instance().sendCommand(messaging, object, service, target, request_id, command);
+korvo_core_status loopCommand(void *messaging, void *object, std::optional<bool> asynchronous,
+                              Text const &service, Text const &target, Text const &request_id,
+                              Text const &command) {
+    return LoopBack::instance().sendCommand(messaging, object, asynchronous, service, target, request_id,
+                                            command);
 }
 
 korvo_core_status loopResponse(void *messaging, int timeout, Text const &request_id, std::string &response) {

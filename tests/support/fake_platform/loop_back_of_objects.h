@@ -8,8 +8,9 @@
 
 namespace fake_platform {
 
-/// Sends a command on behalf of a client object.
-FAKE_PLATFORM_EXPORT korvo_core_status loopCommand(void *messaging, void *object, Text const &service,
+/// Sends a command on behalf of a client object, with what the object said of it when it was asked.
+FAKE_PLATFORM_EXPORT korvo_core_status loopCommand(void *messaging, void *object,
+                                                   std::optional<bool> asynchronous, Text const &service,
                                                    Text const &target, Text const &request_id,
                                                    Text const &command);
 

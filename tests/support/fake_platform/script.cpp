@@ -20,6 +20,7 @@ struct Arrangement {
 
 struct Script {
     bool scripted = false;
+    bool asks = true;
     std::vector<Call> calls;
     std::vector<LogLine> log_lines;
     std::map<Function, std::vector<Arrangement>> arrangements;
@@ -100,6 +101,16 @@ void script() {
 bool scripted() {
     std::lock_guard<std::mutex> const lock(mutex);
     return current()->scripted;
+}
+
+bool asks() {
+    std::lock_guard<std::mutex> const lock(mutex);
+    return current()->asks;
+}
+
+void neverAsk() {
+    std::lock_guard<std::mutex> const lock(mutex);
+    current()->asks = false;
 }
 
 void arrange(Function function, Outcome outcome, unsigned int nth) {

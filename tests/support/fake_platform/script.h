@@ -12,6 +12,9 @@ namespace fake_platform {
 
 FAKE_PLATFORM_EXPORT bool scripted();
 
+/// Does the libkorvo-interfaces that is played ask objects whether a command is asynchronous?
+FAKE_PLATFORM_EXPORT bool asks();
+
 /// Records the call and ends it as arranged: throws, or returns the arranged status. Empty when nothing is
 /// arranged.
 FAKE_PLATFORM_EXPORT std::optional<korvo_core_status> enter(Call const &call);

@@ -108,6 +108,22 @@ TEST(CallbackRegistry, TellsIdentifiersApartToTheirLastCharacter) {
     EXPECT_EQ(registry.find(uuid.c_str())->first, reinterpret_cast<AnyCallback>(first));
 }
 
+TEST(CallbackRegistry, HasAnEntryInHandWhereItsMutexIsHeld) {
+    CallbackRegistry<Callback> registry;
+    EXPECT_FALSE(registry.isInHand("a"));
+    {
+        MutexLock const lock(registry.mutex());
+        EXPECT_FALSE(registry.isInHand("a"));
+        registry.insert("a", first, nullptr);
+        EXPECT_TRUE(registry.isInHand("a"));
+        EXPECT_FALSE(registry.isInHand("b"));
+        bool elsewhere = true;
+        std::thread([&] { elsewhere = registry.isInHand("a"); }).join();
+        EXPECT_FALSE(elsewhere);
+    }
+    EXPECT_FALSE(registry.isInHand("a"));
+}
+
 namespace {
 
 struct Pending {

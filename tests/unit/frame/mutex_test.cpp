@@ -54,6 +54,19 @@ TEST(FrameMutex, RemembersEachMutexByItself) {
     EXPECT_NE(messageOfLocking(one), "locked");
 }
 
+TEST(FrameMutex, KnowsWhetherTheCallingThreadHoldsIt) {
+    Mutex mutex;
+    EXPECT_FALSE(mutex.isHeldByThisThread());
+    {
+        MutexLock const lock(mutex);
+        EXPECT_TRUE(mutex.isHeldByThisThread());
+        bool held_elsewhere = true;
+        std::thread([&] { held_elsewhere = mutex.isHeldByThisThread(); }).join();
+        EXPECT_FALSE(held_elsewhere);
+    }
+    EXPECT_FALSE(mutex.isHeldByThisThread());
+}
+
 TEST(FrameMutex, LetsOneThreadInAtATime) {
     Mutex mutex;
     unsigned int counter = 0;
