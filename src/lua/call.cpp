@@ -266,25 +266,39 @@ void callFunction(Call &call) {
     }
 }
 
-/// Calls action(text, length) for each text that is still the caller's.
-template <typename Action>
-void onTexts(Call &call, Action const &action) {
+/// Room for texts that come back, where they need no release.
+struct Room {
+    char *place;
+    std::size_t size;
+};
+
+/// Measures the texts that have come back, and moves those that fit into the room; the others are freed in the end.
+void takeTexts(Call &call, Room room) {
     std::size_t *length = call.lengths;
-    for (unsigned int left = call.texts; left != 0; left &= left - 1) {
-        action(call.values[__builtin_ctz(left)].out_text, *length++);
+    for (unsigned int left = call.shape.texts; left != 0; left &= left - 1, ++length) {
+        int const place = __builtin_ctz(left);
+        char *&text = call.values[place].out_text;
+        *length = text != nullptr ? std::strlen(text) : 0;
+        if (*length >= room.size) {
+            call.texts |= 1U << place;
+        } else if (text != nullptr) {
+            std::memcpy(room.place, text, *length);
+            std::free(text);
+            text = room.place;
+            room.place += *length;
+            room.size -= *length;
+        }
     }
 }
 
 /// With the arguments on the stack, all of them read.
-void makeCall(lua_State *L, Call &call) {
+void makeCall(lua_State *L, Call &call, Room room) {
     if (call.shape.makes_pointers) {
         pushEmptyPointers(L, call.shape);
     }
     callFunction(call);
     call.called = true;
-    call.texts = call.shape.texts;
-    onTexts(call,
-            [](char const *text, std::size_t &length) { length = text != nullptr ? std::strlen(text) : 0; });
+    takeTexts(call, room);
 }
 
 /// Returns how many results it has pushed.
@@ -299,22 +313,25 @@ void releaseValues(Call &call) {
     int const count = call.shape.arguments + (call.called ? call.shape.results : 0);
     for (int place = 0; place < count; ++place) {
         onList(call.shape.passings[place], call.values[place], [](auto **list) { releaseList(list); });
+        if ((call.texts >> place & 1) != 0) {
+            std::free(call.values[place].out_text);
+        }
     }
-    onTexts(call, [](char *text, std::size_t) { std::free(text); });
 }
 
-/// Called with the arguments, if the call is still to be made, and a pointer to it. The state's registry keeps it under
-/// the address of this key, since a new one for each call might find no memory.
-constexpr char run_protected_key = 0;
+/// Called with the arguments, if the call is still to be made, and a pointer to it.
 int runProtected(lua_State *L) {
     Call &call = *static_cast<Call *>(lua_touserdata(L, -1));
     lua_pop(L, 1);
     if (!call.called) {
         readLists(L, call);
-        makeCall(L, call);
+        makeCall(L, call, {nullptr, 0});
     }
     return pushResults(L, call);
 }
+
+/// Under its address the state's registry keeps runProtected(): for a new one for each call there might be no memory.
+constexpr char run_protected_key = 0;
 
 /// Does what is left of a call, with so many arguments on the stack, and releases its values whatever happens.
 int finishProtected(lua_State *L, Call &call, int arguments) {
@@ -332,31 +349,12 @@ int finishProtected(lua_State *L, Call &call, int arguments) {
     return call.shape.results;
 }
 
-/// Texts of usual size move to a place that needs no release, which spares them the protected call. False when they do
-/// not fit.
-bool moveTexts(Call &call, char *room, std::size_t size) {
-    std::size_t sum = 0;
-    onTexts(call, [&](char const *, std::size_t length) { sum += length; });
-    if (sum > size) {
-        return false;
-    }
-    onTexts(call, [&](char *&text, std::size_t length) {
-        if (text != nullptr) {
-            std::memcpy(room, text, length);
-            std::free(text);
-            text = room;
-            room += length;
-        }
-    });
-    call.texts = 0;
-    return true;
-}
-
-/// Not inlined, so that calls with lists, which may call themselves from a metamethod, take less of the stack.
+/// Texts of usual size move to the stack first, which spares them the protected call. Not inlined, so that calls with
+/// lists, which may call themselves from a metamethod, take less of the stack.
 [[gnu::noinline]] int finishWithTexts(lua_State *L, Call &call) {
     char room[1024];
-    makeCall(L, call);
-    if (!moveTexts(call, room, sizeof room)) {
+    makeCall(L, call, {room, sizeof room});
+    if (call.texts != 0) {
         lua_settop(L, 0);
         return finishProtected(L, call, 0);
     }
@@ -376,7 +374,7 @@ int callFromLua(lua_State *L) {
     if (call.shape.texts != 0) {
         return finishWithTexts(L, call);
     }
-    makeCall(L, call);
+    makeCall(L, call, {nullptr, 0});
     return pushResults(L, call);
 }
 

@@ -221,9 +221,11 @@ bool has(PointerTypes const &module, PointerType const *type) {
     return std::less_equal<>()(module.types, type) && std::less<>()(type, module.types + module.count);
 }
 
+/// Only a full userdata has a size; that of a light one is 0.
 TypedPointer const *asTypedPointer(lua_State *L, int index) {
-    bool const is_one = lua_type(L, index) == LUA_TUSERDATA && lua_objlen(L, index) == sizeof(TypedPointer);
-    return is_one ? static_cast<TypedPointer const *>(lua_touserdata(L, index)) : nullptr;
+    void const *const userdata = lua_touserdata(L, index);
+    bool const is_one = userdata != nullptr && lua_objlen(L, index) == sizeof(TypedPointer);
+    return is_one ? static_cast<TypedPointer const *>(userdata) : nullptr;
 }
 
 /// What a type is a record of is only read when a module of ours made it: this one, nearly always, or another one that

@@ -52,6 +52,31 @@ function tests.lists_that_cannot_be_made_are_null_and_released()
     end
 end
 
+function tests.a_value_is_refused_in_its_turn_between_the_lists()
+    local read = {}
+    local function watched(name)
+        return setmetatable({x = 1}, {__index = function() read[#read + 1] = name return "a" end})
+    end
+    -- The number stands behind the lists, and in front of them.
+    call.fails(module.korvo_api_action_engine_create_stable_onvif_trigger_send,
+               {nil, nil, "name", "topic", "content", watched("keys"), watched("uris"), -1, n = 8},
+               "number must not be negative")
+    check.equal(read, {"keys", "uris"})
+    read = {}
+    call.fails(module.korvo_api_action_engine_set_action_filters_send,
+               {nil, nil, -1, watched("days"), watched("starts"), watched("ends"), n = 6},
+               "number must not be negative")
+    check.equal(read, {})
+    -- Of two values the first, and the type of a later one before both.
+    call.fails(module.korvo_api_action_engine_set_action_filters_send,
+               {host.null(), nil, -1, watched("days"), {}, {}, n = 6},
+               "Error in korvo_api_action_engine_set_action_filters_send, expected a void* at argument number 1\n")
+    call.fails(module.korvo_api_action_engine_set_action_filters_send,
+               {host.null(), nil, -1, watched("days"), {}, 5, n = 6},
+               "Error in korvo_api_action_engine_set_action_filters_send (arg 6), expected 'unsigned int **' got 'number'")
+    check.equal(read, {})
+end
+
 function tests.no_memory_for_a_list_is_null()
     fake.record_core()
     fake.answer("korvo_core_alloc_int_array", nil)
