@@ -2,7 +2,9 @@
 // What the service keeps: identifiers, types, counts, associations, and what becomes of them.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <filesystem>
+#include <numeric>
 #include <string>
 
 #include "support/operation.h"
@@ -135,6 +137,19 @@ TEST_F(Catalogue, RefusesAssociationsWithWhatDoesNotExist) {
     EXPECT_EQ(statusOf("create_association", {timer + 1, wiper}), refused);
     EXPECT_EQ(statusOf("create_association", {0U, 0U}), refused);
     EXPECT_EQ(resultsOf("get_trigger_associations", {timer}), (Values{Numbers{}, Numbers{}}));
+}
+
+TEST_F(Catalogue, GivesBackListsOfAnyLengthThatItHasAccepted) {
+    unsigned int const wiper = create("wiper_action", {"wiper"});
+    // Three lists of 21,844 numbers are, with the lists and what is around them, just above 65,536 values.
+    for (std::size_t const length : {std::size_t{21'844}, std::size_t{60'000}}) {
+        Numbers weekdays(length, 127);
+        Numbers starts(length);
+        std::iota(starts.begin(), starts.end(), 10'000);
+        Values const filters{weekdays, starts, Numbers(length, 0)};
+        ASSERT_EQ(statusOf("set_action_filters", {wiper, filters[0], filters[1], filters[2]}), done);
+        EXPECT_TRUE(resultsOf("get_action_filters", {wiper}) == filters) << length;
+    }
 }
 
 TEST_F(Catalogue, OutlivesTheServiceInItsStore) {
