@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// How a synchronous call grows with what it carries, and with what the service keeps.
+// How a synchronous call grows with what it carries, and with what the service keeps: processor time of client and service
+// together.
 
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <string>
 #include <vector>
@@ -15,16 +15,16 @@
 
 namespace {
 
-/// Microseconds that a call takes, over some rounds.
-Spread timeOf(Run const &run, int calls, std::function<void()> const &call) {
+/// Processor time that a call takes, in microseconds, over some rounds.
+Spread timeOf(Run const &run, pid_t service, int calls, std::function<void()> const &call) {
     call();
     std::vector<double> times;
     for (int round = 0; round < run.rounds(9); ++round) {
-        double const start = microsecondsOf(CLOCK_MONOTONIC);
+        double const start = processorTimeWith({service});
         for (int count = 0; count < calls; ++count) {
             call();
         }
-        times.push_back((microsecondsOf(CLOCK_MONOTONIC) - start) / calls);
+        times.push_back((processorTimeWith({service}) - start) / calls);
     }
     return spreadOf(times);
 }
@@ -37,12 +37,12 @@ unsigned int createWiperAction(Client const &client, std::string const &name) {
     return action_id;
 }
 
-void growTexts(Run &run, Client const &client) {
+void growTexts(Run &run, pid_t service, Client const &client) {
     for (int const size : {10, 100, 1000, 10'000, 100'000, 900'000}) {
         unsigned int const action_id =
             createWiperAction(client, std::string(static_cast<std::size_t>(size), 'x'));
         run.results.point("synchronous call, by bytes of its text", "get_wiper_action", size, "us",
-                          timeOf(run, run.calls(size < 10'000 ? 200 : 20), [&] {
+                          timeOf(run, service, run.calls(size < 10'000 ? 200 : 20), [&] {
                               char *name = nullptr;
                               require(korvo_api_action_engine_get_wiper_action_send(client.handle(), nullptr,
                                                                                     action_id, &name),
@@ -55,7 +55,7 @@ void growTexts(Run &run, Client const &client) {
 }
 
 /// Lists that are as long as asked for, whatever else the service keeps: the filters of an action.
-void growLists(Run &run, Client const &client) {
+void growLists(Run &run, pid_t service, Client const &client) {
     unsigned int const action_id = createWiperAction(client, "door");
     for (int const size : {1, 10, 100, 1000, 10'000, 20'000}) {
         unsigned int **const list = korvo_core_alloc_uint_array(static_cast<unsigned int>(size));
@@ -64,7 +64,7 @@ void growLists(Run &run, Client const &client) {
                 "set_action_filters");
         korvo_core_free_uint_array(list);
         run.results.point("synchronous call, by numbers in its lists", "get_action_filters", 3 * size, "us",
-                          timeOf(run, run.calls(size < 1000 ? 200 : 10), [&] {
+                          timeOf(run, service, run.calls(size < 1000 ? 200 : 10), [&] {
                               unsigned int **lists[3] = {};
                               require(
                                   korvo_api_action_engine_get_action_filters_send(
@@ -87,12 +87,12 @@ void createTrigger(Client const &client, std::string const &topic) {
             "create_onvif_trigger");
 }
 
-void measureCatalogue(Run &run, Client const &client, int entries, unsigned int one_of_them) {
+void measureCatalogue(Run &run, pid_t service, Client const &client, int entries, unsigned int one_of_them) {
     void *const handle = client.handle();
     int const calls = run.calls(entries < 10'000 ? 100 : 10);
     auto const measure = [&](char const *call, std::function<void()> const &once) {
         run.results.point("synchronous call, by entries of the catalogue", call, entries, "us",
-                          timeOf(run, calls, once));
+                          timeOf(run, service, calls, once));
     };
     measure("get_wiper_action", [&] {
         char *name = nullptr;
@@ -129,7 +129,7 @@ void measureCatalogue(Run &run, Client const &client, int entries, unsigned int 
     }
 }
 
-void growCatalogue(Run &run, Client const &client) {
+void growCatalogue(Run &run, pid_t service, Client const &client) {
     int made = 0;
     unsigned int last = 0;
     std::vector<int> sizes = {100, 1000, 10'000};
@@ -142,7 +142,7 @@ void growCatalogue(Run &run, Client const &client) {
             last = createWiperAction(client, "door");
             createTrigger(client, "tns1:Device/Trigger/Input" + std::to_string(made));
         }
-        measureCatalogue(run, client, size, last);
+        measureCatalogue(run, service, client, size, last);
     }
 }
 
@@ -150,9 +150,9 @@ void measureGrowth(Run &run) {
     useOneCore();
     ServiceProcess const service(KORVO_SIMULATOR);
     Client const client;
-    growTexts(run, client);
-    growLists(run, client);
-    growCatalogue(run, client);
+    growTexts(run, service.process(), client);
+    growLists(run, service.process(), client);
+    growCatalogue(run, service.process(), client);
 }
 
 }  // namespace

@@ -92,3 +92,7 @@ double microsecondsOf(clockid_t clock) {
     clock_gettime(clock, &time);
     return static_cast<double>(time.tv_sec) * 1e6 + static_cast<double>(time.tv_nsec) / 1e3;
 }
+
+double processorTimeWith(std::vector<pid_t> const &others) {
+    return microsecondsOf(CLOCK_PROCESS_CPUTIME_ID) + processorTimeOf(others);
+}

@@ -47,4 +47,7 @@ Spread spreadOf(std::vector<double> values);
 /// Microseconds of a clock.
 double microsecondsOf(clockid_t clock);
 
+/// Microseconds for which this process and others have run. Throws std::runtime_error when one of them is gone.
+double processorTimeWith(std::vector<pid_t> const &others);
+
 #endif
