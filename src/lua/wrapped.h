@@ -73,18 +73,18 @@ class Wrapped {
 
     static constexpr auto passings = makePassings();
 
-    template <std::size_t Place>
-    static constexpr std::size_t value_place = placeOfValue(Place);
+    template <std::size_t place>
+    static constexpr std::size_t value_place = placeOfValue(place);
 
-    template <std::size_t... Places>
-    static void callAt(AnyFunction function, Value *values, std::index_sequence<Places...>) {
+    template <std::size_t... places>
+    static void callAt(AnyFunction function, Value *values, std::index_sequence<places...>) {
         auto const typed = reinterpret_cast<Type>(function);
         if constexpr (std::is_void_v<typename Result::C>) {
-            typed(Parameters::pass(values[value_place<1 + Places>])...);
+            typed(Parameters::pass(values[value_place<1 + places>])...);
         } else {
             Value &returned = values[arguments];
             returned = {};
-            Result::store(returned, typed(Parameters::pass(values[value_place<1 + Places>])...));
+            Result::store(returned, typed(Parameters::pass(values[value_place<1 + places>])...));
         }
     }
 
@@ -92,9 +92,9 @@ class Wrapped {
         callAt(function, values, std::index_sequence_for<Parameters...>());
     }
 
-    template <std::size_t... Places>
-    static constexpr auto pusher(std::index_sequence<Places...>) {
-        return &pushResults<passings[arguments + Places]...>;
+    template <std::size_t... places>
+    static constexpr auto pusher(std::index_sequence<places...>) {
+        return &pushResults<passings[arguments + places]...>;
     }
 
   public:
