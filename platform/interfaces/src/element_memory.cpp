@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "element_memory.h"
 
-#include <new>
-
 namespace json_text {
 
 namespace {

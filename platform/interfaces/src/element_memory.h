@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <new>
 #include <utility>
 
 #include "json/json.h"
@@ -31,13 +32,20 @@ class ElementMemory {
     static constexpr std::size_t block_size = 1000;
 
   private:
-    /// The elements of a block follow it, each behind a pointer to the block.
+    /// Stands before its elements.
     struct alignas(8) Block {
         std::atomic<std::size_t> users;
     };
 
+    /// Stands before each element.
+    struct alignas(8) Owner {
+        Block *block;
+    };
+
     template <typename T>
     class Element final : public json::UnknownElement::Imp_T<T> {
+        static_assert(alignof(T) <= alignof(Owner));
+
       public:
         using json::UnknownElement::Imp_T<T>::Imp_T;
 
@@ -47,29 +55,24 @@ class ElementMemory {
     };
 
     void *take(std::size_t size) {
-        std::size_t const needed = align(sizeof(Block *)) + align(size);
+        std::size_t const needed = sizeof(Owner) + (size + 7) / 8 * 8;
         if (needed > room_) {
             open();
         }
-        unsigned char *const place = next_;
+        auto *const owner = ::new (next_) Owner{block_};
         next_ += needed;
         room_ -= needed;
         ++made_;
-        return ::new (place) Block *(block_) + align(sizeof(Block *)) / sizeof(Block *);
+        return owner + 1;
     }
 
-    static void give(void *element) {
-        Block *const block = *(static_cast<Block **>(element) - align(sizeof(Block *)) / sizeof(Block *));
-        leave(block, 1);
-    }
+    static void give(void *element) { leave((static_cast<Owner *>(element) - 1)->block, 1); }
 
     static void leave(Block *block, std::size_t users) {
         if (block->users.fetch_sub(users, std::memory_order_acq_rel) == users) {
             ::operator delete(block);
         }
     }
-
-    static constexpr std::size_t align(std::size_t size) { return (size + 7) / 8 * 8; }
 
     void open();
     void close();
