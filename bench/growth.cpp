@@ -119,13 +119,13 @@ void measureCatalogue(Run &run, pid_t service, Client const &client, int entries
                                                          nothing, nothing),
                 "onvif_event");
     });
-    auto const getActions = [&] {
+    auto const list_all = [&] {
         by_hand::BlockLists lists;
         return korvo_api_action_engine_get_actions_send(handle, nullptr, &lists.ids, &lists.types);
     };
     // A response has a bound: what is too long for one has no time.
-    if (getActions() == KORVO_CORE_STATUS_NO_ERROR) {
-        measure("get_actions", [&] { require(getActions(), "get_actions"); });
+    if (list_all() == KORVO_CORE_STATUS_NO_ERROR) {
+        measure("get_actions", [&] { require(list_all(), "get_actions"); });
     }
 }
 

@@ -22,8 +22,8 @@ void compareManyClients(Run &run) {
     std::vector<std::unique_ptr<PeerProcess>> processes;
     std::vector<std::unique_ptr<Workers>> workers;
     std::vector<Side> sides;
-    auto const addSide = [&](std::string const &name, pid_t service,
-                             std::function<Workers::Work()> const &prepare) {
+    auto const add_side = [&](std::string const &name, pid_t service,
+                              std::function<Workers::Work()> const &prepare) {
         workers.push_back(std::make_unique<Workers>(clients, prepare));
         std::vector<pid_t> all = workers.back()->processes();
         all.push_back(service);
@@ -33,7 +33,7 @@ void compareManyClients(Run &run) {
     Peers const peers = peersForManyClients();
     for (auto const &peer : peers) {
         processes.push_back(std::make_unique<PeerProcess>(*peer, folder.path()));
-        addSide(peer->name(), processes.back()->process(), [&, path = processes.back()->path()] {
+        add_side(peer->name(), processes.back()->process(), [&, path = processes.back()->path()] {
             std::shared_ptr<Caller> const caller = peer->connect(path);
             return [caller, calls] {
                 for (int count = 0; count < calls; ++count) {
@@ -47,7 +47,7 @@ void compareManyClients(Run &run) {
     ServiceProcess const service(KORVO_SIMULATOR);
     Workers const first_client(1, [] { return [] { Client().createContents(); }; });
     first_client.work();
-    addSide("ours", service.process(), [calls] {
+    add_side("ours", service.process(), [calls] {
         auto const client = std::make_shared<Client>();
         return [client, calls] {
             for (int count = 0; count < calls; ++count) {

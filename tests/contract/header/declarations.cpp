@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "declarations.h"
+#include "header/declarations.h"
 
 #include <stdexcept>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "header_text.h"
+#include "header/header_text.h"
 
 namespace public_header {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every function of the public header, by name, order, parameters and types.
 
-#include "declarations.h"
+#include "header/declarations.h"
 
 #include <gtest/gtest.h>
 

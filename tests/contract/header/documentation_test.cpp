@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "declarations.h"
+#include "header/declarations.h"
 
 namespace {
 

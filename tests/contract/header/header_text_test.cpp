@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "header_text.h"
+#include "header/header_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "automation.h"
+#include "support/automation.h"
 
 #include <gtest/gtest.h>
 
 #include <utility>
 
-#include "operation.h"
+#include "support/operation.h"
 
 namespace end_to_end {
 

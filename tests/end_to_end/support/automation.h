@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "client.h"
+#include "support/client.h"
 
 namespace end_to_end {
 

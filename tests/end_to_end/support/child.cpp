@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "child.h"
+#include "support/child.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
-#include "limits.h"
-#include "text_stream.h"
+#include "support/limits.h"
+#include "support/text_stream.h"
 
 namespace end_to_end {
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "client.h"
+#include "support/client.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
 
-#include "workspace.h"
+#include "support/workspace.h"
 
 namespace end_to_end {
 

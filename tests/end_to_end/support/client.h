@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "korvo_api_action_engine.h"
-#include "limits.h"
+#include "support/limits.h"
 
 namespace end_to_end {
 

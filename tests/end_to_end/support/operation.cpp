@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "operation.h"
+#include "support/operation.h"
 
 #include <gtest/gtest.h>
 

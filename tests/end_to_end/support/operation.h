@@ -11,8 +11,8 @@
 #include <optional>
 #include <vector>
 
-#include "client.h"
 #include "korvo_api_action_engine.h"
+#include "support/client.h"
 #include "typed_calls/operation.h"
 
 namespace end_to_end {

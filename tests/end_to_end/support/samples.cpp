@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "samples.h"
+#include "support/samples.h"
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "operation.h"
+#include "support/operation.h"
 
 namespace end_to_end {
 

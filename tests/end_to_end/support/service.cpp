@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "service.h"
+#include "support/service.h"
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "workspace.h"
+#include "support/workspace.h"
 
 namespace end_to_end {
 

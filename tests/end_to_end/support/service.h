@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "child.h"
+#include "support/child.h"
 
 namespace end_to_end {
 

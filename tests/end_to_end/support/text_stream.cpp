@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "text_stream.h"
+#include "support/text_stream.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <thread>
 
-#include "limits.h"
+#include "support/limits.h"
 
 namespace end_to_end {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workload.h"
+#include "support/workload.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "operation.h"
+#include "support/operation.h"
 
 namespace end_to_end {
 

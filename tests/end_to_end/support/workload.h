@@ -4,8 +4,8 @@
 
 #include <vector>
 
-#include "automation.h"
-#include "client.h"
+#include "support/automation.h"
+#include "support/client.h"
 
 namespace end_to_end {
 

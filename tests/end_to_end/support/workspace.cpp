@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "workspace.h"
+#include "support/workspace.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "text_stream.h"
+#include "support/text_stream.h"
 
 namespace end_to_end {
 

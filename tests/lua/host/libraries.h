@@ -2,7 +2,7 @@
 #ifndef KORVO_TESTS_LUA_LIBRARIES_H
 #define KORVO_TESTS_LUA_LIBRARIES_H
 
-#include "lua.hpp"
+#include <lua.hpp>
 
 /// Sets the global table `fake`: the fake platform (fake_library.cpp tells what it holds).
 void openFakeLibrary(lua_State *L);

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "lua.hpp"
+#include <lua.hpp>
 
 /// A Lua state with the standard libraries, in which require() finds the module. Its own blocks of memory are no leak of
 /// the module's: live_blocks does not notice them.

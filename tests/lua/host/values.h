@@ -4,10 +4,10 @@
 
 // Values of the test's side in Lua: pointers are light userdata; sequences keep their length in the field n.
 
+#include <lua.hpp>
 #include "contract/expectations.h"
 #include "fake_platform/core_calls.h"
 #include "json/json.h"
-#include "lua.hpp"
 
 void pushValue(lua_State *L, fake_platform::Value const &value);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "child_process.h"
+#include "development/child_process.h"
 
 #include <poll.h>
 #include <signal.h>

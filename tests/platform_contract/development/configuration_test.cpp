@@ -3,8 +3,8 @@
 
 #include <filesystem>
 
-#include "setting_functions.h"
-#include "test_state_folder.h"
+#include "development/setting_functions.h"
+#include "development/test_state_folder.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include <memory>
 
-#include "child_process.h"
+#include "development/child_process.h"
 #include "support/ends.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <set>
 #include <thread>
 
-#include "child_process.h"
+#include "development/child_process.h"
 #include "korvo_core_private.h"
 #include "support/ends.h"
 

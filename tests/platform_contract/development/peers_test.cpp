@@ -10,10 +10,10 @@
 #include <memory>
 #include <thread>
 
-#include "child_process.h"
+#include "development/child_process.h"
+#include "development/raw_socket.h"
 #include "messaging/addressing.h"
 #include "messaging/frame.h"
-#include "raw_socket.h"
 #include "support/ends.h"
 
 using platform::socketName;

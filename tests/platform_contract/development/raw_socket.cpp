@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "raw_socket.h"
+#include "development/raw_socket.h"
 
 #include <sys/socket.h>
 #include <sys/time.h>

@@ -11,9 +11,9 @@
 #include <csignal>
 #include <filesystem>
 
-#include "child_process.h"
-#include "setting_functions.h"
-#include "test_state_folder.h"
+#include "development/child_process.h"
+#include "development/setting_functions.h"
+#include "development/test_state_folder.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
-#include "setting_functions.h"
-#include "test_state_folder.h"
+#include "development/setting_functions.h"
+#include "development/test_state_folder.h"
 
 namespace {
 

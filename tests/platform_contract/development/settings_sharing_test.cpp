@@ -11,9 +11,9 @@
 #include <set>
 #include <thread>
 
-#include "child_process.h"
-#include "setting_functions.h"
-#include "test_state_folder.h"
+#include "development/child_process.h"
+#include "development/setting_functions.h"
+#include "development/test_state_folder.h"
 
 namespace {
 

@@ -2,9 +2,9 @@
 // What holds for each of the nine types alike.
 #include <gtest/gtest.h>
 
-#include "child_process.h"
-#include "setting_functions.h"
-#include "test_state_folder.h"
+#include "development/child_process.h"
+#include "development/setting_functions.h"
+#include "development/test_state_folder.h"
 
 // Three different values of each type, and how a person writes the first one in a file.
 

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <limits>
 
-#include "setting_functions.h"
-#include "test_state_folder.h"
+#include "development/setting_functions.h"
+#include "development/test_state_folder.h"
 
 namespace {
 

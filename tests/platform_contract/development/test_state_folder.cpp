@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "test_state_folder.h"
+#include "development/test_state_folder.h"
 
 #include <stdlib.h>
 

@@ -6,10 +6,10 @@
 #include <cstdlib>
 #include <stdexcept>
 
+#include "fake_platform/loop_back.h"
+#include "fake_platform/recorded.h"
+#include "fake_platform/script.h"
 #include "korvo_core.h"
-#include "loop_back.h"
-#include "recorded.h"
-#include "script.h"
 
 using fake_platform::Call;
 using fake_platform::Function;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "core_calls.h"
+#include "fake_platform/core_calls.h"
 
 #include <list>
 #include <map>
 #include <memory>
 #include <mutex>
 
-#include "recorded.h"
-#include "script.h"
+#include "fake_platform/recorded.h"
+#include "fake_platform/script.h"
 
 namespace fake_platform {
 

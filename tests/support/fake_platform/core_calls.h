@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "fake_platform.h"
+#include "fake_platform/fake_platform.h"
 
 namespace fake_platform {
 

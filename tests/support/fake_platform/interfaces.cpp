@@ -5,11 +5,11 @@
 
 #include <cstring>
 
+#include "fake_platform/json_text.h"
+#include "fake_platform/loop_back_of_objects.h"
+#include "fake_platform/script.h"
 #include "json/json.h"
 #include "json/lists.h"
-#include "json_text.h"
-#include "loop_back_of_objects.h"
-#include "script.h"
 
 using fake_platform::Call;
 using fake_platform::Function;

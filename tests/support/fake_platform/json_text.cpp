@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "json_text.h"
+#include "fake_platform/json_text.h"
 
 #include <boost/json.hpp>
 

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // The list functions of the fake libkorvo-core.
 
-#include "lists.h"
+#include "fake_platform/lists.h"
 
 #include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
 
+#include "fake_platform/recorded.h"
 #include "korvo_core.h"
-#include "recorded.h"
 
 namespace fake_platform {
 

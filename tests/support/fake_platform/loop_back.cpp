@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "loop_back.h"
+#include "fake_platform/loop_back.h"
 
 #include <algorithm>
 #include <chrono>

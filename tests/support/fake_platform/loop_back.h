@@ -18,7 +18,7 @@
 #include <thread>
 #include <utility>
 
-#include "fake_platform.h"
+#include "fake_platform/fake_platform.h"
 
 namespace fake_platform {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "loop_back_of_objects.h"
+#include "fake_platform/loop_back_of_objects.h"
 
-#include "loop_back.h"
+#include "fake_platform/loop_back.h"
 
 namespace fake_platform {
 

@@ -4,7 +4,7 @@
 
 // What the fake libkorvo-interfaces needs of the messaging in the fake libkorvo-core.
 
-#include "fake_platform.h"
+#include "fake_platform/fake_platform.h"
 
 namespace fake_platform {
 

@@ -7,8 +7,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "core_calls.h"
-#include "lists.h"
+#include "fake_platform/core_calls.h"
+#include "fake_platform/lists.h"
 
 namespace fake_platform {
 

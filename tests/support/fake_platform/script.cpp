@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "script.h"
+#include "fake_platform/script.h"
 
 #include <list>
 #include <map>
@@ -7,7 +7,7 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "lists.h"
+#include "fake_platform/lists.h"
 
 namespace fake_platform {
 

@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "fake_platform.h"
+#include "fake_platform/fake_platform.h"
 
 namespace fake_platform {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The settings, configuration and debugging functions of the fake libkorvo-core. They do nothing but record.
 
+#include "fake_platform/recorded.h"
 #include "korvo_core.h"
-#include "recorded.h"
 
 using fake_platform::out;
 using fake_platform::recorded;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "live_blocks.h"
+#include "live_blocks/live_blocks.h"
 
 #include <atomic>
 #include <cerrno>
