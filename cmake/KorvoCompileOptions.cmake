@@ -22,8 +22,9 @@ add_link_options(-Wl,--enable-new-dtags)
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 include(GNUInstallDirs)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-add_compile_options($<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>
-                    $<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
+add_compile_options(
+  $<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>
+  $<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
 
 set(KORVO_SANITIZE "" CACHE STRING "Sanitizers to build with, as for -fsanitize=")
 if(KORVO_SANITIZE)

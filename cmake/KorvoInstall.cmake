@@ -104,7 +104,7 @@ set(KORVO_PACKAGE_CONTACT "The korvo-api-action-engine developers <developers@ko
   CACHE STRING "Whom the packages name as their maintainer")
 # What Debian wants to read beside that, in its own form.
 string(TIMESTAMP KORVO_PACKAGE_DATE "%a, %d %b %Y %H:%M:%S +0000" UTC)
-configure_file(cmake/debian/changelog.in ${PROJECT_BINARY_DIR}/installed/changelog @ONLY)
+configure_file(cmake/debian/changelog ${PROJECT_BINARY_DIR}/installed/changelog @ONLY)
 
 function(korvo_install_documents component package)
   set(folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package})
