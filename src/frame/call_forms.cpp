@@ -15,11 +15,15 @@ struct FreeText {
 };
 using RequestIdentifier = std::unique_ptr<char, FreeText>;
 
-/// The one place where an exception of an operation becomes a status.
+/// The one place where an exception of an operation becomes a status. A failure that the end of the object may have
+/// brought about is that of a lost connection, whatever the platform calls it.
 template <typename Call>
-korvo_core_status guarded(Call call) noexcept {
+korvo_core_status guarded(IAction_engineInitiator &initiator, Call call) noexcept {
+    IAction_engineInitiator::Visit const visit(initiator);
     try {
-        return call();
+        korvo_core_status const status = call();
+        return status != KORVO_CORE_STATUS_NO_ERROR && visit.isEnding() ? KORVO_CORE_STATUS_IPC_FAILED
+                                                                        : status;
     } catch (...) {
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
@@ -28,7 +32,7 @@ korvo_core_status guarded(Call call) noexcept {
 }  // namespace
 
 korvo_core_status exchange(IAction_engineInitiator &initiator, Step send, Step receive) noexcept {
-    return guarded([&] {
+    return guarded(initiator, [&] {
         RequestIdentifier request_id(initiator.generateUUID());
         korvo_core_status status = send(request_id.get());
         if (status == KORVO_CORE_STATUS_NO_ERROR) {
@@ -43,7 +47,7 @@ korvo_core_status exchange(IAction_engineInitiator &initiator, Step send, Step r
 }
 
 korvo_core_status sendOnly(IAction_engineInitiator &initiator, char **request_id, Step send) noexcept {
-    return guarded([&] {
+    return guarded(initiator, [&] {
         if (request_id == nullptr) {
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
@@ -52,13 +56,13 @@ korvo_core_status sendOnly(IAction_engineInitiator &initiator, char **request_id
     });
 }
 
-korvo_core_status receiveOnly(char *request_id, Step receive) noexcept {
-    return guarded([&] { return receive(request_id); });
+korvo_core_status receiveOnly(IAction_engineInitiator &initiator, char *request_id, Step receive) noexcept {
+    return guarded(initiator, [&] { return receive(request_id); });
 }
 
 korvo_core_status sendAsync(IAction_engineInitiator &initiator, AnyCallbackRegistry &registry,
                             AnyCallback callback, void *context, Step send) noexcept {
-    return guarded([&] {
+    return guarded(initiator, [&] {
         korvo_core_status const registered = korvo_core_ipc_initiator_response_receive_callback(
             initiator.messagingHandle(), messaging_entries::response, &initiator);
         if (registered != KORVO_CORE_STATUS_NO_ERROR) {
@@ -72,8 +76,9 @@ korvo_core_status sendAsync(IAction_engineInitiator &initiator, AnyCallbackRegis
     });
 }
 
-korvo_core_status cancelAsync(AnyCallbackRegistry &registry, AnyCallback callback, void *context) noexcept {
-    return guarded([&] {
+korvo_core_status cancelAsync(IAction_engineInitiator &initiator, AnyCallbackRegistry &registry,
+                              AnyCallback callback, void *context) noexcept {
+    return guarded(initiator, [&] {
         MutexLock const lock(registry.mutex());
         registry.cancel(callback, context);
         return KORVO_CORE_STATUS_NO_ERROR;

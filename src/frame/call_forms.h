@@ -3,7 +3,7 @@
 #define KORVO_FRAME_CALL_FORMS_H
 
 // What the call forms do, once for all operations. Each takes the operation's own steps as callables; none throws:
-// an exception from a step, from the platform or from a lock is status 4.
+// an exception from a step, from the platform or from a lock is status 4. The object does not end before they return.
 
 #include "frame/callback_registry.h"
 #include "frame/function_ref.h"
@@ -25,13 +25,14 @@ korvo_core_status exchange(IAction_engineInitiator &initiator, Step send, Step r
 korvo_core_status sendOnly(IAction_engineInitiator &initiator, char **request_id, Step send) noexcept;
 
 /// Runs one step on an identifier of the caller's.
-korvo_core_status receiveOnly(char *request_id, Step receive) noexcept;
+korvo_core_status receiveOnly(IAction_engineInitiator &initiator, char *request_id, Step receive) noexcept;
 
 /// Registers (callback, context) and sends, under the registry's mutex. The registration stays in any case.
 korvo_core_status sendAsync(IAction_engineInitiator &initiator, AnyCallbackRegistry &registry,
                             AnyCallback callback, void *context, Step send) noexcept;
 
-korvo_core_status cancelAsync(AnyCallbackRegistry &registry, AnyCallback callback, void *context) noexcept;
+korvo_core_status cancelAsync(IAction_engineInitiator &initiator, AnyCallbackRegistry &registry,
+                              AnyCallback callback, void *context) noexcept;
 
 }  // namespace call_forms
 

@@ -53,37 +53,38 @@ static_assert(same(protocol::every_weekday,
     }
 
 // The forms that the version handshake has too.
-#define FORMS_WITHOUT_TIMEOUT(op, INPUTS, RESULTS)                                                  \
-    korvo_core_status korvo_api_action_engine_##op##_send(                                          \
-        void *handle, char const *target INPUTS(INPUT) RESULTS(OUT_POINTER)) noexcept {             \
-        IAction_engineInitiator &initiator = initiatorOf(handle);                                   \
-        return call_forms::exchange(initiator, SEND_STEP(op, INPUTS),                               \
-                                    RECEIVE_STEP(op, RESULTS, call_forms::default_timeout));        \
-    }                                                                                               \
-    korvo_core_status korvo_api_action_engine_##op##_non_blocking_send(                             \
-        void *handle, char const *target, char **request_id INPUTS(INPUT)) noexcept {               \
-        IAction_engineInitiator &initiator = initiatorOf(handle);                                   \
-        return call_forms::sendOnly(initiator, request_id, SEND_STEP(op, INPUTS));                  \
-    }                                                                                               \
-    korvo_core_status korvo_api_action_engine_##op##_receive(                                       \
-        void *handle, unsigned char block, char const *target,                                      \
-        char *request_id RESULTS(OUT_POINTER)) noexcept {                                           \
-        IAction_engineInitiator &initiator = initiatorOf(handle);                                   \
-        return call_forms::receiveOnly(request_id, RECEIVE_STEP(op, RESULTS, timeoutOf(block)));    \
-    }                                                                                               \
-    korvo_core_status korvo_api_action_engine_##op##_send_async(                                    \
-        void *handle, char const *target INPUTS(INPUT),                                             \
-        korvo_api_action_engine_##op##_method_callback_func_ptr callback, void *context) noexcept { \
-        IAction_engineInitiator &initiator = initiatorOf(handle);                                   \
-        return call_forms::sendAsync(initiator, initiator.op##_callbacks,                           \
-                                     reinterpret_cast<AnyCallback>(callback), context,              \
-                                     SEND_STEP(op, INPUTS));                                        \
-    }                                                                                               \
-    korvo_core_status korvo_api_action_engine_##op##_cancel_async(                                  \
-        void *handle, korvo_api_action_engine_##op##_method_callback_func_ptr callback,             \
-        void *context) noexcept {                                                                   \
-        return call_forms::cancelAsync(initiatorOf(handle).op##_callbacks,                          \
-                                       reinterpret_cast<AnyCallback>(callback), context);           \
+#define FORMS_WITHOUT_TIMEOUT(op, INPUTS, RESULTS)                                                          \
+    korvo_core_status korvo_api_action_engine_##op##_send(                                                  \
+        void *handle, char const *target INPUTS(INPUT) RESULTS(OUT_POINTER)) noexcept {                     \
+        IAction_engineInitiator &initiator = initiatorOf(handle);                                           \
+        return call_forms::exchange(initiator, SEND_STEP(op, INPUTS),                                       \
+                                    RECEIVE_STEP(op, RESULTS, call_forms::default_timeout));                \
+    }                                                                                                       \
+    korvo_core_status korvo_api_action_engine_##op##_non_blocking_send(                                     \
+        void *handle, char const *target, char **request_id INPUTS(INPUT)) noexcept {                       \
+        IAction_engineInitiator &initiator = initiatorOf(handle);                                           \
+        return call_forms::sendOnly(initiator, request_id, SEND_STEP(op, INPUTS));                          \
+    }                                                                                                       \
+    korvo_core_status korvo_api_action_engine_##op##_receive(                                               \
+        void *handle, unsigned char block, char const *target,                                              \
+        char *request_id RESULTS(OUT_POINTER)) noexcept {                                                   \
+        IAction_engineInitiator &initiator = initiatorOf(handle);                                           \
+        return call_forms::receiveOnly(initiator, request_id, RECEIVE_STEP(op, RESULTS, timeoutOf(block))); \
+    }                                                                                                       \
+    korvo_core_status korvo_api_action_engine_##op##_send_async(                                            \
+        void *handle, char const *target INPUTS(INPUT),                                                     \
+        korvo_api_action_engine_##op##_method_callback_func_ptr callback, void *context) noexcept {         \
+        IAction_engineInitiator &initiator = initiatorOf(handle);                                           \
+        return call_forms::sendAsync(initiator, initiator.op##_callbacks,                                   \
+                                     reinterpret_cast<AnyCallback>(callback), context,                      \
+                                     SEND_STEP(op, INPUTS));                                                \
+    }                                                                                                       \
+    korvo_core_status korvo_api_action_engine_##op##_cancel_async(                                          \
+        void *handle, korvo_api_action_engine_##op##_method_callback_func_ptr callback,                     \
+        void *context) noexcept {                                                                           \
+        IAction_engineInitiator &initiator = initiatorOf(handle);                                           \
+        return call_forms::cancelAsync(initiator, initiator.op##_callbacks,                                 \
+                                       reinterpret_cast<AnyCallback>(callback), context);                   \
     }
 
 #define OPERATION(op, Method, INPUTS, RESULTS)                                                             \
@@ -96,7 +97,7 @@ static_assert(same(protocol::every_weekday,
     korvo_core_status korvo_api_action_engine_##op##_receive_with_timeout(                                 \
         void *handle, char const *target, int timeout, char *request_id RESULTS(OUT_POINTER)) noexcept {   \
         IAction_engineInitiator &initiator = initiatorOf(handle);                                          \
-        return call_forms::receiveOnly(request_id, RECEIVE_STEP(op, RESULTS, timeout));                    \
+        return call_forms::receiveOnly(initiator, request_id, RECEIVE_STEP(op, RESULTS, timeout));         \
     }
 #define NO_INPUTS(INPUT)
 #define VERSION_QUERY(op, Method, INPUTS, RESULTS) FORMS_WITHOUT_TIMEOUT(op, NO_INPUTS, RESULTS)

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frame/initiator.h"
 
+#include <chrono>
 #include <stdexcept>
+#include <thread>
 
 #include "frame/function_name.h"
 #include "frame/messaging_entries.h"
@@ -29,8 +31,13 @@ IAction_engineInitiator::IAction_engineInitiator(void *messaging_handle, void *l
 }
 
 IAction_engineInitiator::~IAction_engineInitiator() {
+    is_ending_.store(true, std::memory_order_relaxed);
     // First of all, so that no message meets a half-destroyed object.
     closeOwnedMessaging();
+    // A call that the closing has ended still has its way back through the object.
+    while (visits_.load(std::memory_order_acquire) != 0 && process_ == getpid()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
 }
 
 void IAction_engineInitiator::initializeMethodStructures() {

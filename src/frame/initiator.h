@@ -8,6 +8,9 @@
 // User callbacks run under their method's mutex, event handlers under the handlers' mutex. A call from there that
 // would lock the same mutex throws the lock error, which the exported functions turn into a status or a log line.
 
+#include <unistd.h>
+
+#include <atomic>
 #include <initializer_list>
 #include <list>
 #include <map>
@@ -33,8 +36,28 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
     IAction_engineInitiator(void *messaging_handle, void *logging_handle, unsigned char subscribe_events,
                             char const *initiator_name);
 
-    /// Does not wait for callbacks unless the object owns its messaging handle, whose closing waits for them.
+    /// Waits until the calls that are inside the object have left. Those that wait for a response leave early where
+    /// the object owns its messaging handle and the platform ends them when that is closed, which comes first. Callbacks
+    /// are waited for by the closing alone.
     ~IAction_engineInitiator() override;
+
+    /// Counts one call on the object for as long as it lives; the last thing of the object that a call touches.
+    class Visit {
+      public:
+        explicit Visit(IAction_engineInitiator &initiator) noexcept : initiator_(initiator) {
+            initiator_.visits_.fetch_add(1, std::memory_order_relaxed);
+        }
+        ~Visit() { initiator_.visits_.fetch_sub(1, std::memory_order_release); }
+
+        Visit(Visit const &) = delete;
+        Visit &operator=(Visit const &) = delete;
+
+        /// Whether the object's destructor has begun: whatever a call meets now ends in status 4.
+        bool isEnding() const noexcept { return initiator_.is_ending_.load(std::memory_order_relaxed); }
+
+      private:
+        IAction_engineInitiator &initiator_;
+    };
 
     void subclassResponseDispatch(char const *method, char *target, char *request_id,
                                   json::Object &response) override;
@@ -112,6 +135,11 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
     std::map<std::string_view, EventMember> events_;
     EventHandlers event_handlers_ KORVO_GUARDED_BY(event_handlers_mutex_);
     Mutex event_handlers_mutex_;
+
+    // Visits of threads that a child process does not have are not waited for there.
+    pid_t const process_ = getpid();
+    std::atomic<unsigned int> visits_{0};
+    std::atomic<bool> is_ending_{false};
 };
 
 #endif

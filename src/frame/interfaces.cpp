@@ -98,5 +98,5 @@ void korvoInitiatorInterfaces::closeOwnedMessaging() noexcept {
     } catch (...) {
         // A platform library may throw, a destructor may not, and there is nobody left to tell.
     }
-    messaging_handle_ = nullptr;
+    // The field stays: other threads may still be on their way back from a call that the closing has ended.
 }

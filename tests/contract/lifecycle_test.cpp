@@ -5,8 +5,10 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <memory>
+#include <thread>
 
 #include "client_test.h"
 #include "frame/interfaces.h"
@@ -304,6 +306,46 @@ TEST_F(Lifecycle, AMessageThatArrivesWhileMessagingIsClosedMeetsAWholeObject) {
     client.reset();
     EXPECT_EQ(context.calls.size(), 1U);
     EXPECT_EQ(name, "the last one");
+}
+
+TEST_F(Lifecycle, DeinitEndsCallsThatWaitAndLetsThemOut) {
+    fake_platform::reset();
+    constexpr int callers = 4;
+    for (int round = 0; round < 50; ++round) {
+        void *target = nullptr;
+        ASSERT_EQ(korvo_core_ipc_target_init(logging, "action_engine", "", "service", &target),
+                  KORVO_CORE_STATUS_NO_ERROR);
+        ASSERT_EQ(init(nullptr, 0), KORVO_CORE_STATUS_NO_ERROR);
+        std::array<korvo_core_status, callers> statuses = {};
+        std::vector<std::thread> threads;
+        for (int caller = 0; caller < callers; ++caller) {
+            threads.emplace_back([this, &status = statuses.at(static_cast<std::size_t>(caller))] {
+                unsigned int **ids = nullptr;
+                unsigned int **types = nullptr;
+                status =
+                    korvo_api_action_engine_get_actions_send_with_timeout(handle_, nullptr, -1, &ids, &types);
+            });
+        }
+        // When the service has all commands, the callers wait, or are on their way from sending to waiting.
+        for (int command = 0; command < callers; ++command) {
+            char *source = nullptr;
+            char *request_id = nullptr;
+            char *text = nullptr;
+            ASSERT_EQ(korvo_core_ipc_target_command_receive(target, 20000, &source, &request_id, &text),
+                      KORVO_CORE_STATUS_NO_ERROR);
+            std::free(source);
+            std::free(request_id);
+            std::free(text);
+        }
+        EXPECT_EQ(korvo_api_action_engine_initiator_deinit(handle_), KORVO_CORE_STATUS_NO_ERROR);
+        for (std::thread &thread : threads) {
+            thread.join();
+        }
+        for (korvo_core_status const status : statuses) {
+            EXPECT_EQ(status, KORVO_CORE_STATUS_IPC_FAILED);
+        }
+        EXPECT_EQ(korvo_core_ipc_deinit(target), KORVO_CORE_STATUS_NO_ERROR);
+    }
 }
 
 TEST_F(Lifecycle, TellsTheInitiatorsVersion) {
