@@ -32,19 +32,27 @@
  * given to init outlives the handle.
  *
  * Stopping a handle with its own messaging (init was given NULL for messaging_handle): make sure that no
- * thread is inside a call on the handle, nor will start one, then call deinit. It closes the messaging first,
- * which waits for a callback that is just running, and takes the rest down afterwards, so no message meets a
- * half-gone handle. Call it from no callback of that handle, and hold no lock that a callback of yours waits
- * for.
+ * thread will start a call on the handle, then call deinit. It closes the messaging first, which waits for a
+ * callback that is just running, then waits until the calls that other threads are inside have returned, and
+ * takes the rest down afterwards, so no message and no call meets a half-gone handle. The development
+ * platform ends calls that wait for a response when their messaging is closed: they return 4, within 100 ms.
+ * A camera's platform need not; deinit then lasts as long as their time-outs do. Call it from no callback of
+ * that handle, and hold no lock that a callback of yours waits for.
  *
  * Stopping handles that SHARE a messaging handle is different. At deinit the library touches nothing of a
  * shared messaging handle: it neither unsubscribes from events nor takes back the entry points that it
  * registered there, so messages could still reach the handle that is going. Therefore, in this order:
- *   1. Stop all threads that call on any client handle which shares it.
+ *   1. Start no further calls on any client handle which shares it.
  *   2. korvo_core_ipc_deinit(messaging_handle). It waits for a running callback; afterwards nothing arrives.
+ *      On the development platform it ends calls that wait for a response, as above; where it does not, wait
+ *      for them first.
  *   3. korvo_api_action_engine_initiator_deinit() for each client handle that shared it, in any order.
  * It follows that a client handle that shares messaging lives as long as the messaging handle does: one that
  * is to go earlier is given messaging of its own.
+ *
+ * A daemon that is to stop at a signal calls none of this from its signal handler, where hardly any function
+ * is allowed. It lets one thread wait for the signal (sigwait(), or a descriptor that the handler writes to)
+ * and call deinit from there, while other threads may still be waiting for responses.
  *
  * After fork() only the parent uses its handles; the development platform answers the child with status 3.
  *
@@ -91,6 +99,22 @@
  * whether there is something to free.
  *
  * The asynchronous forms show no identifier; tell requests apart by their `context`.
+ *
+ *
+ * What becomes of an asynchronous call
+ * ------------------------------------
+ * A _send_async that returns anything but 0 has said all: the status is the reason, and no callback comes.
+ * After a 0 the callback is called with the service's answer. Whether it is called when no answer can come is
+ * the platform's matter. The development platform calls it once, with status 4, when the connection is lost,
+ * the service ends, or a bound makes it drop the answer. Nothing comes, on any platform,
+ *   - as long as a connected service stays silent;
+ *   - when the strict reader cannot read the response (see "Deliberate behaviours"): that is logged;
+ *   - for a registration that a _cancel_async dropped: that is logged;
+ *   - after deinit has begun to close the messaging.
+ * So a program that waits for a callback waits for a bounded time.
+ *
+ * A NULL callback is allowed: the answer is then read, freed and forgotten. _cancel_async takes NULL for such
+ * registrations.
  *
  *
  * Ownership
@@ -194,8 +218,9 @@
  *           done; for an operation: the service reported success.
  *   1   KORVO_CORE_STATUS_INVALID_PARAMS
  *           a NULL input or a NULL `request_id` pointer (nothing was sent); a list variable that was not
- *           NULL; init or get_initiator_version with a NULL pointer. Also the service's answer to a command
- *           that it finds malformed.
+ *           NULL; init or get_initiator_version with a NULL pointer. From the development platform: an input
+ *           text that is not UTF-8 (nothing was sent). Also the service's answer to a command that it finds
+ *           malformed.
  *   2   KORVO_CORE_STATUS_ALLOC_FAILED
  *           init failed, for whatever reason; no memory for a list.
  *   3   KORVO_CORE_STATUS_MULTI_THREAD_ACCESS
@@ -221,7 +246,8 @@
  *
  * Log lines
  * ---------
- * Lines go to the logging handle given to init. Each block quotes its own, with <name> for a member's name
+ * Lines go to the logging handle given to init, also to one that is NULL: the development platform then
+ * writes "-" in place of a name, and a camera's does what it does. Each block quotes its own, with <name> for a member's name
  * and <status> for a number. Two of them are the same everywhere:
  *   "received a callback for <method> but no initiator callback was registered"  (warning): a response came
  *       for a request that has no registration, for instance one that _cancel_async dropped. No callback is
@@ -314,17 +340,20 @@ typedef enum Weekday Weekday;
  *                     has a rule of its own for stopping (see the head of this file); or NULL: the handle
  *                     opens its own and closes it in deinit.
  *   logging_handle    receives every log line of the handle; opened with korvo_core_logging_init(), stays the
- *                     caller's and outlives the handle.
+ *                     caller's and outlives the handle. NULL is handed on to the platform.
  *   subscribe_events  non-zero subscribes to the service's events, without which Action_completed reaches no
  *                     handler. The subscription is made before init returns.
  *   initiator_name    name of this client for the messaging layer, used only when the handle opens its own
- *                     messaging. Borrowed for the call.
+ *                     messaging. Borrowed for the call. NULL is handed on; the development platform takes it for
+ *                     an empty name.
  * Results
  *   handle            the new handle; caller frees with korvo_api_action_engine_initiator_deinit(). Written
  *                     only on success.
  * Statuses
  *   1 when handle is NULL; nothing is made then. 2 for every other failure.
+ * Early after the start of a system, before its kernel has gathered entropy, init waits until there is some.
  * Log lines (error)
+ *   "korvoInterfaces: cannot make request identifiers: no entropy: <reason>"  the system gives none at all.
  *   "korvoInitiatorInterfaces: failed call to initiator init (<status>)"  messaging could not be opened.
  *   "initializeEventStructures:failed call to subscribe to events"        the subscription was refused.
  *   "initializeEventStructures:failed call to receive callbacks"          the event entry point was refused.
@@ -384,9 +413,12 @@ KORVO_API_ACTION_ENGINE_EXPORT void korvo_api_action_engine_free_uuid(char *requ
  * Results
  *   target_major  major interface version of the service.
  *   target_minor  minor interface version of the service.
+ * Statuses
+ *   4 also when the log throws while it takes the line; the versions are written then, and the identifier of
+ *   a receive stays with the caller, as after every failure.
  * Log lines
  *   "Action_engine Initiator (version 1:19) queried Target (version <major>:<minor>)"
- *       error: the versions differ.
+ *       error: the versions differ. Also for an asynchronous query with a NULL callback.
  *   "received a callback for __get_target_version__ but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engine__get_target_version__Callback" (error)
  */
@@ -704,7 +736,8 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_set_act
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  *   Lists: caller frees with korvo_core_free_string_array(). In a callback: borrowed for the call.
  * Statuses
- *   1 for a list variable that was not NULL. 9 when the service knows no such action.
+ *   1 for a list variable that was not NULL. 9 when the service knows no such action, or it is of another
+ *   kind.
  * Log lines
  *   "action_engine_get_email_action_receive:failed converting STR array (<status>)"
  *       warning: the synchronous reader stopped at a list and returned <status>.
@@ -889,7 +922,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_ftp_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_ftp_actionCallback" (error)
@@ -1043,7 +1076,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_snapshot_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_snapshot_actionCallback" (error)
@@ -1183,7 +1216,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_ptz_pattern_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_ptz_pattern_actionCallback" (error)
@@ -1322,7 +1355,7 @@ korvo_api_action_engine_modify_ptz_pattern_action_cancel_async(
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_ptz_preset_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_ptz_preset_actionCallback" (error)
@@ -1461,7 +1494,7 @@ korvo_api_action_engine_modify_ptz_preset_action_cancel_async(
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_ptz_scan_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_ptz_scan_actionCallback" (error)
@@ -1597,7 +1630,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_ptz_tour_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_ptz_tour_actionCallback" (error)
@@ -1736,7 +1769,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   The text: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_wiper_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_wiper_actionCallback" (error)
@@ -1862,7 +1895,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   The text: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_washer_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_washer_actionCallback" (error)
@@ -1994,7 +2027,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_modify_
  * Ownership
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such action.
+ *   9 when the service knows no such action, or it is of another kind.
  * Log lines
  *   "received a callback for Get_relay_action but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_relay_actionCallback" (error)
@@ -2380,7 +2413,7 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_create_
  * Ownership
  *   The text: caller frees with free(). In a callback: callback owns, frees with free().
  * Statuses
- *   9 when the service knows no such trigger.
+ *   9 when the service knows no such trigger, or it is of another kind.
  * Log lines
  *   "received a callback for Get_timer_trigger but no initiator callback was registered" (warning)
  *   "Threw an exception in function action_engineGet_timer_triggerCallback" (error)
@@ -2536,7 +2569,8 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_create_
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  *   Lists: caller frees with korvo_core_free_string_array(). In a callback: borrowed for the call.
  * Statuses
- *   1 for a list variable that was not NULL. 9 when the service knows no such trigger.
+ *   1 for a list variable that was not NULL. 9 when the service knows no such trigger, or it is of another
+ *   kind.
  * Log lines
  *   "action_engine_get_onvif_trigger_receive:failed converting STR array (<status>)"
  *       warning: the synchronous reader stopped at a list and returned <status>.
@@ -2711,7 +2745,8 @@ korvo_api_action_engine_create_stable_onvif_trigger_cancel_async(
  *   Texts: caller frees with free(). In a callback: callback owns, frees with free().
  *   Lists: caller frees with korvo_core_free_string_array(). In a callback: borrowed for the call.
  * Statuses
- *   1 for a list variable that was not NULL. 9 when the service knows no such trigger.
+ *   1 for a list variable that was not NULL. 9 when the service knows no such trigger, or it is of another
+ *   kind.
  * Log lines
  *   "action_engine_get_stable_onvif_trigger_receive:failed converting STR array (<status>)"
  *       warning: the synchronous reader stopped at a list and returned <status>.
