@@ -119,10 +119,12 @@ TEST(PtzActions, LogWhereTheHeadIs) {
     inject(client, "go");
     ASSERT_TRUE(recorder.waitForCount(4));
     for (std::string const kind : {"pattern", "preset", "scan", "tour"}) {
-        std::size_t const log_place = service.log().find("\"move " + kind + "\"");
-        ASSERT_NE(log_place, std::string::npos) << kind;
-        std::string const line =
-            service.log().substr(log_place, service.log().find('\n', log_place) - log_place);
+        std::string const name = "\"move " + kind + "\"";
+        // The event and the log come by ways of their own, and either may be first.
+        ASSERT_TRUE(service.waitForLog(name)) << kind;
+        std::string const log = service.log();
+        std::size_t const place = log.find(name);
+        std::string const line = log.substr(place, log.find('\n', place) - place);
         EXPECT_NE(line.find("pan "), std::string::npos) << line;
         EXPECT_NE(line.find("tilt "), std::string::npos) << line;
         EXPECT_NE(line.find("zoom "), std::string::npos) << line;
