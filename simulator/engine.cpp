@@ -162,7 +162,7 @@ bool Engine::takeRuns() {
 std::optional<Job> Engine::prepare(Run const &run) {
     LocalTime const time = surroundings_.local_time();
     std::string held_back;
-    std::optional<Job> const job = state_.with([&](EngineState &state) -> std::optional<Job> {
+    std::optional<Job> job = state_.with([&](EngineState &state) -> std::optional<Job> {
         Catalogue::Entry const *const action = state.catalogue.find(Table::actions, run.action_id);
         if (action == nullptr) {
             return std::nullopt;

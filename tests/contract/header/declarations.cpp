@@ -7,7 +7,7 @@
 
 namespace public_header {
 
-std::vector<std::string> const &operation_names() {
+std::vector<std::string> const &operationNames() {
 #define NAME(operation) #operation,
     static std::vector<std::string> const names = {OPERATION_NAMES(NAME)};
 #undef NAME
@@ -15,7 +15,7 @@ std::vector<std::string> const &operation_names() {
 }
 
 header_text::Header const &header() {
-    static header_text::Header const header = header_text::parse(header_text::read_file(KORVO_PUBLIC_HEADER));
+    static header_text::Header const header = header_text::parse(header_text::readFile(KORVO_PUBLIC_HEADER));
     return header;
 }
 
@@ -28,7 +28,7 @@ header_text::Declaration const &declaration(std::string const &name) {
     throw std::runtime_error("the header does not declare " + name);
 }
 
-header_text::Declaration const &callback_type(std::string const &operation) {
+header_text::Declaration const &callbackType(std::string const &operation) {
     return declaration(prefix + operation + "_method_callback_func_ptr");
 }
 
@@ -42,7 +42,7 @@ std::vector<header_text::Parameter> inputs(std::string const &operation) {
 
 std::vector<header_text::Parameter> results(std::string const &operation) {
     // Between target and status, and the context.
-    std::vector<header_text::Parameter> const &parameters = callback_type(operation).parameters;
+    std::vector<header_text::Parameter> const &parameters = callbackType(operation).parameters;
     return {parameters.begin() + 2, parameters.end() - 1};
 }
 

@@ -14,7 +14,7 @@ namespace public_header {
 inline constexpr char const prefix[] = "korvo_api_action_engine_";
 
 /// The names of the 54 operations, in the order of the header.
-std::vector<std::string> const &operation_names();
+std::vector<std::string> const &operationNames();
 
 /// The header, read once.
 header_text::Header const &header();
@@ -23,7 +23,7 @@ header_text::Header const &header();
 header_text::Declaration const &declaration(std::string const &name);
 
 /// The callback type of an operation; its comment is the operation's block.
-header_text::Declaration const &callback_type(std::string const &operation);
+header_text::Declaration const &callbackType(std::string const &operation);
 
 /// The parameters of an operation: its inputs, and its results as the callback gets them.
 std::vector<header_text::Parameter> inputs(std::string const &operation);

@@ -17,19 +17,19 @@ using header_text::Declaration;
 using operations::Kind;
 using operations::Member;
 using public_header::declaration;
-using public_header::operation_names;
+using public_header::operationNames;
 
-std::string full_name(std::string const &name) {
+std::string fullName(std::string const &name) {
     return public_header::prefix + name;
 }
 
-std::string parameters_of(std::string const &function) {
-    return header_text::to_string(declaration(full_name(function)).parameters);
+std::string parametersOf(std::string const &function) {
+    return header_text::toString(declaration(fullName(function)).parameters);
 }
 
 // How a value of a kind is passed in, and how a callback gets it; a result goes to a pointer to the latter.
 // Written out here, apart from the library's own types.
-std::string input_type(Kind kind) {
+std::string inputType(Kind kind) {
     switch (kind) {
         case Kind::number:
             return "unsigned int ";
@@ -47,8 +47,8 @@ std::string input_type(Kind kind) {
     return "no type ";
 }
 
-std::string result_type(Kind kind) {
-    return kind == Kind::text ? "char *" : input_type(kind);
+std::string resultType(Kind kind) {
+    return kind == Kind::text ? "char *" : inputType(kind);
 }
 
 std::string written(Member const *members, std::string (*type)(Kind), std::string const &pointer) {
@@ -65,27 +65,27 @@ TEST(PublicHeader, IncludesTheCoreHeaderAndNothingElse) {
 
 TEST(PublicHeader, DeclaresThe392FunctionsInOrderAndNoOther) {
     std::vector<std::string> expected = {
-        full_name("initiator_init"),
-        full_name("initiator_deinit"),
-        full_name("get_initiator_version"),
-        full_name("free_uuid"),
-        full_name("__get_target_version___send"),
-        full_name("__get_target_version___non_blocking_send"),
-        full_name("__get_target_version___receive"),
-        full_name("__get_target_version___send_async"),
-        full_name("__get_target_version___cancel_async"),
+        fullName("initiator_init"),
+        fullName("initiator_deinit"),
+        fullName("get_initiator_version"),
+        fullName("free_uuid"),
+        fullName("__get_target_version___send"),
+        fullName("__get_target_version___non_blocking_send"),
+        fullName("__get_target_version___receive"),
+        fullName("__get_target_version___send_async"),
+        fullName("__get_target_version___cancel_async"),
     };
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         for (char const *form : {"_send", "_send_with_timeout", "_non_blocking_send", "_receive",
                                  "_receive_with_timeout", "_send_async", "_cancel_async"}) {
-            expected.push_back(full_name(operation + form));
+            expected.push_back(fullName(operation + form));
         }
     }
     for (char const *name :
          {"action_completed_register_event_handler", "action_completed_unregister_event_handler",
           "action_completed_unregister_event_handler_with_context", "register_default_callbacks",
           "unregister_default_callbacks"}) {
-        expected.push_back(full_name(name));
+        expected.push_back(fullName(name));
     }
     ASSERT_EQ(expected.size(), 392U);
 
@@ -121,12 +121,12 @@ TEST(PublicHeader, HoldsOnlyFunctionsCallbackTypesAndThreeEnumerations) {
 
 TEST(PublicHeader, ReturnsAStatusExceptWhereThereIsNone) {
     std::set<std::string> const without_status = {
-        full_name("free_uuid"),
-        full_name("action_completed_register_event_handler"),
-        full_name("action_completed_unregister_event_handler"),
-        full_name("action_completed_unregister_event_handler_with_context"),
-        full_name("register_default_callbacks"),
-        full_name("unregister_default_callbacks"),
+        fullName("free_uuid"),
+        fullName("action_completed_register_event_handler"),
+        fullName("action_completed_unregister_event_handler"),
+        fullName("action_completed_unregister_event_handler_with_context"),
+        fullName("register_default_callbacks"),
+        fullName("unregister_default_callbacks"),
     };
     for (Declaration const &found : public_header::header().declarations) {
         if (found.what == Declaration::What::function) {
@@ -137,46 +137,46 @@ TEST(PublicHeader, ReturnsAStatusExceptWhereThereIsNone) {
 }
 
 TEST(PublicHeader, HasTheParametersOfTheLifeOfAHandle) {
-    EXPECT_EQ(parameters_of("initiator_init"),
+    EXPECT_EQ(parametersOf("initiator_init"),
               "void *messaging_handle, void *logging_handle, void **handle, unsigned char subscribe_events, "
               "char const *initiator_name");
-    EXPECT_EQ(parameters_of("initiator_deinit"), "void *handle");
-    EXPECT_EQ(parameters_of("get_initiator_version"),
+    EXPECT_EQ(parametersOf("initiator_deinit"), "void *handle");
+    EXPECT_EQ(parametersOf("get_initiator_version"),
               "void *handle, unsigned int *major, unsigned int *minor");
-    EXPECT_EQ(parameters_of("free_uuid"), "char *request_id");
-    EXPECT_EQ(parameters_of("register_default_callbacks"), "void *handle");
-    EXPECT_EQ(parameters_of("unregister_default_callbacks"), "void *handle");
+    EXPECT_EQ(parametersOf("free_uuid"), "char *request_id");
+    EXPECT_EQ(parametersOf("register_default_callbacks"), "void *handle");
+    EXPECT_EQ(parametersOf("unregister_default_callbacks"), "void *handle");
 }
 
 TEST(PublicHeader, HasTheParametersOfTheEvent) {
     std::string const handler = "korvo_api_action_engine_action_completed_event_callback_func_ptr";
-    EXPECT_EQ(header_text::to_string(declaration(handler).parameters),
+    EXPECT_EQ(header_text::toString(declaration(handler).parameters),
               "unsigned int action_id, char const *action_name, unsigned char success, char const *source, "
               "void *context");
-    EXPECT_EQ(parameters_of("action_completed_register_event_handler"),
+    EXPECT_EQ(parametersOf("action_completed_register_event_handler"),
               "void *handle, " + handler + " callback, void *context");
-    EXPECT_EQ(parameters_of("action_completed_unregister_event_handler"),
+    EXPECT_EQ(parametersOf("action_completed_unregister_event_handler"),
               "void *handle, " + handler + " callback");
-    EXPECT_EQ(parameters_of("action_completed_unregister_event_handler_with_context"),
+    EXPECT_EQ(parametersOf("action_completed_unregister_event_handler_with_context"),
               "void *handle, " + handler + " callback, void *context");
 }
 
 TEST(PublicHeader, HasTheParametersOfTheVersionQuery) {
     std::string const callback = "korvo_api_action_engine___get_target_version___method_callback_func_ptr";
-    EXPECT_EQ(header_text::to_string(declaration(callback).parameters),
+    EXPECT_EQ(header_text::toString(declaration(callback).parameters),
               "char *target, korvo_core_status status, unsigned int target_major, unsigned int target_minor, "
               "void *context");
-    EXPECT_EQ(parameters_of("__get_target_version___send"),
+    EXPECT_EQ(parametersOf("__get_target_version___send"),
               "void *handle, char const *target, unsigned int *target_major, unsigned int *target_minor");
-    EXPECT_EQ(parameters_of("__get_target_version___non_blocking_send"),
+    EXPECT_EQ(parametersOf("__get_target_version___non_blocking_send"),
               "void *handle, char const *target, char **request_id");
-    EXPECT_EQ(parameters_of("__get_target_version___receive"),
+    EXPECT_EQ(parametersOf("__get_target_version___receive"),
               "void *handle, unsigned char block, char const *target, char *request_id, unsigned int "
               "*target_major, "
               "unsigned int *target_minor");
-    EXPECT_EQ(parameters_of("__get_target_version___send_async"),
+    EXPECT_EQ(parametersOf("__get_target_version___send_async"),
               "void *handle, char const *target, " + callback + " callback, void *context");
-    EXPECT_EQ(parameters_of("__get_target_version___cancel_async"),
+    EXPECT_EQ(parametersOf("__get_target_version___cancel_async"),
               "void *handle, " + callback + " callback, void *context");
 }
 
@@ -185,37 +185,37 @@ TEST(PublicHeader, HasTheOperationsOfTheTableInTheSameOrder) {
     for (operations::Operation const &operation : operations::all) {
         names.emplace_back(operation.name);
     }
-    EXPECT_EQ(names, operation_names());
+    EXPECT_EQ(names, operationNames());
 }
 
 TEST(PublicHeader, NamesAndTypesTheParametersOfEveryOperationAsTheTableDoes) {
     for (operations::Operation const &operation : operations::all) {
         std::string const name = operation.name;
-        std::string const in = written(operation.inputs, input_type, "");
-        std::string const out = written(operation.results, result_type, "*");
-        std::string const values = written(operation.results, result_type, "");
-        std::string const callback = full_name(name + "_method_callback_func_ptr");
+        std::string const in = written(operation.inputs, inputType, "");
+        std::string const out = written(operation.results, resultType, "*");
+        std::string const values = written(operation.results, resultType, "");
+        std::string const callback = fullName(name + "_method_callback_func_ptr");
 
-        EXPECT_EQ(header_text::to_string(declaration(callback).parameters),
+        EXPECT_EQ(header_text::toString(declaration(callback).parameters),
                   "char *target, korvo_core_status status" + values + ", void *context")
             << callback;
-        EXPECT_EQ(parameters_of(name + "_send"), "void *handle, char const *target" + in + out) << name;
-        EXPECT_EQ(parameters_of(name + "_send_with_timeout"),
+        EXPECT_EQ(parametersOf(name + "_send"), "void *handle, char const *target" + in + out) << name;
+        EXPECT_EQ(parametersOf(name + "_send_with_timeout"),
                   "void *handle, char const *target, int timeout" + in + out)
             << name;
-        EXPECT_EQ(parameters_of(name + "_non_blocking_send"),
+        EXPECT_EQ(parametersOf(name + "_non_blocking_send"),
                   "void *handle, char const *target, char **request_id" + in)
             << name;
-        EXPECT_EQ(parameters_of(name + "_receive"),
+        EXPECT_EQ(parametersOf(name + "_receive"),
                   "void *handle, unsigned char block, char const *target, char *request_id" + out)
             << name;
-        EXPECT_EQ(parameters_of(name + "_receive_with_timeout"),
+        EXPECT_EQ(parametersOf(name + "_receive_with_timeout"),
                   "void *handle, char const *target, int timeout, char *request_id" + out)
             << name;
-        EXPECT_EQ(parameters_of(name + "_send_async"),
+        EXPECT_EQ(parametersOf(name + "_send_async"),
                   "void *handle, char const *target" + in + ", " + callback + " callback, void *context")
             << name;
-        EXPECT_EQ(parameters_of(name + "_cancel_async"),
+        EXPECT_EQ(parametersOf(name + "_cancel_async"),
                   "void *handle, " + callback + " callback, void *context")
             << name;
     }

@@ -18,19 +18,19 @@ namespace {
 
 using header_text::Declaration;
 using header_text::Parameter;
-using public_header::operation_names;
+using public_header::operationNames;
 
 bool contains(std::string const &text, std::string const &part) {
     return text.find(part) != std::string::npos;
 }
 
-bool has_type(std::vector<Parameter> const &parameters, std::string const &type) {
+bool hasType(std::vector<Parameter> const &parameters, std::string const &type) {
     return std::any_of(parameters.begin(), parameters.end(),
                        [&type](Parameter const &parameter) { return parameter.type == type; });
 }
 
 std::string block(std::string const &operation) {
-    return public_header::callback_type(operation).comment;
+    return public_header::callbackType(operation).comment;
 }
 
 // The lines of one paragraph of a block: those under its heading, up to the next heading.
@@ -50,12 +50,12 @@ std::string paragraph(std::string const &block_text, std::string const &heading)
     return result;
 }
 
-std::string method_name(std::string operation) {
+std::string methodName(std::string operation) {
     operation.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(operation.front())));
     return operation;
 }
 
-std::vector<std::string> lines_without_indentation(std::string const &text) {
+std::vector<std::string> linesWithoutIndentation(std::string const &text) {
     std::istringstream lines(text);
     std::vector<std::string> result;
     for (std::string line; std::getline(lines, line);) {
@@ -65,13 +65,13 @@ std::vector<std::string> lines_without_indentation(std::string const &text) {
 }
 
 TEST(PublicHeaderText, GivesEveryOperationABlockThatStartsWithItsName) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         EXPECT_EQ(block(operation).rfind("\n" + operation + ": ", 0), 0U) << operation;
     }
 }
 
 TEST(PublicHeaderText, DescribesEveryInputAndResult) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         std::string const in = paragraph(block(operation), "Inputs");
         std::string const out = paragraph(block(operation), "Results");
         for (Parameter const &parameter : public_header::inputs(operation)) {
@@ -86,7 +86,7 @@ TEST(PublicHeaderText, DescribesEveryInputAndResult) {
 }
 
 TEST(PublicHeaderText, NamesTheUnitOfEveryTime) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         std::vector<Parameter> members = public_header::inputs(operation);
         for (Parameter const &result : public_header::results(operation)) {
             members.push_back(result);
@@ -105,10 +105,10 @@ TEST(PublicHeaderText, NamesTheUnitOfEveryTime) {
 }
 
 TEST(PublicHeaderText, SaysThatPointersGivenAreBorrowed) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         std::vector<Parameter> const inputs = public_header::inputs(operation);
-        bool const texts = has_type(inputs, "char const *");
-        bool const lists = has_type(inputs, "char **") || has_type(inputs, "unsigned int **");
+        bool const texts = hasType(inputs, "char const *");
+        bool const lists = hasType(inputs, "char **") || hasType(inputs, "unsigned int **");
         if (texts || lists) {
             std::string const what = texts && lists ? "texts and lists" : texts ? "texts" : "lists";
             EXPECT_TRUE(contains(paragraph(block(operation), "Ownership"),
@@ -119,8 +119,8 @@ TEST(PublicHeaderText, SaysThatPointersGivenAreBorrowed) {
 }
 
 TEST(PublicHeaderText, SaysWhoFreesTheTextsThatComeBack) {
-    for (std::string const &operation : operation_names()) {
-        if (has_type(public_header::results(operation), "char *")) {
+    for (std::string const &operation : operationNames()) {
+        if (hasType(public_header::results(operation), "char *")) {
             std::string const ownership = paragraph(block(operation), "Ownership");
             EXPECT_TRUE(contains(ownership, "caller frees with free()")) << operation;
             EXPECT_TRUE(contains(ownership, "callback owns, frees with free()")) << operation;
@@ -129,11 +129,11 @@ TEST(PublicHeaderText, SaysWhoFreesTheTextsThatComeBack) {
 }
 
 TEST(PublicHeaderText, SaysWhoFreesTheListsThatComeBackAndThatTheirVariablesAreNull) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         std::vector<Parameter> const results = public_header::results(operation);
         for (auto const &[type, kind] :
              {std::pair{"char **", "string"}, std::pair{"unsigned int **", "uint"}}) {
-            if (has_type(results, type)) {
+            if (hasType(results, type)) {
                 EXPECT_TRUE(contains(paragraph(block(operation), "Ownership"),
                                      std::string("Lists: caller frees with korvo_core_free_") + kind +
                                          "_array(). In a callback: borrowed for the call."))
@@ -147,13 +147,13 @@ TEST(PublicHeaderText, SaysWhoFreesTheListsThatComeBackAndThatTheirVariablesAreN
 }
 
 TEST(PublicHeaderText, SaysWhatANullInputDoes) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         std::vector<Parameter> const inputs = public_header::inputs(operation);
         std::string const statuses = paragraph(block(operation), "Statuses");
         std::string const lines = paragraph(block(operation), "Log lines");
         std::string const builder = "action_engine_" + operation + "_utility_send";
-        bool const texts = has_type(inputs, "char const *");
-        bool const lists = has_type(inputs, "char **") || has_type(inputs, "unsigned int **");
+        bool const texts = hasType(inputs, "char const *");
+        bool const lists = hasType(inputs, "char **") || hasType(inputs, "unsigned int **");
         EXPECT_EQ(contains(statuses, "1 for a NULL"), texts || lists) << operation;
         EXPECT_EQ(contains(lines, "\"Initiator: " + builder + " called with null input pointer <name>\""),
                   texts)
@@ -165,11 +165,11 @@ TEST(PublicHeaderText, SaysWhatANullInputDoes) {
 }
 
 TEST(PublicHeaderText, QuotesTheLogLinesOfEveryReader) {
-    for (std::string const &operation : operation_names()) {
+    for (std::string const &operation : operationNames()) {
         std::string const lines = paragraph(block(operation), "Log lines");
-        std::string const callback = "action_engine" + method_name(operation) + "Callback";
+        std::string const callback = "action_engine" + methodName(operation) + "Callback";
         std::vector<Parameter> const results = public_header::results(operation);
-        EXPECT_TRUE(contains(lines, "\"received a callback for " + method_name(operation) +
+        EXPECT_TRUE(contains(lines, "\"received a callback for " + methodName(operation) +
                                         " but no initiator callback was registered\" (warning)"))
             << operation;
         EXPECT_TRUE(contains(lines, "\"Threw an exception in function " + callback + "\" (error)"))
@@ -178,11 +178,11 @@ TEST(PublicHeaderText, QuotesTheLogLinesOfEveryReader) {
              {std::tuple{"char **", "STR", "char"}, std::tuple{"unsigned int **", "UINT", "unsigned int"}}) {
             EXPECT_EQ(contains(lines, "\"action_engine_" + operation + "_receive:failed converting " + sync +
                                           " array (<status>)\""),
-                      has_type(results, type))
+                      hasType(results, type))
                 << operation;
             EXPECT_EQ(
                 contains(lines, "\"" + callback + " failed converting " + async + " array (<status>)\""),
-                has_type(results, type))
+                hasType(results, type))
                 << operation;
         }
     }
@@ -191,7 +191,7 @@ TEST(PublicHeaderText, QuotesTheLogLinesOfEveryReader) {
 TEST(PublicHeaderText, DocumentsEveryFunctionThatIsNoFormOfAnOperation) {
     for (Declaration const &found : public_header::header().declarations) {
         bool const is_form = std::any_of(
-            operation_names().begin(), operation_names().end(),
+            operationNames().begin(), operationNames().end(),
             [&found](std::string const &operation) { return contains(found.name, "_" + operation + "_"); });
         bool const is_version_form = contains(found.name, "__get_target_version__");
         if (found.what == Declaration::What::function && !is_form && !is_version_form) {
@@ -227,7 +227,7 @@ TEST(PublicHeaderText, ShowsAnExampleWhoseLinesAreTheCompiledProgram) {
     ASSERT_GE(example.size(), 8U) << "the example is no longer where this test looks for it";
 
     std::vector<std::string> const program =
-        lines_without_indentation(header_text::read_file(KORVO_EXAMPLE_PROGRAM));
+        linesWithoutIndentation(header_text::readFile(KORVO_EXAMPLE_PROGRAM));
     auto at = program.begin();
     for (std::string const &line : example) {
         at = std::find(at, program.end(), line);

@@ -12,7 +12,7 @@ namespace header_text {
 
 namespace {
 
-std::string single_blanks(std::string const &text) {
+std::string singleBlanks(std::string const &text) {
     std::string result;
     for (char const c : text) {
         bool const blank = std::isspace(static_cast<unsigned char>(c)) != 0;
@@ -29,7 +29,7 @@ std::string single_blanks(std::string const &text) {
 }
 
 // The lines of a comment without its frame, so that its indentation stays comparable.
-std::string comment_text(std::string const &comment) {
+std::string commentText(std::string const &comment) {
     std::istringstream lines(comment);
     std::string line;
     std::string result;
@@ -40,7 +40,7 @@ std::string comment_text(std::string const &comment) {
     return result;
 }
 
-std::vector<Parameter> parse_parameters(std::string const &list) {
+std::vector<Parameter> parseParameters(std::string const &list) {
     std::vector<Parameter> parameters;
     if (list == "void") {
         return parameters;
@@ -54,12 +54,12 @@ std::vector<Parameter> parse_parameters(std::string const &list) {
             throw std::runtime_error("a parameter has no type and name: '" + part + "'");
         }
         parameters.push_back(
-            {std::regex_replace(single_blanks(match[1]), std::regex(R"(\* (?=\*))"), "*"), match[2]});
+            {std::regex_replace(singleBlanks(match[1]), std::regex(R"(\* (?=\*))"), "*"), match[2]});
     }
     return parameters;
 }
 
-Declaration parse_declaration(std::string const &text, std::string const &comment) {
+Declaration parseDeclaration(std::string const &text, std::string const &comment) {
     static std::regex const function(
         R"(^((?:KORVO_API_ACTION_ENGINE_EXPORT )?)((?:\w+ )+\**)(\w+) ?\((.*)\)((?: KORVO_API_NOEXCEPT)?)$)");
     static std::regex const callback(R"(^typedef void \(\*(\w+)\) ?\((.*)\)$)");
@@ -70,13 +70,13 @@ Declaration parse_declaration(std::string const &text, std::string const &commen
     if (std::regex_match(text, match, callback)) {
         declaration.what = Declaration::What::callback_type;
         declaration.name = match[1];
-        declaration.parameters = parse_parameters(match[2]);
+        declaration.parameters = parseParameters(match[2]);
     } else if (std::regex_match(text, match, function)) {
         declaration.what = Declaration::What::function;
         declaration.exported = match[1].length() != 0;
-        declaration.result = single_blanks(match[2]);
+        declaration.result = singleBlanks(match[2]);
         declaration.name = match[3];
-        declaration.parameters = parse_parameters(match[4]);
+        declaration.parameters = parseParameters(match[4]);
         declaration.no_throw = match[5].length() != 0;
     }
     return declaration;
@@ -97,8 +97,8 @@ Header parse(std::string const &source) {
             if (end == std::string::npos) {
                 throw std::runtime_error("a comment has no end");
             }
-            if (single_blanks(declaration).empty()) {
-                comment = comment_text(source.substr(at + 2, end - at - 2));
+            if (singleBlanks(declaration).empty()) {
+                comment = commentText(source.substr(at + 2, end - at - 2));
                 if (!preprocessed) {
                     header.opening = comment;
                 }
@@ -108,7 +108,7 @@ Header parse(std::string const &source) {
             std::size_t const end = std::min(source.find('\n', at), source.size());
             std::string const line = source.substr(at, end - at);
             if (line.rfind("#include", 0) == 0) {
-                header.includes.push_back(single_blanks(line.substr(8)));
+                header.includes.push_back(singleBlanks(line.substr(8)));
             }
             preprocessed = true;
             comment.clear();
@@ -116,7 +116,7 @@ Header parse(std::string const &source) {
         } else if (source.compare(at, language_bracket.size(), language_bracket) == 0) {
             at += language_bracket.size();
         } else if (source[at] == ';' && depth == 0) {
-            header.declarations.push_back(parse_declaration(single_blanks(declaration), comment));
+            header.declarations.push_back(parseDeclaration(singleBlanks(declaration), comment));
             declaration.clear();
             comment.clear();
             ++at;
@@ -128,13 +128,13 @@ Header parse(std::string const &source) {
             ++at;
         }
     }
-    if (!single_blanks(declaration).empty()) {
-        throw std::runtime_error("a declaration has no end: '" + single_blanks(declaration) + "'");
+    if (!singleBlanks(declaration).empty()) {
+        throw std::runtime_error("a declaration has no end: '" + singleBlanks(declaration) + "'");
     }
     return header;
 }
 
-std::string read_file(std::string const &path) {
+std::string readFile(std::string const &path) {
     std::ifstream file(path);
     std::ostringstream content;
     content << file.rdbuf();
@@ -144,7 +144,7 @@ std::string read_file(std::string const &path) {
     return content.str();
 }
 
-std::string to_string(std::vector<Parameter> const &parameters) {
+std::string toString(std::vector<Parameter> const &parameters) {
     std::string result;
     for (Parameter const &parameter : parameters) {
         result += result.empty() ? "" : ", ";

@@ -39,10 +39,10 @@ struct Header {
 Header parse(std::string const &source);
 
 /// The content of a file; throws std::runtime_error when it cannot be read.
-std::string read_file(std::string const &path);
+std::string readFile(std::string const &path);
 
 /// "unsigned char block, char const *target": as parameters are written, for comparisons that a person reads.
-std::string to_string(std::vector<Parameter> const &parameters);
+std::string toString(std::vector<Parameter> const &parameters);
 
 }  // namespace header_text
 

@@ -25,8 +25,7 @@ TEST(HeaderText, ReadsAFunctionWithItsCommentParametersAndMacros) {
     EXPECT_EQ(make.result, "korvo_core_status");
     EXPECT_TRUE(make.exported);
     EXPECT_TRUE(make.no_throw);
-    EXPECT_EQ(header_text::to_string(make.parameters),
-              "char const *target, unsigned int ***out, int timeout");
+    EXPECT_EQ(header_text::toString(make.parameters), "char const *target, unsigned int ***out, int timeout");
     EXPECT_EQ(make.comment, "\nWhat it\n  does.\n\n");
     Declaration const &stop = header.declarations[1];
     EXPECT_EQ(stop.name, "stop");
@@ -44,14 +43,14 @@ TEST(HeaderText, ReadsACallbackTypeAndLeavesEnumerationsAsTheyStand) {
     EXPECT_EQ(header.declarations[0].text, "enum E { a = 1, b }");
     EXPECT_EQ(header.declarations[1].what, Declaration::What::callback_type);
     EXPECT_EQ(header.declarations[1].name, "call");
-    EXPECT_EQ(header_text::to_string(header.declarations[1].parameters), "char *target, void *context");
+    EXPECT_EQ(header_text::toString(header.declarations[1].parameters), "char *target, void *context");
 }
 
 TEST(HeaderText, RefusesWhatItCannotRead) {
     EXPECT_THROW(header_text::parse("/* no end"), std::runtime_error);
     EXPECT_THROW(header_text::parse("int f(void)"), std::runtime_error);
     EXPECT_THROW(header_text::parse("int f(int);"), std::runtime_error);
-    EXPECT_THROW(header_text::read_file("/nowhere/at/all.h"), std::runtime_error);
+    EXPECT_THROW(header_text::readFile("/nowhere/at/all.h"), std::runtime_error);
 }
 
 }  // namespace
