@@ -2,7 +2,6 @@
 #include "by_hand.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -28,10 +27,11 @@ class Reader {
     }
 
     unsigned int number() {
-        char *end = nullptr;
-        unsigned long const value = std::strtoul(place_, &end, 10);
-        place_ = end;
-        return static_cast<unsigned int>(value);
+        unsigned int value = 0;
+        for (; *place_ >= '0' && *place_ <= '9'; ++place_) {
+            value = value * 10 + static_cast<unsigned int>(*place_ - '0');
+        }
+        return value;
     }
 
     std::string_view text() {
