@@ -78,12 +78,16 @@ void growLists(Run &run, pid_t service, Client const &client) {
     require(korvo_api_action_engine_delete_action_send(client.handle(), nullptr, action_id), "delete_action");
 }
 
+char prefix[] = "tns1";
+char uri[] = "http://www.onvif.org/ver10/topics";
+char *prefixes[] = {prefix, nullptr};
+char *uris[] = {uri, nullptr};
+
 /// A trigger that fires on one topic, bound to no action.
 void createTrigger(Client const &client, std::string const &topic) {
-    char *nothing[] = {nullptr};
     unsigned int trigger_id = 0;
     require(korvo_api_action_engine_create_onvif_trigger_send(client.handle(), nullptr, "door", topic.c_str(),
-                                                              "", "", nothing, nothing, &trigger_id),
+                                                              "", "", prefixes, uris, &trigger_id),
             "create_onvif_trigger");
 }
 
@@ -114,9 +118,8 @@ void measureCatalogue(Run &run, pid_t service, Client const &client, int entries
         require(korvo_api_action_engine_delete_action_send(handle, nullptr, action_id), "delete_action");
     });
     measure("onvif_event that fires nothing", [&] {
-        char *nothing[] = {nullptr};
-        require(korvo_api_action_engine_onvif_event_send(handle, nullptr, "tns1:Device/Trigger/Relay", "",
-                                                         nothing, nothing),
+        require(korvo_api_action_engine_onvif_event_send(handle, nullptr, "tns1:Device/Trigger/Relay",
+                                                         "<State/>", prefixes, uris),
                 "onvif_event");
     });
     auto const list_all = [&] {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "simulator/refused.h"
+#include "simulator/response.h"
 
 namespace simulator {
 
@@ -50,6 +51,23 @@ Values noFilters() {
     return {Numbers(), Numbers(), Numbers()};
 }
 
+/// What the members become on disk. Refused when the answer of the method that reads them back would be longer than a
+/// message may be.
+std::string readableText(operations::Index reader, operations::Member const *row, Values const &values) {
+    std::string written = text(row, values);
+    std::string answer;
+    JsonWriter envelope(answer);
+    writeEnvelope(envelope, operations::all[reader].method, KORVO_CORE_STATUS_NO_ERROR);
+    // The members take the place of the envelope's end, and a comma that of their beginning.
+    if (answer.size() + written.size() > longest_response) {
+        throw impossible(std::string("what it says is too long to be read back with ") +
+                         operations::all[reader].method + ": " +
+                         std::to_string(answer.size() + written.size()) +
+                         " bytes, and an answer has at most " + std::to_string(longest_response));
+    }
+    return written;
+}
+
 Refused unknown(Table table, std::uint32_t id) {
     return impossible(std::string("there is no ") + nameOf(table) + " " + std::to_string(id));
 }
@@ -65,7 +83,7 @@ std::vector<std::uint32_t> partners(std::set<std::pair<std::uint32_t, std::uint3
 
 }  // namespace
 
-Catalogue::Catalogue(Store &store) : store_(store) {
+Catalogue::Catalogue(Store &store, Nonsense nonsense) : store_(store), nonsense_(Nonsense::kept) {
     for (Table const table : {Table::actions, Table::triggers}) {
         store.readEntries(table, [&](std::uint32_t id, std::uint32_t type, std::string_view settings,
                                      std::string_view filters) {
@@ -75,9 +93,13 @@ Catalogue::Catalogue(Store &store) : store_(store) {
                 throw StoreError(entry + " has the unknown type " + std::to_string(type));
             }
             try {
-                changeable(table).emplace(
-                    id, Entry{kind, parse(settings, settingsRow(*kind)),
-                              table == Table::actions ? parse(filters, filters_row) : Values()});
+                Entry read{kind,
+                           parse(settings, settingsRow(*kind)),
+                           table == Table::actions ? parse(filters, filters_row) : Values(),
+                           {},
+                           ""};
+                understand(table, read);
+                insert(table, id, std::move(read));
             } catch (Refused const &refused) {
                 throw StoreError(entry + " cannot be read: " + refused.what());
             }
@@ -87,6 +109,18 @@ Catalogue::Catalogue(Store &store) : store_(store) {
         by_trigger_.emplace(trigger_id, action_id);
         by_action_.emplace(action_id, trigger_id);
     });
+    nonsense_ = nonsense;
+}
+
+void Catalogue::understand(Table table, Entry &entry) const {
+    if (table == Table::actions) {
+        entry.fault = faultOfFilters(entry.filters);
+    } else {
+        entry.meaning = meaningOfTrigger(*entry.kind, entry.settings, entry.fault);
+    }
+    if (nonsense_ == Nonsense::refused && !entry.fault.empty()) {
+        throw impossible(entry.fault);
+    }
 }
 
 Catalogue::Entry const &Catalogue::at(Table table, std::uint32_t id) const {
@@ -107,13 +141,19 @@ std::uint32_t Catalogue::create(Table table, EntryKind const &kind, Values setti
         throw impossible(std::string("there are ") + std::to_string(most_entries) + " " + nameOf(table) +
                          "s already; delete some first");
     }
-    Entry entry{&kind, std::move(settings), table == Table::actions ? noFilters() : Values()};
-    std::string const written = text(settingsRow(kind), entry.settings);
+    Entry entry{&kind, std::move(settings), table == Table::actions ? noFilters() : Values(), {}, ""};
+    understand(table, entry);
+    std::string const written = readableText(kind.get, settingsRow(kind), entry.settings);
     std::uint32_t const id = table == Table::actions
                                  ? store_.addAction(kind.type, written, text(filters_row, entry.filters))
                                  : store_.addTrigger(kind.type, written);
-    changeable(table).emplace(id, std::move(entry));
+    insert(table, id, std::move(entry));
     return id;
+}
+
+void Catalogue::insert(Table table, std::uint32_t id, Entry entry) {
+    ++changeableCounts(table)[entry.kind->type];
+    changeable(table).emplace(id, std::move(entry));
 }
 
 Catalogue::Entry const &Catalogue::ofKind(Table table, EntryKind const &kind, std::uint32_t id) const {
@@ -131,15 +171,23 @@ Values const &Catalogue::settings(Table table, EntryKind const &kind, std::uint3
 }
 
 void Catalogue::modify(Table table, EntryKind const &kind, std::uint32_t id, Values settings) {
-    (void)ofKind(table, kind, id);
-    store_.setSettings(table, id, text(settingsRow(kind), settings));
-    changeable(table).at(id).settings = std::move(settings);
+    Entry changed{&kind, std::move(settings), {}, {}, ""};
+    Entry const &now = ofKind(table, kind, id);
+    if (table == Table::actions) {
+        changed.filters = now.filters;
+        changed.fault = now.fault;
+    } else {
+        understand(table, changed);
+    }
+    store_.setSettings(table, id, readableText(kind.get, settingsRow(kind), changed.settings));
+    changeable(table).at(id) = std::move(changed);
 }
 
 void Catalogue::remove(Table table, std::uint32_t id) {
-    (void)at(table, id);
+    std::uint32_t const type = at(table, id).kind->type;
     store_.remove(table, id);
     changeable(table).erase(id);
+    --changeableCounts(table)[type];
     Pairs &own = table == Table::actions ? by_action_ : by_trigger_;
     Pairs &others = table == Table::actions ? by_trigger_ : by_action_;
     for (std::uint32_t const partner : partners(own, id)) {
@@ -149,9 +197,11 @@ void Catalogue::remove(Table table, std::uint32_t id) {
 }
 
 void Catalogue::setFilters(std::uint32_t action_id, Values filters) {
-    (void)at(Table::actions, action_id);
-    store_.setFilters(action_id, text(filters_row, filters));
-    actions_.at(action_id).filters = std::move(filters);
+    Entry changed = at(Table::actions, action_id);
+    changed.filters = std::move(filters);
+    understand(Table::actions, changed);
+    store_.setFilters(action_id, readableText(operations::get_action_filters, filters_row, changed.filters));
+    actions_.at(action_id) = std::move(changed);
 }
 
 void Catalogue::associate(std::uint32_t trigger_id, std::uint32_t action_id) {

@@ -2,13 +2,17 @@
 #ifndef KORVO_SIMULATOR_CATALOGUE_H
 #define KORVO_SIMULATOR_CATALOGUE_H
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <set>
 #include <utility>
 #include <vector>
 
 #include "simulator/kinds.h"
+#include "simulator/meaning.h"
 #include "simulator/store.h"
 #include "simulator/values.h"
 
@@ -18,8 +22,9 @@ namespace simulator {
 /// memory, and reads are answered from there; a change is in the store before it is in memory, so that what a
 /// client was told is there after a restart.
 ///
-/// Changes throw StoreError when the store does not take them, and then nothing has changed. Functions that are given
-/// an identifier throw Refused (status 9) when there is no such entry. Not safe to share between threads without a lock.
+/// Changes throw StoreError when the store does not take them, and Refused (status 9) when what they make could not be
+/// read back; then nothing has changed. Functions that are given an identifier throw Refused (status 9) when there is no
+/// such entry. Not safe to share between threads without a lock.
 class Catalogue {
   public:
     using Table = Store::Table;
@@ -34,15 +39,31 @@ class Catalogue {
         Values settings;
         /// Actions only: the lists of Get_action_filters.
         Values filters;
+        /// Triggers only.
+        TriggerMeaning meaning;
+        /// Why the trigger never fires, or the action never runs; empty when it does.
+        std::string fault;
     };
     using Entries = std::map<std::uint32_t, Entry>;
+    /// How many entries there are of each type; the n-th is that of type n.
+    using Counts = std::array<std::uint32_t, std::max(std::size(action_kinds), std::size(trigger_kinds))>;
 
-    /// Reads what the store holds. The store must outlive the catalogue. Throws StoreError for contents that cannot be
-    /// understood.
-    explicit Catalogue(Store &store);
+    /// What becomes of a change that makes a trigger that can never fire, or an action that can never run: it is refused
+    /// with status 9, or kept with its fault.
+    enum class Nonsense { refused, kept };
+
+    /// Reads what the store holds; nonsense in it is kept. The store must outlive the catalogue. Throws StoreError for
+    /// contents that cannot be understood.
+    explicit Catalogue(Store &store, Nonsense nonsense = Nonsense::refused);
+
+    Nonsense nonsense() const { return nonsense_; }
 
     /// Actions or triggers, identifiers ascending.
     Entries const &entries(Table table) const { return table == Table::actions ? actions_ : triggers_; }
+    /// Kept, not counted: as quick with many entries as with none.
+    Counts const &counts(Table table) const {
+        return table == Table::actions ? action_counts_ : trigger_counts_;
+    }
     Entry const &at(Table table, std::uint32_t id) const;
     /// NULL when there is no such entry.
     Entry const *find(Table table, std::uint32_t id) const;
@@ -69,11 +90,21 @@ class Catalogue {
     using Pairs = std::set<std::pair<std::uint32_t, std::uint32_t>>;
 
     Entries &changeable(Table table) { return table == Table::actions ? actions_ : triggers_; }
+    Counts &changeableCounts(Table table) {
+        return table == Table::actions ? action_counts_ : trigger_counts_;
+    }
+    void insert(Table table, std::uint32_t id, Entry entry);
     Entry const &ofKind(Table table, EntryKind const &kind, std::uint32_t id) const;
 
+    /// Makes out what the entry means. Throws Refused as the treatment of nonsense says.
+    void understand(Table table, Entry &entry) const;
+
     Store &store_;
+    Nonsense nonsense_;
     Entries actions_;
     Entries triggers_;
+    Counts action_counts_{};
+    Counts trigger_counts_{};
     /// (trigger, action), and the same pairs the other way round.
     Pairs by_trigger_;
     Pairs by_action_;

@@ -7,43 +7,60 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 namespace simulator {
 
-/// When which trigger is due. Pure bookkeeping on a monotonic clock that the caller reads. Not safe to share between
-/// threads without a lock.
+/// What is due when: triggers, and of some of them several waits, each with a ticket. Pure bookkeeping on a monotonic
+/// clock that the caller reads. Not safe to share between threads without a lock.
 class Deadlines {
   public:
     using Clock = std::chrono::steady_clock;
     using Time = Clock::time_point;
 
-    /// Makes the trigger due each `period` after `now`, in place of what it had before. A period of 0 is never due.
-    void repeat(std::uint32_t trigger_id, Time now, std::chrono::seconds period);
+    struct Ticket {
+        // Implicit: most triggers wait for one thing.
+        Ticket(std::uint32_t trigger, std::uint64_t which = 0) : trigger_id(trigger), wait(which) {}
 
-    /// Makes the trigger due once.
-    void once(std::uint32_t trigger_id, Time when);
+        std::uint32_t trigger_id;
+        /// Which wait of the trigger it is.
+        std::uint64_t wait;
 
-    void remove(std::uint32_t trigger_id);
-    bool contains(std::uint32_t trigger_id) const { return entries_.count(trigger_id) != 0; }
+        bool operator<(Ticket const &other) const {
+            return std::tie(trigger_id, wait) < std::tie(other.trigger_id, other.wait);
+        }
+        bool operator==(Ticket const &other) const {
+            return trigger_id == other.trigger_id && wait == other.wait;
+        }
+    };
 
-    /// When the first trigger is due; nothing when none is.
+    /// Makes the ticket due each `period` after `now`, in place of what it had before. A period of 0 is never due.
+    void repeat(Ticket ticket, Time now, std::chrono::seconds period);
+
+    /// Makes the ticket due once.
+    void once(Ticket ticket, Time when);
+
+    void remove(Ticket ticket);
+    bool contains(Ticket ticket) const { return entries_.count(ticket) != 0; }
+
+    /// When the first ticket is due; nothing when none is.
     std::optional<Time> next() const;
 
-    /// The triggers that are due at `now`, the longest due first. A repeating trigger that was due several times in the
+    /// The tickets that are due at `now`, the longest due first. A repeating one that was due several times in the
     /// meantime is there once: periods that passed while nobody looked are not made up for, and the rhythm stays.
-    std::vector<std::uint32_t> takeDue(Time now);
+    std::vector<Ticket> takeDue(Time now);
 
   private:
     struct Entry {
         Time due;
         std::chrono::seconds period;
     };
-    void insert(std::uint32_t trigger_id, Entry entry);
+    void insert(Ticket ticket, Entry entry);
 
-    std::map<std::uint32_t, Entry> entries_;
-    std::set<std::pair<Time, std::uint32_t>> order_;
+    std::map<Ticket, Entry> entries_;
+    std::set<std::pair<Time, Ticket>> order_;
 };
 
 }  // namespace simulator

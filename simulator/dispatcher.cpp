@@ -5,21 +5,9 @@
 
 #include "simulator/handlers/handlers.h"
 #include "simulator/refused.h"
+#include "simulator/response.h"
 
 namespace simulator {
-
-namespace {
-
-/// A message is at most 1 MiB, with what the core adds to a response.
-constexpr std::size_t longest_response = 1'000'000;
-
-/// Begins every response.
-void writeEnvelope(JsonWriter &writer, std::string_view method, std::uint32_t status) {
-    writer.text("command", method);
-    writer.number("status", status);
-}
-
-}  // namespace
 
 Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log)
     : engine_(engine), settings_(settings), log_(log) {}
@@ -52,13 +40,20 @@ Dispatcher::Answer Dispatcher::answer(std::string_view command) {
 void Dispatcher::respond() {
     Values &inputs = reader_.inputs();
     Engine::Time const now = engine_.now();
+    handlers::Remarks remarks;
     engine_.change([&](EngineState &state) {
         JsonWriter response(response_);
         writeEnvelope(response, reader_.name(), KORVO_CORE_STATUS_NO_ERROR);
-        handlers::Call call{inputs, state, response, now, settings_.version, nullptr};
+        handlers::Call call{inputs, state, response, now, settings_.version, nullptr, remarks};
         handlers::carryOut(reader_.method(), call);
         response.close();
     });
+    for (std::string const &warning : remarks.warnings) {
+        log_.warning(warning);
+    }
+    for (std::string const &note : remarks.notes) {
+        log_.info(note);
+    }
     if (response_.size() > longest_response) {
         throw impossible("the answer is longer than a message may be");
     }

@@ -29,8 +29,22 @@ EngineState::Cause causeOf(onvif::Event const &event) {
         }
         return text.substr(0, end);
     };
-    return std::make_shared<std::string const>("Topic: " + beginning(event.topic) +
-                                               "\nMessage: " + beginning(event.message) + "\n");
+    return std::make_shared<std::string const>("Topic: " + beginning(event.topic_text) +
+                                               "\nMessage: " + beginning(event.message_text) + "\n");
+}
+
+/// For log lines: what it is, its identifier and its name.
+std::string described(std::uint32_t trigger_id, Catalogue::Entry const &trigger) {
+    return "trigger " + std::to_string(trigger_id) + " " +
+           quoted(setting<std::string>(trigger, "trigger_name"));
+}
+
+std::string propertyOf(onvif::Event const &event) {
+    std::string property;
+    for (onvif::Name const &name : event.topic) {
+        property += "{" + name.uri + "}" + name.local + "/";
+    }
+    return property + event.message.property();
 }
 
 std::string describe(std::uint32_t trigger_id, Catalogue::Entry const *trigger,
@@ -42,6 +56,21 @@ std::string describe(std::uint32_t trigger_id, Catalogue::Entry const *trigger,
     }
     text += " fired.\n";
     return cause == nullptr ? text : text + *cause;
+}
+
+/// One line for each entry that a person would wait for in vain.
+void warnOfFaults(Catalogue const &catalogue, Log const &log) {
+    for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
+        if (!trigger.fault.empty()) {
+            log.warning(described(trigger_id, trigger) + " never fires: " + trigger.fault);
+        }
+    }
+    for (auto const &[action_id, action] : catalogue.entries(Table::actions)) {
+        if (!action.fault.empty()) {
+            log.warning("action " + std::to_string(action_id) + " " +
+                        quoted(setting<std::string>(action, "action_name")) + " never runs: " + action.fault);
+        }
+    }
 }
 
 }  // namespace
@@ -63,52 +92,104 @@ void EngineState::restartTrigger(std::uint32_t trigger_id, Time now) {
 
 void EngineState::forgetTrigger(std::uint32_t trigger_id) {
     deadlines_.remove(trigger_id);
-    unstable_.erase(trigger_id);
+    for (auto followed = followed_.lower_bound({trigger_id, ""});
+         followed != followed_.end() && followed->first.first == trigger_id;) {
+        Deadlines::Ticket const ticket(trigger_id, followed->second);
+        deadlines_.remove(ticket);
+        waiting_.erase(ticket);
+        followed = followed_.erase(followed);
+    }
     changed_ = true;
 }
 
-void EngineState::inject(onvif::Event const &event, Time now) {
+EngineState::Injection EngineState::inject(onvif::Event const &event, Time now) {
+    constexpr std::size_t most_missed = 20;
     if (fired_.size() >= most_waiting) {
         throw impossible(std::to_string(fired_.size()) +
                          " triggers have fired and wait for their actions; the event is left out");
     }
-    Cause const cause = causeOf(event);
+    Injection injection;
+    std::vector<std::uint32_t> fires;
+    std::vector<std::uint32_t> waits;
+    std::vector<std::uint32_t> ends;
+    std::string const property = propertyOf(event);
+    std::size_t followed_more = 0;
     for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
-        if (trigger.kind->type == protocol::reoccurring_timer) {
+        if (trigger.kind->type == protocol::reoccurring_timer || !trigger.fault.empty() ||
+            !trigger.meaning.topics.matches(event.topic)) {
             continue;
         }
-        onvif::Namespaces const namespaces{setting<Texts>(trigger, "namespace_keys"),
-                                           setting<Texts>(trigger, "namespace_uris")};
-        if (!onvif::topicMatches(setting<std::string>(trigger, "topic_filter"), namespaces, event)) {
-            continue;
+        bool const stable = trigger.kind->type == protocol::stable_onvif_event;
+        bool const fits = trigger.meaning.contents.matches(event.message);
+        if (!fits && injection.missed.size() < most_missed) {
+            injection.missed.push_back(described(trigger_id, trigger) + " does not take the message: " +
+                                       trigger.meaning.contents.whyNot(event.message));
         }
-        bool const fits = onvif::contentMatches(setting<std::string>(trigger, "content_filter"), event);
-        if (trigger.kind->type == protocol::onvif_event) {
-            if (fits) {
-                fired_.push_back({trigger_id, cause});
-            }
-        } else if (!fits) {
-            deadlines_.remove(trigger_id);
-            unstable_.erase(trigger_id);
-        } else if (!deadlines_.contains(trigger_id)) {
-            deadlines_.once(trigger_id,
-                            now + std::chrono::seconds(setting<std::uint32_t>(trigger, "stability_seconds")));
-            unstable_[trigger_id] = cause;
+        if (!stable && fits) {
+            fires.push_back(trigger_id);
+        } else if (stable && fits && !event.message.deletes()) {
+            waits.push_back(trigger_id);
+            followed_more += 1 - followed_.count({trigger_id, property});
+        } else if (stable) {
+            ends.push_back(trigger_id);
         }
     }
+    if (followed_more != 0 && property.size() > longest_property) {
+        throw impossible(
+            "a stable trigger takes the event, and the items that name its property have more than " +
+            std::to_string(longest_property) + " bytes");
+    }
+    if (followed_.size() + followed_more > most_followed) {
+        throw impossible("stable triggers follow " + std::to_string(followed_.size()) +
+                         " properties already; the event is left out");
+    }
+
+    Cause const cause = causeOf(event);
+    for (std::uint32_t const trigger_id : fires) {
+        fired_.push_back({trigger_id, cause});
+    }
+    for (std::uint32_t const trigger_id : waits) {
+        auto const seconds =
+            setting<std::uint32_t>(catalogue.at(Table::triggers, trigger_id), "stability_seconds");
+        beginWait({trigger_id, property}, now + std::chrono::seconds(seconds), cause);
+    }
+    for (std::uint32_t const trigger_id : ends) {
+        endWait({trigger_id, property});
+    }
     changed_ = true;
+    injection.fired = static_cast<unsigned int>(fires.size());
+    return injection;
+}
+
+void EngineState::beginWait(Followed const &followed, Time when, Cause const &cause) {
+    auto const [place, is_new] = followed_.emplace(followed, last_wait_ + 1);
+    if (is_new) {
+        Deadlines::Ticket const ticket(followed.first, ++last_wait_);
+        deadlines_.once(ticket, when);
+        waiting_[ticket] = cause;
+    }
+}
+
+void EngineState::endWait(Followed const &followed) {
+    auto const found = followed_.find(followed);
+    if (found != followed_.end()) {
+        Deadlines::Ticket const ticket(followed.first, found->second);
+        deadlines_.remove(ticket);
+        waiting_.erase(ticket);
+        followed_.erase(found);
+    }
 }
 
 std::optional<EngineState::Firing> EngineState::takeFiring(Time now) {
     // Timers join only when all that has fired is done, so that slow actions let no heap of firings grow.
     if (fired_.empty()) {
-        for (std::uint32_t const trigger_id : deadlines_.takeDue(now)) {
-            auto const waiting = unstable_.find(trigger_id);
-            if (waiting == unstable_.end()) {
-                fired_.push_back({trigger_id, nullptr});
+        for (Deadlines::Ticket const &ticket : deadlines_.takeDue(now)) {
+            auto const waiting = waiting_.find(ticket);
+            if (waiting == waiting_.end()) {
+                fired_.push_back({ticket.trigger_id, nullptr});
             } else {
-                fired_.push_back({trigger_id, std::move(waiting->second)});
-                unstable_.erase(waiting);
+                fired_.push_back({ticket.trigger_id, std::move(waiting->second)});
+                waiting_.erase(waiting);
             }
         }
     }
@@ -125,7 +206,9 @@ bool EngineState::takeChanged() {
 }
 
 Engine::Engine(Catalogue catalogue, Surroundings surroundings, Log const &log)
-    : surroundings_(std::move(surroundings)), log_(log), state_(std::move(catalogue), surroundings_.now()) {}
+    : surroundings_(std::move(surroundings)), log_(log), state_(std::move(catalogue), surroundings_.now()) {
+    state_.with([&log](EngineState const &state) { warnOfFaults(state.catalogue, log); });
+}
 
 bool Engine::step() {
     if (runs_.empty()) {
@@ -170,9 +253,11 @@ std::optional<Job> Engine::prepare(Run const &run) {
         Catalogue::Entry const *const trigger = state.catalogue.find(Table::triggers, run.trigger_id);
         Job prepared{run.action_id, action->kind, action->settings,
                      describe(run.trigger_id, trigger, run.cause)};
-        if (!mayRun(action->filters, time)) {
-            held_back = "action " + std::to_string(run.action_id) + " " + quoted(prepared.name()) +
-                        " does not run: its filters do not allow it at this time";
+        bool const sound = action->fault.empty();
+        if (!sound || !mayRun(action->filters, time)) {
+            held_back =
+                "action " + std::to_string(run.action_id) + " " + quoted(prepared.name()) +
+                " does not run: " + (sound ? "its filters do not allow it at this time" : action->fault);
             return std::nullopt;
         }
         return prepared;

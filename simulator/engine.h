@@ -9,6 +9,8 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "simulator/catalogue.h"
 #include "simulator/deadlines.h"
@@ -50,6 +52,10 @@ class EngineState {
 
     /// While so many triggers have fired and wait for their actions to run, events are refused with status 9.
     static constexpr std::size_t most_waiting = 10'000;
+    /// Stable triggers follow so many properties together, whose names are at most so many bytes long; events beyond that
+    /// are refused with status 9.
+    static constexpr std::size_t most_followed = 10'000;
+    static constexpr std::size_t longest_property = 1024;
 
     /// Timers start anew at `now`.
     EngineState(Catalogue catalogue, Time now);
@@ -61,10 +67,22 @@ class EngineState {
     /// After a trigger was deleted.
     void forgetTrigger(std::uint32_t trigger_id);
 
-    /// Hands an event to the triggers. An ONVIF trigger fires when its filters let the event through. A stable one begins
-    /// to wait then, and fires when its stability time is over, unless an event of its topic that its content filter
-    /// does not let through comes first; further events of its kind do not begin the wait anew.
-    void inject(onvif::Event const &event, Time now);
+    /// What became of an event.
+    struct Injection {
+        unsigned int fired = 0;
+        /// Triggers of its topic that did not take it, and why; only the first few.
+        std::vector<std::string> missed;
+    };
+
+    /// Hands an event to the triggers. An ONVIF trigger fires when both its filters take the event.
+    ///
+    /// A stable one follows properties: the topic and what stands in Source and Key name one. When its filters take a
+    /// message of a property it begins to wait, and fires when its stability time is over; a message that its content
+    /// filter does not take, or that tells that the property is no more, ends the wait. It fires once, and begins anew only
+    /// after such a message. Further messages that fit change nothing.
+    ///
+    /// Throws Refused (status 9), and then nothing has changed, while too much waits or is followed.
+    Injection inject(onvif::Event const &event, Time now);
 
     /// The trigger that fires next, due timers included; nothing when none does.
     std::optional<Firing> takeFiring(Time now);
@@ -74,9 +92,19 @@ class EngineState {
     bool takeChanged();
 
   private:
+    /// A stable trigger, and a property that it follows.
+    using Followed = std::pair<std::uint32_t, std::string>;
+
+    /// After a message that fits, and after one that does not.
+    void beginWait(Followed const &followed, Time when, Cause const &cause);
+    void endWait(Followed const &followed);
+
     Deadlines deadlines_;
-    /// What the stable triggers that wait were set off by.
-    std::map<std::uint32_t, Cause> unstable_;
+    /// The properties whose last message fits, and the waits that they began.
+    std::map<Followed, std::uint64_t> followed_;
+    /// What began the waits that are not over.
+    std::map<Deadlines::Ticket, Cause> waiting_;
+    std::uint64_t last_wait_ = 0;
     std::deque<Firing> fired_;
     bool changed_ = false;
 };

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/filters.h"
 
-#include <algorithm>
 #include <ctime>
 
 #include "simulator/kinds.h"
@@ -10,10 +9,11 @@ namespace simulator {
 
 namespace {
 
-constexpr std::uint32_t day_seconds = 24 * 60 * 60;
-
 bool fits(std::uint32_t weekdays, std::uint32_t start, std::uint32_t end, LocalTime now) {
     auto const on = [weekdays](unsigned int weekday) { return (weekdays >> weekday & 1U) != 0; };
+    if (start == end) {
+        return on(now.weekday);
+    }
     if (start < end) {
         return on(now.weekday) && start <= now.seconds && now.seconds < end;
     }
@@ -35,16 +35,11 @@ bool mayRun(Values const &filters, LocalTime now) {
     auto const &weekdays = valueOf<Numbers>(filters, filters_row, "weekday_filters");
     auto const &starts = valueOf<Numbers>(filters, filters_row, "time_filters_start");
     auto const &ends = valueOf<Numbers>(filters, filters_row, "time_filters_end");
-    std::size_t const count = std::max({weekdays.size(), starts.size(), ends.size()});
-    if (count == 0) {
+    if (weekdays.empty()) {
         return true;
     }
-    auto const entry = [](Numbers const &list, std::size_t n, std::uint32_t otherwise) {
-        return n < list.size() ? list[n] : otherwise;
-    };
-    for (std::size_t n = 0; n < count; ++n) {
-        if (fits(entry(weekdays, n, protocol::every_weekday), entry(starts, n, 0),
-                 entry(ends, n, day_seconds), now)) {
+    for (std::size_t n = 0; n < weekdays.size(); ++n) {
+        if (fits(weekdays[n], starts[n], ends[n], now)) {
             return true;
         }
     }

@@ -19,14 +19,16 @@ struct LocalTime {
 /// The time now in the time zone of the process.
 LocalTime localTime();
 
-/// Whether an action with these filters (the three lists of Get_action_filters) may run at this moment.
+inline constexpr std::uint32_t day_seconds = 24 * 60 * 60;
+
+/// Whether an action with these filters (the three lists of Get_action_filters, equally long) may run at this moment.
 ///
 /// The n-th entries of the three lists are one filter: a set of weekdays and a time window from its start up to, but not
 /// with, its end, in seconds since local midnight. One filter that fits is enough; an action without filters may always
-/// run. Where a list is shorter than another one, what it lacks sets no bound: any weekday, from midnight, to midnight.
+/// run.
 ///
 /// A window whose end comes before its start goes on past midnight and belongs to the weekday on which it started. Equal
-/// start and end are a window of 24 hours. A weekday set of 0 fits no day; flags from 128 on mean nothing.
+/// start and end are the whole day. A weekday set of 0 fits no day.
 bool mayRun(Values const &filters, LocalTime now);
 
 }  // namespace simulator

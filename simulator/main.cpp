@@ -78,8 +78,10 @@ void serve(simulator::Options const &options) {
     simulator::Store store(options.store);
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")}, log);
-    simulator::Service const service(io, logging.handle(), options.target, simulator::Catalogue(store),
-                                     options.answers, runner, log);
+    auto const nonsense =
+        options.lenient ? simulator::Catalogue::Nonsense::kept : simulator::Catalogue::Nonsense::refused;
+    simulator::Service const service(io, logging.handle(), options.target,
+                                     simulator::Catalogue(store, nonsense), options.answers, runner, log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     io.run();
 }

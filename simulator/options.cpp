@@ -132,6 +132,10 @@ void setTargetVersion(Options &options, std::string const &value) {
     options.answers.version = version(value);
 }
 
+void setLenient(Options &options, std::string const &) {
+    options.lenient = true;
+}
+
 void setHelp(Options &options, std::string const &) {
     options.mode = Options::Mode::help;
 }
@@ -163,6 +167,10 @@ constexpr Row general[] = {
      "action-engine-simulator/outbox in the state\nfolder. The folder is made where it is missing.",
      setOutbox},
     {"log-level", "LEVEL", "emerg, alert, crit, err, warning, notice, info\nor debug.", setLogLevel},
+    {"lenient", nullptr,
+     "Take filters, triggers and events that mean\nnothing, which are else refused. They never fire,\n"
+     "and the log says why.",
+     setLenient},
     {"help", nullptr, "Print the options and exit.", setHelp},
     {"version", nullptr, "Print the program's version and exit.", setVersion},
 };
@@ -264,6 +272,13 @@ window in seconds since local midnight, with its start and without its end. An
 action runs when one of its filters fits, or when it has none. A window whose
 end comes before its start crosses midnight and belongs to the day on which it
 started; equal start and end are the whole day.
+
+Triggers: a topic filter is topics with "|" between them, each alone or with
+"//." at its end for all below it. A content filter is conditions like
+boolean(//tt:SimpleItem[@Name="IsMotion" and @Value="true"]), joined by and,
+or, not(...) and brackets. What cannot be understood is refused with status 9,
+and the log says where it is wrong. With --log-level info the log also says of
+each event which triggers did not take it, and why.
 
 When it takes commands it prints a line that begins with
 "korvo-action-engine-simulator: ready". SIGTERM and SIGINT end it, with exit

@@ -23,6 +23,8 @@ struct Options {
     std::string outbox;
     /// Empty to leave the level to the environment.
     std::string log_level;
+    /// Nonsense is kept and never fires, in place of being refused.
+    bool lenient = false;
     Dispatcher::Settings answers;
 };
 

@@ -113,10 +113,11 @@ static int try_it_out(void *handle, watch *events, unsigned int trigger_id, unsi
     pthread_mutex_lock(&events->mutex);
     events->action_id = action_id;
     pthread_mutex_unlock(&events->mutex);
-    if (!succeeded("onvif_event",
-                   korvo_api_action_engine_onvif_event_send(handle, NULL, "tns1:VideoSource/MotionAlarm",
-                                                            "<tt:Message><tt:Data/></tt:Message>",
-                                                            namespace_keys, namespace_uris))) {
+    if (!succeeded("onvif_event", korvo_api_action_engine_onvif_event_send(
+                                      handle, NULL, "tns1:VideoSource/MotionAlarm",
+                                      "<tt:Message xmlns:tt=\"http://www.onvif.org/ver10/schema\">"
+                                      "<tt:Data/></tt:Message>",
+                                      namespace_keys, namespace_uris))) {
         return 0;
     }
     clock_gettime(CLOCK_REALTIME, &limit);

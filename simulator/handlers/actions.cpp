@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "simulator/handlers/common.h"
 #include "simulator/handlers/handlers.h"
-#include "simulator/handlers/lists.h"
 
 namespace simulator::handlers {
 
@@ -26,7 +26,7 @@ void getActions(Call &call) {
 }
 
 void getActionCounts(Call &call) {
-    writeCounts(call.response, call.state.catalogue.entries(actions), "action_types");
+    writeCounts(call.response, call.state.catalogue, actions, "action_types");
 }
 
 void getActionType(Call &call) {
@@ -43,6 +43,7 @@ void getActionFilters(Call &call) {
 
 void setActionFilters(Call &call) {
     call.state.catalogue.setFilters(call.id(), call.inputsFrom(1));
+    warnOfFault(call, actions, call.id());
 }
 
 }  // namespace simulator::handlers

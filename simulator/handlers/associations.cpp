@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "simulator/handlers/common.h"
 #include "simulator/handlers/handlers.h"
-#include "simulator/handlers/lists.h"
 
 namespace simulator::handlers {
 

@@ -3,6 +3,8 @@
 #define KORVO_SIMULATOR_HANDLERS_CALL_H
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "simulator/engine.h"
 #include "simulator/json_writer.h"
@@ -16,6 +18,12 @@ struct Version {
     std::uint32_t minor;
 };
 
+/// What is worth a log line about a command that was carried out. Written when the engine's lock is free again.
+struct Remarks {
+    std::vector<std::string> warnings;
+    std::vector<std::string> notes;
+};
+
 /// What a handler works with. It adds the results to the response in the order of the operation table, or throws
 /// Refused or StoreError.
 struct Call {
@@ -27,6 +35,7 @@ struct Call {
     Version version;
     /// For operations on one kind of action or trigger.
     EntryKind const *kind;
+    Remarks &remarks;
 
     template <typename T>
     T &input(std::size_t n) {

@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "simulator/handlers/common.h"
 #include "simulator/handlers/handlers.h"
-#include "simulator/handlers/lists.h"
+#include "simulator/log.h"
+#include "simulator/refused.h"
 
 namespace simulator::handlers {
 
@@ -11,6 +17,7 @@ constexpr Catalogue::Table triggers = Catalogue::Table::triggers;
 void createTrigger(Call &call) {
     std::uint32_t const id = call.state.catalogue.create(triggers, *call.kind, call.inputsFrom(0));
     call.state.restartTrigger(id, call.now);
+    warnOfFault(call, triggers, id);
     call.response.number("trigger_id", id);
 }
 
@@ -22,6 +29,7 @@ void getTrigger(Call &call) {
 void modifyTrigger(Call &call) {
     call.state.catalogue.modify(triggers, *call.kind, call.id(), call.inputsFrom(1));
     call.state.restartTrigger(call.id(), call.now);
+    warnOfFault(call, triggers, call.id());
 }
 
 void getTriggers(Call &call) {
@@ -29,7 +37,7 @@ void getTriggers(Call &call) {
 }
 
 void getTriggerCounts(Call &call) {
-    writeCounts(call.response, call.state.catalogue.entries(triggers), "trigger_types");
+    writeCounts(call.response, call.state.catalogue, triggers, "trigger_types");
 }
 
 void getTriggerType(Call &call) {
@@ -42,10 +50,32 @@ void deleteTrigger(Call &call) {
 }
 
 void onvifEvent(Call &call) {
-    call.state.inject({std::move(call.input<std::string>(0)),
-                       std::move(call.input<std::string>(1)),
-                       {std::move(call.input<Texts>(2)), std::move(call.input<Texts>(3))}},
-                      call.now);
+    onvif::Namespaces const namespaces{std::move(call.input<Texts>(2)), std::move(call.input<Texts>(3))};
+    std::optional<onvif::Event> event;
+    std::string fault = faultOfNamespaces(namespaces);
+    if (fault.empty()) {
+        try {
+            event.emplace(std::move(call.input<std::string>(0)), std::move(call.input<std::string>(1)),
+                          namespaces);
+        } catch (onvif::SyntaxError const &error) {
+            fault = error.what();
+        } catch (onvif::MessageError const &error) {
+            fault = error.what();
+        }
+    }
+    if (!event) {
+        if (call.state.catalogue.nonsense() == Catalogue::Nonsense::refused) {
+            throw impossible(fault);
+        }
+        call.remarks.warnings.push_back("an event is passed over: " + fault);
+        return;
+    }
+    EngineState::Injection injection = call.state.inject(*event, call.now);
+    call.remarks.notes.push_back("event " + quoted(event->topic_text) + ": " +
+                                 std::to_string(injection.fired) + " triggers fire");
+    for (std::string &missed : injection.missed) {
+        call.remarks.notes.push_back(std::move(missed));
+    }
 }
 
 }  // namespace simulator::handlers

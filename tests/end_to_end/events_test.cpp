@@ -36,8 +36,9 @@ std::string contentsOf(std::filesystem::path const &path) {
 
 /// Fires whatever has an ONVIF trigger on this topic.
 void inject(Client const &client, std::string const &topic) {
-    EXPECT_EQ(operation("onvif_event").send(client.handle(), nullptr, {topic, "", Texts{}, Texts{}}).status,
-              KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(
+        operation("onvif_event").send(client.handle(), nullptr, {topic, "<fired/>", Texts{}, Texts{}}).status,
+        KORVO_CORE_STATUS_NO_ERROR);
 }
 
 TEST(TimerTrigger, SavesASnapshotAndReportsIt) {

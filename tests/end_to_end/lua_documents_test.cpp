@@ -101,7 +101,7 @@ TEST_P(LuaDocuments, EveryExampleOfTheManualDoesWhatItSays) {
     for (std::size_t place : std::vector<std::size_t>(examples.begin() + 1, examples.end() - 1)) {
         bool const says_what_it_prints =
             blocks[place + 1].language == "text" && blocks[place + 1].follows_directly;
-        Service const service;
+        Service const service({"--lenient"});
         Finished const finished = runScript(beginning + blocks[place].text + end);
         EXPECT_TRUE(finished.exit == exited(0)) << "docs/lua.md:" << blocks[place].line << "\n"
                                                 << finished.errors;

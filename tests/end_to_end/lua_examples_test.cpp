@@ -86,9 +86,11 @@ std::vector<Sample> const sample_actions = {
 };
 std::vector<Sample> const sample_triggers = {
     {"onvif_trigger",
-     {"motion", "tns1:A|tns1:B", "dialect", "IsMotion", Texts{"tns1", "tt"}, Texts{"urn:a", "urn:b"}}},
+     {"motion", "tns1:A|tns1:B//.", "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet",
+      "boolean(//tt:SimpleItem[@Name=\"IsMotion\" and @Value=\"true\"])", Texts{"tns1", "tt"},
+      Texts{"urn:a", "http://www.onvif.org/ver10/schema"}}},
     {"timer_trigger", {"never", 0U}},
-    {"stable_onvif_trigger", {"stable", "tns1:A", "", Texts{}, Texts{}, 7U}},
+    {"stable_onvif_trigger", {"stable", "A", "", Texts{}, Texts{}, 7U}},
 };
 
 struct Made {
@@ -111,7 +113,7 @@ Made fillCatalogue(Client const &client) {
         }
     }
     ask(client, "set_action_filters",
-        {made.actions[2], Numbers{62, 65}, Numbers{28800, 4294967295U}, Numbers{61200}});
+        {made.actions[2], Numbers{62, 65}, Numbers{28800, 86399}, Numbers{61200, 0}});
     return made;
 }
 
@@ -128,7 +130,7 @@ void expectFullCatalogue(Client const &client, Made const &made) {
         EXPECT_EQ(ask(client, "get_trigger_associations", {made.triggers[place]}).front(), Value(bound));
     }
     EXPECT_EQ(ask(client, "get_action_filters", {made.actions[2]}),
-              (Values{Numbers{62, 65}, Numbers{28800, 4294967295U}, Numbers{61200}}));
+              (Values{Numbers{62, 65}, Numbers{28800, 86399}, Numbers{61200, 0}}));
     EXPECT_EQ(ask(client, "get_action_filters", {made.actions[0]}),
               (Values{Numbers{}, Numbers{}, Numbers{}}));
 }
@@ -152,7 +154,7 @@ TEST_P(LuaExamples, ListCatalogueShowsSettingsFiltersAndAssociations) {
     create(client, "timer_trigger", {"idle", 0U});
     ask(client, "create_association", {timer, upload});
     ask(client, "create_association", {timer, preset});
-    ask(client, "set_action_filters", {preset, Numbers{62, 65}, Numbers{28800}, Numbers{61200, 3660}});
+    ask(client, "set_action_filters", {preset, Numbers{62, 65}, Numbers{28800, 0}, Numbers{61200, 3660}});
     Finished const finished = runExample("list_catalogue.lua");
     EXPECT_TRUE(finished.exit == exited(0)) << finished.errors;
     EXPECT_EQ(finished.out,

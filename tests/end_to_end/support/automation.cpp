@@ -9,23 +9,30 @@
 
 namespace end_to_end {
 
+namespace {
+
+char key[] = "tns1";
+char uri[] = "http://www.onvif.org/ver10/topics";
+char *keys[] = {key, nullptr};
+char *uris[] = {uri, nullptr};
+
+}  // namespace
+
 Automation::Automation(Client const &client, std::string name) : topic_("tns1:Test/" + std::move(name)) {
     void *const handle = client.handle();
-    char *nothing[] = {nullptr};
     EXPECT_EQ(korvo_api_action_engine_create_ptz_preset_action_send(handle, nullptr, topic_.c_str(), "gate",
                                                                     &action_id_),
               KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(korvo_api_action_engine_create_onvif_trigger_send(
-                  handle, nullptr, topic_.c_str(), topic_.c_str(), "", "", nothing, nothing, &trigger_id_),
+                  handle, nullptr, topic_.c_str(), topic_.c_str(), "", "", keys, uris, &trigger_id_),
               KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(korvo_api_action_engine_create_association_send(handle, nullptr, trigger_id_, action_id_),
               KORVO_CORE_STATUS_NO_ERROR);
 }
 
 void Automation::fire(Client const &client) const {
-    char *nothing[] = {nullptr};
-    EXPECT_EQ(korvo_api_action_engine_onvif_event_send(client.handle(), nullptr, topic_.c_str(), "", nothing,
-                                                       nothing),
+    EXPECT_EQ(korvo_api_action_engine_onvif_event_send(client.handle(), nullptr, topic_.c_str(), "<fired/>",
+                                                       keys, uris),
               KORVO_CORE_STATUS_NO_ERROR);
 }
 

@@ -64,8 +64,8 @@ TEST(Catalogue, IsTheSameAfterARestart) {
         R"({"command":"Create_ptz_scan_action","action_name":"s","scan_id":"nul \u0000 inside"})",
         R"({"command":"Create_ptz_tour_action","action_name":"t","tour_id":"1"})",
         R"({"command":"Modify_ptz_tour_action","action_id":3,"action_name":"u","tour_id":"2"})",
-        R"({"command":"Set_action_filters","action_id":2,"weekday_filters":[62,127],"time_filters_start":[0],"time_filters_end":[4294967295]})",
-        R"({"command":"Create_stable_onvif_trigger","trigger_name":"n","topic_filter":"t","content_filter":"c","namespace_keys":["a","b"],"namespace_uris":["u"],"stability_seconds":3})",
+        R"({"command":"Set_action_filters","action_id":2,"weekday_filters":[62,127],"time_filters_start":[0,86399],"time_filters_end":[86400,0]})",
+        R"({"command":"Create_stable_onvif_trigger","trigger_name":"n","topic_filter":"a:t/b:t//.","content_filter":"not(boolean(//b:ElementItem[@Value=\"1\"])) ","namespace_keys":["a","b"],"namespace_uris":["u","http://www.onvif.org/ver10/schema"],"stability_seconds":3})",
         R"({"command":"Create_timer_trigger","trigger_name":"n","timer_seconds":0})",
         R"({"command":"Create_association","trigger_id":2,"action_id":1})",
         R"({"command":"Create_association","trigger_id":2,"action_id":3})",
@@ -170,6 +170,86 @@ TEST(Catalogue, ADeletedTriggerIsBoundNoMore) {
     }
     Bench bench(folder / "store");
     EXPECT_EQ(bench.respond(R"({"command":"Get_action_associations","action_id":5})"), expected);
+}
+
+TEST(Catalogue, KeepsItsCountsThroughDeletionsChangesAndARestart) {
+    TemporaryFolder const folder;
+    std::string const actions = R"({"command":"Get_action_counts"})";
+    std::string const triggers = R"({"command":"Get_trigger_counts"})";
+    std::string const actions_left =
+        R"({"command":"Get_action_counts","status":0,"total":2,"action_types":[7,8],"counts":[1,1]})";
+    std::string const triggers_left =
+        R"({"command":"Get_trigger_counts","status":0,"total":1,"trigger_types":[1],"counts":[1]})";
+    {
+        Bench bench(folder / "store");
+        for (char const *const command :
+             {create_wiper, create_washer, create_wiper, create_timer, create_timer}) {
+            bench.respond(command);
+        }
+        EXPECT_EQ(bench.status(R"({"command":"Delete_action","action_id":1})"), 0);
+        EXPECT_EQ(bench.status(R"({"command":"Delete_action","action_id":1})"), 9);
+        EXPECT_EQ(bench.status(R"({"command":"Delete_trigger","trigger_id":2})"), 0);
+        EXPECT_EQ(bench.status(R"({"command":"Modify_wiper_action","action_id":3,"action_name":"m"})"), 0);
+        EXPECT_EQ(bench.respond(actions), actions_left);
+        EXPECT_EQ(bench.respond(triggers), triggers_left);
+    }
+    Bench bench(folder / "store");
+    EXPECT_EQ(bench.respond(actions), actions_left);
+    EXPECT_EQ(bench.respond(triggers), triggers_left);
+}
+
+TEST(Catalogue, TakesWhatCanJustBeReadBackAndRefusesOneByteMore) {
+    Bench bench;
+    // What stands around the name in the answer: {"command":"Get_wiper_action","status":0,"action_name":""}
+    std::size_t const longest_name = 1'000'000 - 58;
+    auto const create = [](std::size_t size) {
+        return R"({"command":"Create_wiper_action","action_name":")" + std::string(size, 'n') + "\"}";
+    };
+    auto const modify = [](std::size_t size) {
+        return R"({"command":"Modify_wiper_action","action_id":1,"action_name":")" + std::string(size, 'm') +
+               "\"}";
+    };
+    std::string const get = R"({"command":"Get_wiper_action","action_id":1})";
+    EXPECT_EQ(bench.status(create(longest_name + 1)), 9);
+    EXPECT_TRUE(bench.log.holds("too long to be read back with Get_wiper_action: 1000001 bytes"));
+    EXPECT_EQ(bench.number(R"({"command":"Get_action_counts"})", "total"), 0);
+    EXPECT_EQ(bench.number(create(longest_name), "action_id"), 1);
+    EXPECT_EQ(bench.respond(get).size(), 1'000'000U);
+
+    EXPECT_EQ(bench.status(modify(longest_name + 1)), 9);
+    EXPECT_EQ(bench.answer(get).at("action_name").as_string(), std::string(longest_name, 'n'));
+    EXPECT_EQ(bench.status(modify(longest_name)), 0);
+    EXPECT_EQ(bench.answer(get).at("action_name").as_string(), std::string(longest_name, 'm'));
+
+    // A quote takes two bytes.
+    EXPECT_EQ(bench.status(R"({"command":"Modify_wiper_action","action_id":1,"action_name":"\")" +
+                           std::string(longest_name - 1, 'q') + "\"}"),
+              9);
+    EXPECT_EQ(bench.status(R"({"command":"Modify_wiper_action","action_id":1,"action_name":"\")" +
+                           std::string(longest_name - 2, 'q') + "\"}"),
+              0);
+    EXPECT_EQ(bench.respond(get).size(), 1'000'000U);
+}
+
+TEST(Catalogue, TakesFiltersThatCanJustBeReadBackAndRefusesOneMore) {
+    Bench bench;
+    bench.respond(create_wiper);
+    // In the answer, without the lists' elements:
+    // {"command":"Get_action_filters","status":0,"weekday_filters":[],"time_filters_start":[],"time_filters_end":[]}
+    std::size_t const most = (1'000'000 - 110 + 3) / 6;
+    auto const set = [](std::size_t count) {
+        std::string ones;
+        for (std::size_t n = 0; n < count; ++n) {
+            ones += n == 0 ? "1" : ",1";
+        }
+        return R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[)" + ones +
+               R"(],"time_filters_start":[)" + ones + R"(],"time_filters_end":[)" + ones + "]}";
+    };
+    EXPECT_EQ(bench.status(set(most + 1)), 9);
+    std::string const get = R"({"command":"Get_action_filters","action_id":1})";
+    EXPECT_TRUE(bench.answer(get).at("weekday_filters").as_array().empty());
+    EXPECT_EQ(bench.status(set(most)), 0);
+    EXPECT_EQ(bench.answer(get).at("time_filters_end").as_array().size(), most);
 }
 
 TEST(Catalogue, IsBounded) {

@@ -88,9 +88,9 @@ constexpr Example examples[] = {
      ""},
 
     {"Get_action_filters", R"("action_id":3)",
-     R"("weekday_filters":[62,65],"time_filters_start":[28800],"time_filters_end":[64800,3600,1])"},
+     R"("weekday_filters":[62,65],"time_filters_start":[28800,86399],"time_filters_end":[64800,86400])"},
     {"Set_action_filters",
-     R"("action_id":3,"weekday_filters":[],"time_filters_start":[0],"time_filters_end":[1,2])", ""},
+     R"("action_id":3,"weekday_filters":[0,127],"time_filters_start":[0,1],"time_filters_end":[1,0])", ""},
 
     {"Get_triggers", "", R"("trigger_id":[1,2,3],"trigger_type":[0,1,2])"},
     {"Get_trigger_counts", "", R"("total":3,"trigger_types":[0,1,2],"counts":[1,1,1])"},
@@ -102,25 +102,25 @@ constexpr Example examples[] = {
     {"Modify_timer_trigger", R"("trigger_id":2,"trigger_name":"n","timer_seconds":0)", ""},
 
     {"Create_onvif_trigger",
-     R"("trigger_name":"n","topic_filter":"t","topic_filter_dialect":"d","content_filter":"c","namespace_keys":["k"],"namespace_uris":["u","v"])",
+     R"("trigger_name":"n","topic_filter":"k:A|B//.","topic_filter_dialect":"","content_filter":"","namespace_keys":["k"],"namespace_uris":["u"])",
      R"("trigger_id":4)"},
     {"Get_onvif_trigger", R"("trigger_id":1)",
-     R"("trigger_name":"onvif","topic_filter":"tns1:A/B","topic_filter_dialect":"dialect","content_filter":"on","namespace_keys":["tns1","x"],"namespace_uris":["urn:a","urn:x"])"},
+     R"("trigger_name":"onvif","topic_filter":"tns1:A/B","topic_filter_dialect":"http://docs.oasis-open.org/wsn/t-1/TopicExpression/Concrete","content_filter":"boolean(//tt:SimpleItem[@Name=\"State\" and @Value=\"on\"]) ","namespace_keys":["tns1","tt"],"namespace_uris":["urn:a","http://www.onvif.org/ver10/schema"])"},
     {"Modify_onvif_trigger",
-     R"("trigger_id":1,"trigger_name":"n","topic_filter":"t","topic_filter_dialect":"d","content_filter":"c","namespace_keys":[],"namespace_uris":[])",
+     R"("trigger_id":1,"trigger_name":"n","topic_filter":"t","topic_filter_dialect":"http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet","content_filter":" ","namespace_keys":[],"namespace_uris":[])",
      ""},
 
     {"Create_stable_onvif_trigger",
-     R"("trigger_name":"n","topic_filter":"t","content_filter":"c","namespace_keys":[],"namespace_uris":[],"stability_seconds":4294967295)",
+     R"("trigger_name":"n","topic_filter":"t","content_filter":"","namespace_keys":[],"namespace_uris":[],"stability_seconds":4294967295)",
      R"("trigger_id":4)"},
     {"Get_stable_onvif_trigger", R"("trigger_id":3)",
-     R"("trigger_name":"stable","topic_filter":"tns1:A","content_filter":"off","namespace_keys":["tns1"],"namespace_uris":["urn:a"],"stability_seconds":5)"},
+     R"("trigger_name":"stable","topic_filter":"tns1:A//.","content_filter":" ","namespace_keys":["tns1"],"namespace_uris":["urn:a"],"stability_seconds":5)"},
     {"Modify_stable_onvif_trigger",
-     R"("trigger_id":3,"trigger_name":"n","topic_filter":"t","content_filter":"c","namespace_keys":[],"namespace_uris":[],"stability_seconds":0)",
+     R"("trigger_id":3,"trigger_name":"n","topic_filter":"t","content_filter":"","namespace_keys":[],"namespace_uris":[],"stability_seconds":0)",
      ""},
 
     {"Onvif_event",
-     R"("topic":"tns1:A/B","message":"on","namespace_keys":["tns1"],"namespace_uris":["urn:a"])", ""},
+     R"("topic":"tns1:A/B","message":"<on/>","namespace_keys":["tns1"],"namespace_uris":["urn:a"])", ""},
 
     {"Get_trigger_associations", R"("trigger_id":2)", R"("action_id":[3,9],"action_type":[2,8])"},
     {"Get_action_associations", R"("action_id":3)", R"("trigger_id":[2],"trigger_type":[1])"},
@@ -139,13 +139,13 @@ constexpr char const *preparation[] = {
     R"({"command":"Create_wiper_action","action_name":"wiper"})",
     R"({"command":"Create_washer_action","action_name":"washer"})",
     R"({"command":"Create_relay_action","action_name":"relay","relay_target":"gate","config_mode":2,"config_normally_closed":true,"config_repeat_cycles":0,"config_on_time_ms":500,"config_off_time_ms":4294967295})",
-    R"({"command":"Create_onvif_trigger","trigger_name":"onvif","topic_filter":"tns1:A/B","topic_filter_dialect":"dialect","content_filter":"on","namespace_keys":["tns1","x"],"namespace_uris":["urn:a","urn:x"]})",
+    R"({"command":"Create_onvif_trigger","trigger_name":"onvif","topic_filter":"tns1:A/B","topic_filter_dialect":"http://docs.oasis-open.org/wsn/t-1/TopicExpression/Concrete","content_filter":"boolean(//tt:SimpleItem[@Name=\"State\" and @Value=\"on\"]) ","namespace_keys":["tns1","tt"],"namespace_uris":["urn:a","http://www.onvif.org/ver10/schema"]})",
     R"({"command":"Create_timer_trigger","trigger_name":"timer","timer_seconds":60})",
-    R"({"command":"Create_stable_onvif_trigger","trigger_name":"stable","topic_filter":"tns1:A","content_filter":"off","namespace_keys":["tns1"],"namespace_uris":["urn:a"],"stability_seconds":5})",
+    R"({"command":"Create_stable_onvif_trigger","trigger_name":"stable","topic_filter":"tns1:A//.","content_filter":" ","namespace_keys":["tns1"],"namespace_uris":["urn:a"],"stability_seconds":5})",
     R"({"command":"Create_association","trigger_id":2,"action_id":9})",
     R"({"command":"Create_association","trigger_id":2,"action_id":3})",
-    R"({"command":"Set_action_filters","action_id":3,"weekday_filters":[62,65],"time_filters_start":[28800],"time_filters_end":[64800,3600,1]})",
-};
+    R"({"command":"Set_action_filters","action_id":3,"weekday_filters":[62,65],"time_filters_start":[28800,86399],"time_filters_end":[64800,86400]})",
+};  // namespace
 
 std::string commandText(Example const &example) {
     std::string const inputs = example.inputs;

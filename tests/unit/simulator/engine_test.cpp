@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <boost/json/serialize.hpp>
+#include <boost/json/string.hpp>
+#include <boost/json/value.hpp>
 #include <string>
 
 #include "support.h"
@@ -11,6 +14,18 @@
 namespace simulator::tests {
 
 namespace {
+
+/// The filter that takes messages of this state, and a message of it.
+std::string filterFor(std::string const &state) {
+    return "boolean(//tt:SimpleItem[@Name=\"State\" and @Value=\"" + state + "\"])";
+}
+std::string message(std::string const &state, std::string const &source = "1",
+                    std::string const &operation = "Changed") {
+    return R"(<tt:Message PropertyOperation=")" + operation +
+           R"("><tt:Source><tt:SimpleItem Name="Id" Value=")" + source +
+           R"("/></tt:Source><tt:Data><tt:SimpleItem Name="State" Value=")" + state +
+           R"("/></tt:Data></tt:Message>)";
+}
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
@@ -36,18 +51,20 @@ class EngineTest : public testing::Test {
 
     std::int64_t onvif(std::string const &topic, std::string const &content) {
         return bench.number(R"({"command":"Create_onvif_trigger","trigger_name":"o","topic_filter":")" +
-                                topic + R"(","topic_filter_dialect":"","content_filter":")" + content +
-                                R"(","namespace_keys":[],"namespace_uris":[]})",
+                                topic + R"(","topic_filter_dialect":"","content_filter":)" +
+                                boost::json::serialize(boost::json::string(content)) + namespaces + "}",
                             "trigger_id");
     }
 
     std::int64_t stable(std::string const &topic, std::string const &content, unsigned int time) {
-        return bench.number(
-            R"({"command":"Create_stable_onvif_trigger","trigger_name":"s","topic_filter":")" + topic +
-                R"(","content_filter":")" + content +
-                R"(","namespace_keys":[],"namespace_uris":[],"stability_seconds":)" + std::to_string(time) +
-                "}",
-            "trigger_id");
+        return bench.number(stableCommand("Create_stable_onvif_trigger", topic, content, time), "trigger_id");
+    }
+
+    static std::string stableCommand(std::string const &command, std::string const &topic,
+                                     std::string const &content, unsigned int time) {
+        return R"({"command":")" + command + R"(","trigger_id":1,"trigger_name":"s","topic_filter":")" +
+               topic + R"(","content_filter":)" + boost::json::serialize(boost::json::string(content)) +
+               namespaces + R"(,"stability_seconds":)" + std::to_string(time) + "}";
     }
 
     void bind(std::int64_t trigger_id, std::int64_t action_id) {
@@ -58,9 +75,12 @@ class EngineTest : public testing::Test {
     }
 
     std::int64_t inject(std::string const &topic, std::string const &message) {
-        return bench.status(R"({"command":"Onvif_event","topic":")" + topic + R"(","message":")" + message +
-                            R"(","namespace_keys":[],"namespace_uris":[]})");
+        return bench.status(R"({"command":"Onvif_event","topic":")" + topic + R"(","message":)" +
+                            boost::json::serialize(boost::json::string(message)) + namespaces + "}");
     }
+
+    static constexpr char const *namespaces =
+        R"(,"namespace_keys":["tns1","tt"],"namespace_uris":["urn:topics","http://www.onvif.org/ver10/schema"])";
 
     Bench bench;
 };
@@ -126,7 +146,7 @@ TEST_F(EngineTest, TimersDoNotPileUpBehindSlowActions) {
     bind(timer(1), 2);
     bind(onvif("door", ""), 1);
     for (int n = 0; n < 5; ++n) {
-        inject("door", "open");
+        inject("door", message("open"));
     }
     // Each turn, be it the firing of a trigger or the run of its action, takes a second.
     for (int n = 0; n < 10; ++n) {
@@ -205,7 +225,7 @@ TEST_F(EngineTest, FiltersHoldAnActionBackAndSayNothingToSubscribers) {
     // Only on Sundays; it is Wednesday.
     EXPECT_EQ(
         bench.status(
-            R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[1],"time_filters_start":[],"time_filters_end":[]})"),
+            R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[1],"time_filters_start":[0],"time_filters_end":[86400]})"),
         0);
     bench.advance(seconds(10));
     EXPECT_THAT(bench.run(), ElementsAre(2));
@@ -216,57 +236,141 @@ TEST_F(EngineTest, FiltersHoldAnActionBackAndSayNothingToSubscribers) {
     EXPECT_THAT(bench.run(), ElementsAre(1, 2));
 }
 
-TEST_F(EngineTest, AnOnvifTriggerFiresOnEventsThatItsFiltersLetThrough) {
-    bind(onvif("tns1:Door//.", "State=open"), 1);
-    EXPECT_EQ(inject("tns1:Door/Main", "State=open"), 0);
-    EXPECT_EQ(inject("tns1:Door/Main", "State=closed"), 0);
-    EXPECT_EQ(inject("tns1:Window", "State=open"), 0);
+TEST_F(EngineTest, AnOnvifTriggerFiresOnEventsThatItsFiltersTake) {
+    bind(onvif("tns1:Door//.", filterFor("open")), 1);
+    EXPECT_EQ(inject("tns1:Door/Main", message("open")), 0);
+    EXPECT_EQ(inject("tns1:Door/Main", message("closed")), 0);
+    EXPECT_EQ(inject("tns1:Window", message("open")), 0);
     EXPECT_THAT(bench.run(), ElementsAre(1));
-    EXPECT_THAT(bench.jobs[0].cause, HasSubstr("Topic: tns1:Door/Main\nMessage: State=open\n"));
+    EXPECT_THAT(bench.jobs[0].cause, HasSubstr("Topic: tns1:Door/Main\nMessage: <tt:Message "));
+}
+
+TEST_F(EngineTest, TheLogSaysWhatBecameOfAnEvent) {
+    onvif("tns1:Door//.", filterFor("open"));
+    bench.log.lines.clear();
+    inject("tns1:Door", message("open"));
+    inject("tns1:Door/Main", message("closed"));
+    inject("tns1:Window", message("open"));
+    EXPECT_THAT(
+        bench.log.lines,
+        ElementsAre("6 event \"tns1:Door\": 1 triggers fire", "6 event \"tns1:Door/Main\": 0 triggers fire",
+                    "6 trigger 1 \"o\" does not take the message: \"State\" was \"closed\", the filter "
+                    "wants \"open\"",
+                    "6 event \"tns1:Window\": 0 triggers fire"));
 }
 
 TEST_F(EngineTest, AStableTriggerFiresWhenItsTimeIsOver) {
-    bind(stable("door", "open", 5), 1);
-    EXPECT_EQ(inject("door", "open"), 0);
+    bind(stable("door", filterFor("open"), 5), 1);
+    EXPECT_EQ(inject("door", message("open")), 0);
     EXPECT_EQ(bench.engine.nextDeadline(), bench.now + seconds(5));
     bench.advance(milliseconds(4999));
     EXPECT_THAT(bench.run(), IsEmpty());
     bench.advance(milliseconds(1));
     EXPECT_THAT(bench.run(), ElementsAre(1));
-    EXPECT_THAT(bench.jobs[0].cause, HasSubstr("Message: open"));
+    EXPECT_THAT(bench.jobs[0].cause, HasSubstr("Value=\"open\""));
     bench.advance(seconds(60));
     EXPECT_THAT(bench.run(), IsEmpty());
 }
 
 TEST_F(EngineTest, AContraryEventStopsTheWaitOfAStableTrigger) {
-    bind(stable("door", "open", 5), 1);
-    inject("door", "open");
+    bind(stable("door", filterFor("open"), 5), 1);
+    inject("door", message("open"));
     bench.advance(seconds(3));
-    inject("door", "closed");
+    inject("door", message("closed"));
     bench.advance(seconds(60));
     EXPECT_THAT(bench.run(), IsEmpty());
-    inject("door", "open");
+    inject("door", message("open"));
     bench.advance(seconds(5));
     EXPECT_THAT(bench.run(), ElementsAre(1));
 }
 
 TEST_F(EngineTest, FurtherAndForeignEventsLeaveTheWaitOfAStableTriggerAlone) {
-    bind(stable("door", "open", 5), 1);
-    inject("door", "open");
+    bind(stable("door", filterFor("open"), 5), 1);
+    inject("door", message("open"));
     bench.advance(seconds(3));
-    inject("door", "open");
-    inject("window", "closed");
+    inject("door", message("open"));
+    inject("window", message("closed"));
     bench.advance(seconds(2));
     EXPECT_THAT(bench.run(), ElementsAre(1));
 }
 
+TEST_F(EngineTest, AStableTriggerFiresOnceUntilAFailingStateArmsItAgain) {
+    bind(stable("door", filterFor("open"), 5), 1);
+    inject("door", message("open"));
+    bench.advance(seconds(5));
+    EXPECT_THAT(bench.run(), ElementsAre(1));
+    inject("door", message("open"));
+    bench.advance(seconds(60));
+    EXPECT_THAT(bench.run(), IsEmpty());
+    inject("door", message("closed"));
+    inject("door", message("open"));
+    bench.advance(seconds(5));
+    EXPECT_THAT(bench.run(), ElementsAre(1));
+}
+
+TEST_F(EngineTest, AStableTriggerFollowsEachPropertyByItself) {
+    bind(stable("door//.", filterFor("open"), 5), 1);
+    inject("door", message("open", "1"));
+    bench.advance(seconds(2));
+    inject("door", message("open", "2"));
+    inject("door/back", message("open", "1"));
+    // Only the first property's wait ends.
+    inject("door", message("closed", "1"));
+    bench.advance(milliseconds(4999));
+    EXPECT_THAT(bench.run(), IsEmpty());
+    bench.advance(milliseconds(1));
+    EXPECT_THAT(bench.run(), ElementsAre(1, 1));
+}
+
+TEST_F(EngineTest, APropertyThatIsNoMoreEndsTheWaitOfAStableTrigger) {
+    bind(stable("door", filterFor("open"), 5), 1);
+    inject("door", message("open", "1", "Initialized"));
+    bench.advance(seconds(3));
+    inject("door", message("open", "1", "Deleted"));
+    bench.advance(seconds(60));
+    EXPECT_THAT(bench.run(), IsEmpty());
+    inject("door", message("open", "1", "Initialized"));
+    bench.advance(seconds(5));
+    EXPECT_THAT(bench.run(), ElementsAre(1));
+}
+
+TEST_F(EngineTest, AStableTriggerOfNoTimeFiresAtOnceAndOnce) {
+    bind(stable("door", "", 0), 1);
+    inject("door", message("open"));
+    EXPECT_THAT(bench.run(), ElementsAre(1));
+    inject("door", message("open"));
+    EXPECT_THAT(bench.run(), IsEmpty());
+}
+
+TEST_F(EngineTest, FollowsABoundedNumberOfPropertiesAndRefusesFurtherOnes) {
+    bind(stable("door", filterFor("open"), 5), 1);
+    for (int n = 0; n < 10'000; ++n) {
+        ASSERT_EQ(inject("door", message("open", std::to_string(n))), 0);
+    }
+    EXPECT_EQ(inject("door", message("open", "more")), 9);
+    EXPECT_TRUE(bench.log.holds("stable triggers follow 10000 properties already"));
+    // Those that are followed may go on, and one that ends makes room.
+    EXPECT_EQ(inject("door", message("open", "7")), 0);
+    EXPECT_EQ(inject("door", message("closed", "7")), 0);
+    EXPECT_EQ(inject("door", message("open", "more")), 0);
+    bench.respond(R"({"command":"Delete_trigger","trigger_id":1})");
+    EXPECT_FALSE(bench.engine.nextDeadline());
+    bind(stable("door", filterFor("open"), 5), 1);
+    EXPECT_EQ(inject("door", message("open", "again")), 0);
+}
+
+TEST_F(EngineTest, RefusesToFollowAPropertyWithALongName) {
+    stable("door", filterFor("open"), 5);
+    EXPECT_EQ(inject("door", message("open", std::string(900, 'x'))), 0);
+    EXPECT_EQ(inject("door", message("open", std::string(1024, 'x'))), 9);
+    EXPECT_EQ(inject("door", message("closed", std::string(1024, 'x'))), 0);
+    EXPECT_EQ(inject("other", message("open", std::string(1024, 'x'))), 0);
+}
+
 TEST_F(EngineTest, AModifiedStableTriggerForgetsWhatItWaitedFor) {
-    bind(stable("door", "open", 5), 1);
-    inject("door", "open");
-    EXPECT_EQ(
-        bench.status(
-            R"({"command":"Modify_stable_onvif_trigger","trigger_id":1,"trigger_name":"s","topic_filter":"door","content_filter":"open","namespace_keys":[],"namespace_uris":[],"stability_seconds":5})"),
-        0);
+    bind(stable("door", filterFor("open"), 5), 1);
+    inject("door", message("open"));
+    EXPECT_EQ(bench.status(stableCommand("Modify_stable_onvif_trigger", "door", filterFor("open"), 5)), 0);
     bench.advance(seconds(60));
     EXPECT_THAT(bench.run(), IsEmpty());
 }
@@ -274,22 +378,21 @@ TEST_F(EngineTest, AModifiedStableTriggerForgetsWhatItWaitedFor) {
 TEST_F(EngineTest, RefusesEventsWhileTooManyTriggersWait) {
     bind(onvif("door", ""), 1);
     for (int n = 0; n < 10'000; ++n) {
-        ASSERT_EQ(inject("door", "open"), 0);
+        ASSERT_EQ(inject("door", message("open")), 0);
     }
-    EXPECT_EQ(inject("door", "open"), 9);
+    EXPECT_EQ(inject("door", message("open")), 9);
     EXPECT_EQ(bench.run().size(), 10'000U);
-    EXPECT_EQ(inject("door", "open"), 0);
+    EXPECT_EQ(inject("door", message("open")), 0);
 }
 
 TEST_F(EngineTest, KeepsOnlyTheBeginningOfALongMessage) {
-    bind(onvif("door", "end"), 1);
+    bind(onvif("door", ""), 1);
     // The 4096th byte is the first of a character of two.
-    std::string message(4095, 'x');
-    message += "\u00fc and the end";
-    EXPECT_EQ(inject("door", message), 0);
+    std::string const kept = "<m>" + std::string(4092, 'x');
+    EXPECT_EQ(inject("door", kept + "\u00fc and the end</m>"), 0);
     bench.run();
     ASSERT_EQ(bench.jobs.size(), 1U);
-    EXPECT_THAT(bench.jobs[0].cause, testing::EndsWith("Message: " + std::string(4095, 'x') + "\n"));
+    EXPECT_THAT(bench.jobs[0].cause, testing::EndsWith("Message: " + kept + "\n"));
 }
 
 }  // namespace simulator::tests

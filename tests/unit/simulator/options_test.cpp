@@ -57,8 +57,8 @@ std::string sentencesAfter(std::string const &text, std::string const &beginning
     }
     std::string const rest = text.substr(found + beginning.size());
     std::smatch end;
-    bool const more =
-        std::regex_search(rest, end, std::regex(" --[a-z]| To try out | Filters: | When it takes "));
+    bool const more = std::regex_search(
+        rest, end, std::regex(" --[a-z]| To try out | Filters: | Triggers: | When it takes "));
     return more ? rest.substr(0, static_cast<std::size_t>(end.position())) : rest;
 }
 
@@ -165,9 +165,10 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
     std::string const help = plain(helpText());
     std::string const manual = plain(withoutMacros(readFile(MANUAL_PAGE)));
     // Of both texts, what stands from the first option on: for each option its name, its value and its words.
-    for (char const *const option : {"--target TEXT", "--store FILE", "--snapshots DIR", "--outbox DIR",
-                                     "--log-level LEVEL", "--help", "--version", "--fail METHOD=STATUS",
-                                     "--delay METHOD=MS", "--drop METHOD", "--target-version MAJOR.MINOR"}) {
+    for (char const *const option :
+         {"--target TEXT", "--store FILE", "--snapshots DIR", "--outbox DIR", "--log-level LEVEL",
+          "--lenient", "--help", "--version", "--fail METHOD=STATUS", "--delay METHOD=MS", "--drop METHOD",
+          "--target-version MAJOR.MINOR"}) {
         std::string const words = sentencesAfter(help, std::string(" ") + option + " ");
         ASSERT_GT(words.size(), 10U) << option;
         EXPECT_THAT(manual, HasSubstr(std::string(" ") + option + " " + words));
@@ -186,7 +187,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 11U);
+    EXPECT_EQ(options, 12U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

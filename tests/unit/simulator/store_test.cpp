@@ -232,7 +232,7 @@ TEST(Store, AFailedWriteLeavesStoreAndMemoryAsTheyWere) {
         R"({"command":"Create_timer_trigger","trigger_name":"u","timer_seconds":1})",
         R"({"command":"Modify_snapshot_action","action_id":1,"action_name":"b","filename":"g"})",
         R"({"command":"Modify_timer_trigger","trigger_id":1,"trigger_name":"u","timer_seconds":1})",
-        R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[1],"time_filters_start":[],"time_filters_end":[]})",
+        R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[1],"time_filters_start":[0],"time_filters_end":[0]})",
         R"({"command":"Create_association","trigger_id":1,"action_id":1})",
         R"({"command":"Delete_action","action_id":1})",
         R"({"command":"Delete_trigger","trigger_id":1})",

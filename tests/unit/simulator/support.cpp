@@ -41,9 +41,9 @@ bool RecordedLog::holds(std::string const &part) const {
                        [&](std::string const &line) { return line.find(part) != std::string::npos; });
 }
 
-Bench::Bench(std::string const &store_path, Dispatcher::Settings settings)
+Bench::Bench(std::string const &store_path, Dispatcher::Settings settings, Catalogue::Nonsense nonsense)
     : store(store_path),
-      engine(Catalogue(store),
+      engine(Catalogue(store, nonsense),
              {[this] { return now; }, [this] { return local_time; },
               [this](Job const &job) {
                   jobs.push_back(job);

@@ -50,7 +50,8 @@ class RecordedLog {
 class Bench {
   public:
     /// An empty path keeps the store in memory.
-    explicit Bench(std::string const &store_path = "", Dispatcher::Settings settings = {});
+    explicit Bench(std::string const &store_path = "", Dispatcher::Settings settings = {},
+                   Catalogue::Nonsense nonsense = Catalogue::Nonsense::refused);
 
     /// The response to a command, as text and as an object.
     std::string respond(std::string_view command);

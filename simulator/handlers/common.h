@@ -1,21 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_SIMULATOR_HANDLERS_LISTS_H
-#define KORVO_SIMULATOR_HANDLERS_LISTS_H
+#ifndef KORVO_SIMULATOR_HANDLERS_COMMON_H
+#define KORVO_SIMULATOR_HANDLERS_COMMON_H
 
-// Lists that actions and triggers are answered with alike.
-
-#include <array>
+// What handlers of actions and of triggers do alike.
 
 #include "simulator/handlers/call.h"
 
 namespace simulator::handlers {
 
 /// The counts of each type that occurs, types ascending.
-inline void writeCounts(JsonWriter &response, Catalogue::Entries const &entries, char const *types_name) {
-    std::array<std::uint32_t, std::size(action_kinds)> counts{};
-    for (auto const &entry : entries) {
-        ++counts[entry.second.kind->type];
-    }
+inline void writeCounts(JsonWriter &response, Catalogue const &catalogue, Catalogue::Table table,
+                        char const *types_name) {
+    Catalogue::Counts const &counts = catalogue.counts(table);
     Numbers types;
     Numbers type_counts;
     for (std::uint32_t type = 0; type < counts.size(); ++type) {
@@ -24,7 +20,7 @@ inline void writeCounts(JsonWriter &response, Catalogue::Entries const &entries,
             type_counts.push_back(counts[type]);
         }
     }
-    response.number("total", static_cast<std::uint32_t>(entries.size()));
+    response.number("total", static_cast<std::uint32_t>(catalogue.entries(table).size()));
     response.list(types_name, types);
     response.list("counts", type_counts);
 }
@@ -41,6 +37,16 @@ inline void writePartners(JsonWriter &response, Catalogue::Entries const &entrie
                           char const *id_name, char const *type_name) {
     response.list(id_name, ids);
     response.list(type_name, ids, [&](std::uint32_t id) { return entries.at(id).kind->type; });
+}
+
+/// Says in the log that what a command has made can never fire or run, where that is not refused.
+inline void warnOfFault(Call &call, Catalogue::Table table, std::uint32_t id) {
+    std::string const &fault = call.state.catalogue.at(table, id).fault;
+    if (!fault.empty()) {
+        call.remarks.warnings.push_back(
+            (table == Catalogue::Table::actions ? "action " : "trigger ") + std::to_string(id) +
+            (table == Catalogue::Table::actions ? " never runs: " : " never fires: ") + fault);
+    }
 }
 
 }  // namespace simulator::handlers

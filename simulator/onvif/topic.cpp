@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/onvif/topic.h"
+
+#include <algorithm>
+
+#include "simulator/log.h"
+
+namespace simulator::onvif {
+
+namespace {
+
+/// Reads names with "/" between them, up to what is no "/" or to "//".
+Topic path(Scanner &scanner) {
+    Topic topic;
+    do {
+        if (scanner.nextIs("*") || scanner.nextIs(".")) {
+            throw scanner.error(
+                scanner.shownNext() +
+                " stands for no name here; name the topic, or write \"//.\" behind the topic above "
+                "for it and all below it");
+        }
+        topic.push_back(scanner.name());
+    } while (!scanner.nextIs("//") && scanner.accept("/"));
+    return topic;
+}
+
+}  // namespace
+
+Topic parseTopic(std::string_view text, Namespaces const &namespaces) {
+    Scanner scanner("the topic", text, namespaces);
+    scanner.skipBlanks();
+    if (scanner.atEnd()) {
+        return {};
+    }
+    Topic topic = path(scanner);
+    scanner.skipBlanks();
+    if (!scanner.atEnd()) {
+        throw scanner.error("\"/\" or the end is expected here, not " + scanner.shownNext());
+    }
+    return topic;
+}
+
+TopicFilter::TopicFilter(std::string_view text, std::string_view dialect, Namespaces const &namespaces) {
+    bool const concrete = dialect == concrete_dialect;
+    if (!concrete && !dialect.empty() && dialect != concrete_set_dialect) {
+        throw SyntaxError("the topic filter has the dialect " + quoted(dialect) + ", which is none of \"" +
+                          std::string(concrete_dialect) + "\", \"" + std::string(concrete_set_dialect) +
+                          "\" and \"\" for the latter");
+    }
+    Scanner scanner("the topic filter", text, namespaces);
+    scanner.skipBlanks();
+    while (!scanner.atEnd() || !alternatives_.empty()) {
+        scanner.skipBlanks();
+        Alternative &alternative = alternatives_.emplace_back(Alternative{path(scanner), false});
+        std::size_t const end = scanner.position();
+        if (scanner.accept("//")) {
+            if (!scanner.accept(".")) {
+                throw scanner.error(
+                    end, "\"//\" stands only in \"//.\" at the end of a topic; between names write \"/\"");
+            }
+            if (concrete) {
+                throw scanner.error(end, "the Concrete dialect has no \"//.\"; give the dialect \"" +
+                                             std::string(concrete_set_dialect) + "\" for it");
+            }
+            alternative.with_all_below = true;
+        }
+        scanner.skipBlanks();
+        if (scanner.atEnd()) {
+            break;
+        }
+        if (!scanner.nextIs("|")) {
+            throw scanner.error(
+                (alternative.with_all_below
+                     ? std::string("\"|\" or the end is expected behind \"//.\", not ")
+                     : std::string("\"/\", \"//.\", \"|\" or the end is expected here, not ")) +
+                scanner.shownNext());
+        }
+        if (concrete) {
+            throw scanner.error("the Concrete dialect has no \"|\"; give the dialect \"" +
+                                std::string(concrete_set_dialect) +
+                                "\" for it, or make a trigger for each topic");
+        }
+        scanner.skip(1);
+    }
+}
+
+bool TopicFilter::matches(Topic const &topic) const {
+    return alternatives_.empty() ||
+           std::any_of(alternatives_.begin(), alternatives_.end(), [&](Alternative const &wanted) {
+               bool const long_enough = wanted.with_all_below ? topic.size() >= wanted.topic.size()
+                                                              : topic.size() == wanted.topic.size();
+               return long_enough && std::equal(wanted.topic.begin(), wanted.topic.end(), topic.begin());
+           });
+}
+
+}  // namespace simulator::onvif
