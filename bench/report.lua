@@ -118,6 +118,8 @@ local function verdict(judgement)
         or function(limit) return judgement.value <= limit end
     if judgement.value == nil then
         return "not measured"
+    elseif judgement.aim == nil then
+        return ""
     elseif better(judgement.aim) then
         return "aim reached"
     elseif better(judgement.budget) then
