@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Compiles through ccache where that is installed; the presets ask for it, and nothing needs it. A clone in another folder
-# finds what this one has compiled: paths below the project count as relative ones (KorvoCompileOptions.cmake writes them
-# so into the object files too), and precompiled headers are compared by what they hold. Another launcher that
-# somebody has chosen (CMAKE_CXX_COMPILER_LAUNCHER) stays.
+# finds what this one has compiled: paths below the project count as relative ones, and precompiled headers are compared by
+# what they hold. Debug information then names the folder that compiled first: in gdb, `set substitute-path` leads to
+# this one. Another launcher that somebody has chosen (CMAKE_CXX_COMPILER_LAUNCHER) stays.
 
 option(KORVO_COMPILER_CACHE "Compile through ccache where that is installed" OFF)
 

@@ -53,7 +53,7 @@ class CoreLogging {
 
 /// The folder to use, made where it does not exist.
 std::string folder(std::string const &chosen, char const *otherwise) {
-    std::string const path = chosen.empty() ? simulator::stateFolder() + "/" + otherwise : chosen;
+    std::string path = chosen.empty() ? simulator::stateFolder() + "/" + otherwise : chosen;
     simulator::makeFolder(path);
     return path;
 }

@@ -218,7 +218,7 @@ Options parseOptions(int argc, char *argv[]) {
         known.push_back({row.name, row.argument == nullptr ? no_argument : required_argument,
                          /*flag*/ nullptr, first_choice + static_cast<int>(known.size())});
     }
-    auto const rowOf = [&rows](int choice) -> Row const & {
+    auto const row_of = [&rows](int choice) -> Row const & {
         return rows[static_cast<std::size_t>(choice - first_choice)];
     };
     known.push_back({nullptr, 0, nullptr, 0});
@@ -234,14 +234,14 @@ Options parseOptions(int argc, char *argv[]) {
         }
         if (choice == ':' || (choice == '?' && optopt >= first_choice)) {
             // An option that is known lacks its value, or has been given one that it does not take.
-            throw UsageError(std::string("--") + rowOf(optopt).name +
+            throw UsageError(std::string("--") + row_of(optopt).name +
                              (choice == ':' ? " needs a value." : " takes no value.") + advice);
         }
         if (choice == '?') {
             throw UsageError("there is no option " + quoted(argv[optind - 1]) +
                              ", or it is short for several." + advice);
         }
-        rowOf(choice).take(options, optarg == nullptr ? "" : optarg);
+        row_of(choice).take(options, optarg == nullptr ? "" : optarg);
         if (options.mode != Options::Mode::serve) {
             return options;
         }

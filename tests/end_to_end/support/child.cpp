@@ -141,11 +141,11 @@ std::optional<Exit> Child::wait(milliseconds limit) {
 }
 
 Resources resourcesOf(pid_t process) {
-    auto const entriesOf = [&](char const *folder) {
+    auto const entries_of = [&](char const *folder) {
         std::filesystem::directory_iterator const entries("/proc/" + std::to_string(process) + "/" + folder);
         return static_cast<std::size_t>(std::distance(entries, std::filesystem::directory_iterator()));
     };
-    return {entriesOf("fd"), entriesOf("task")};
+    return {entries_of("fd"), entries_of("task")};
 }
 
 Finished run(Command const &command, milliseconds limit) {
