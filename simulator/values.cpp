@@ -42,7 +42,7 @@ std::optional<std::string> plainText(json::value const &value) {
 }
 
 template <typename Element, typename Read>
-std::optional<Value> readList(json::value const &value, Read readElement) {
+std::optional<Value> readList(json::value const &value, Read read_element) {
     json::array const *const array = value.if_array();
     if (array == nullptr) {
         return std::nullopt;
@@ -50,7 +50,7 @@ std::optional<Value> readList(json::value const &value, Read readElement) {
     std::vector<Element> list;
     list.reserve(array->size());
     for (json::value const &element : *array) {
-        std::optional<Element> read = readElement(element);
+        std::optional<Element> read = read_element(element);
         if (!read) {
             return std::nullopt;
         }
