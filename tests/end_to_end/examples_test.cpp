@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/child.h"
+#include "processes/child.h"
 #include "support/operation.h"
 #include "support/service.h"
 

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/child.h"
+#include "processes/child.h"
 #include "support/service.h"
 
 namespace end_to_end {

@@ -14,7 +14,7 @@
 
 #include "emulator/emulator.h"
 #include "lua_interpreters/lua_interpreters.h"
-#include "support/child.h"
+#include "processes/child.h"
 #include "support/service.h"
 #include "support/workspace.h"
 

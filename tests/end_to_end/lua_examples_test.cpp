@@ -10,7 +10,7 @@
 #include <string>
 
 #include "lua_interpreters/lua_interpreters.h"
-#include "support/child.h"
+#include "processes/child.h"
 #include "support/operation.h"
 #include "support/service.h"
 #include "support/workspace.h"

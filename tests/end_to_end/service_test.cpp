@@ -139,7 +139,7 @@ class RuntimeFolder {
 
   private:
     fs::path path_;
-    Environment variable_;
+    EnvironmentVariable variable_;
 };
 
 class OpenRuntimeFolder : public ::testing::TestWithParam<mode_t> {};
@@ -192,7 +192,7 @@ TEST_P(OpenRuntimeFolder, IsRefusedWhenItHoldsAServiceAlready) {
 
 TEST(MissingRuntimeFolder, IsMade) {
     fs::path const folder = Workspace::ofThisProgram().newFolder("parent") / "run";
-    Environment const variable("KORVO_RUNTIME_DIR", folder.string());
+    EnvironmentVariable const variable("KORVO_RUNTIME_DIR", folder.string());
     Service const service;
     Client client;
     EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).status, done);
@@ -205,7 +205,7 @@ TEST(LongRuntimeFolder, IsNoObstacle) {
         folder /= std::string(100, 'l');
         fs::create_directory(folder);
     }
-    Environment const variable("KORVO_RUNTIME_DIR", folder.string());
+    EnvironmentVariable const variable("KORVO_RUNTIME_DIR", folder.string());
     Service const service;
     Client client;
     EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).status, done);

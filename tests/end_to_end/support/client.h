@@ -9,9 +9,11 @@
 #include <vector>
 
 #include "korvo_api_action_engine.h"
-#include "support/limits.h"
+#include "processes/limits.h"
 
 namespace end_to_end {
+
+using namespace processes;
 
 enum class Events { ignored, subscribed };
 

@@ -8,9 +8,11 @@
 #include <string_view>
 #include <vector>
 
-#include "support/child.h"
+#include "processes/child.h"
 
 namespace end_to_end {
+
+using namespace processes;
 
 /// The action engine service as a process of its own, in the run-time folder of this test program and with a state
 /// folder to itself.

@@ -49,11 +49,6 @@ Workspace &Workspace::ofThisProgram() {
 }
 
 Workspace::Workspace() {
-    std::string name = (std::filesystem::temp_directory_path() / "korvo-test.XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("cannot make a temporary folder " + name);
-    }
-    folder_ = name;
     std::filesystem::create_directory(runtimeFolder());
     std::filesystem::permissions(runtimeFolder(), std::filesystem::perms::owner_all);
     setenv("KORVO_RUNTIME_DIR", runtimeFolder().c_str(), 1);
@@ -62,30 +57,10 @@ Workspace::Workspace() {
     unsetenv("KORVO_LOG_TARGET");
 }
 
-Workspace::~Workspace() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
-}
-
 std::filesystem::path Workspace::newFolder(std::string const &name) {
-    auto path = folder_ / (name + "-" + std::to_string(++folders_));
+    auto path = folder() / (name + "-" + std::to_string(++folders_));
     std::filesystem::create_directory(path);
     return path;
-}
-
-Environment::Environment(char const *name, std::string const &value) : name_(name) {
-    char const *const before = std::getenv(name);
-    was_set_ = before != nullptr;
-    before_ = was_set_ ? before : "";
-    setenv(name, value.c_str(), 1);
-}
-
-Environment::~Environment() {
-    if (was_set_) {
-        setenv(name_.c_str(), before_.c_str(), 1);
-    } else {
-        unsetenv(name_.c_str());
-    }
 }
 
 ErrorOutput &ErrorOutput::ofThisProgram() {

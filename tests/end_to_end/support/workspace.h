@@ -8,9 +8,13 @@
 #include <string>
 #include <string_view>
 
-#include "support/text_stream.h"
+#include "processes/environment_variable.h"
+#include "processes/temporary_folder.h"
+#include "processes/text_stream.h"
 
 namespace end_to_end {
+
+using namespace processes;
 
 /// What a test program has to itself: a temporary folder, with the run-time folder that KORVO_RUNTIME_DIR names in it,
 /// so that programs run side by side.
@@ -18,34 +22,19 @@ class Workspace {
   public:
     static Workspace &ofThisProgram();
 
-    std::filesystem::path const &folder() const { return folder_; }
-    std::filesystem::path runtimeFolder() const { return folder_ / "run"; }
+    std::filesystem::path folder() const { return folder_.path(); }
+    std::filesystem::path runtimeFolder() const { return folder() / "run"; }
 
     /// A new empty folder.
     std::filesystem::path newFolder(std::string const &name);
 
     Workspace();
-    ~Workspace();
     Workspace(Workspace const &) = delete;
     Workspace &operator=(Workspace const &) = delete;
 
   private:
-    std::filesystem::path folder_;
+    TemporaryFolder folder_;
     unsigned int folders_ = 0;
-};
-
-/// Sets an environment variable of this process, and puts back what was there.
-class Environment {
-  public:
-    Environment(char const *name, std::string const &value);
-    ~Environment();
-    Environment(Environment const &) = delete;
-    Environment &operator=(Environment const &) = delete;
-
-  private:
-    std::string name_;
-    std::string before_;
-    bool was_set_;
 };
 
 /// What this process writes to standard error, which is where the log goes. Kept instead of shown, and shown when a

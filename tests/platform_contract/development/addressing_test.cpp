@@ -5,40 +5,21 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <set>
 
 #include "korvo_core.h"
+#include "processes/environment_variable.h"
 #include "support/runtime_folder.h"
 
 using platform::isSocketOf;
 using platform::Log;
 using platform::RuntimeFolder;
 using platform::socketName;
+using processes::EnvironmentVariable;
 
 namespace {
-
-/// Sets an environment variable, or removes it for NULL, and puts it back afterwards.
-class Environment {
-  public:
-    Environment(char const *name, char const *value) : name_(name) {
-        if (char const *const before = std::getenv(name)) {
-            before_ = before;
-        }
-        set(value);
-    }
-    ~Environment() { set(before_ ? before_->c_str() : nullptr); }
-    Environment(Environment const &) = delete;
-    Environment &operator=(Environment const &) = delete;
-
-  private:
-    void set(char const *value) { (void)(value != nullptr ? setenv(name_, value, 1) : unsetenv(name_)); }
-
-    char const *name_;
-    std::optional<std::string> before_;
-};
 
 bool opens() {
     return static_cast<bool>(RuntimeFolder::fromEnvironment().open(Log(nullptr)));
@@ -97,15 +78,15 @@ TEST(SocketName, TellsTheServiceOfATarget) {
 
 TEST(RuntimeFolderTest, IsMadeForTheUserAlone) {
     TestRuntimeFolder const parent;
-    Environment const chosen("KORVO_RUNTIME_DIR", (parent.path() + "/made").c_str());
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", parent.path() + "/made");
     EXPECT_TRUE(opens());
     EXPECT_EQ(modeOf(parent.path() + "/made"), 0700U);
 }
 
 TEST(RuntimeFolderTest, IsInTheSessionsFolderByDefault) {
     TestRuntimeFolder const session;
-    Environment const chosen("KORVO_RUNTIME_DIR", nullptr);
-    Environment const sessionFolder("XDG_RUNTIME_DIR", session.path().c_str());
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", std::nullopt);
+    EnvironmentVariable const sessionFolder("XDG_RUNTIME_DIR", session.path());
     EXPECT_EQ(RuntimeFolder::fromEnvironment().path(), session.path() + "/korvo");
     EXPECT_TRUE(opens());
     EXPECT_EQ(modeOf(session.path() + "/korvo"), 0700U);
@@ -113,9 +94,9 @@ TEST(RuntimeFolderTest, IsInTheSessionsFolderByDefault) {
 
 TEST(RuntimeFolderTest, IsInTheTemporaryFolderWithoutASession) {
     TestRuntimeFolder const temporary;
-    Environment const chosen("KORVO_RUNTIME_DIR", "");
-    Environment const session("XDG_RUNTIME_DIR", nullptr);
-    Environment const temporary_folder("TMPDIR", temporary.path().c_str());
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", "");
+    EnvironmentVariable const session("XDG_RUNTIME_DIR", std::nullopt);
+    EnvironmentVariable const temporary_folder("TMPDIR", temporary.path());
     std::string const expected = temporary.path() + "/korvo-" + std::to_string(geteuid());
     EXPECT_EQ(RuntimeFolder::fromEnvironment().path(), expected);
     EXPECT_TRUE(opens());
@@ -124,9 +105,9 @@ TEST(RuntimeFolderTest, IsInTheTemporaryFolderWithoutASession) {
 
 TEST(RuntimeFolderTest, InTheTemporaryFolderIsNoLink) {
     TestRuntimeFolder const temporary;
-    Environment const chosen("KORVO_RUNTIME_DIR", nullptr);
-    Environment const session("XDG_RUNTIME_DIR", nullptr);
-    Environment const temporary_folder("TMPDIR", temporary.path().c_str());
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", std::nullopt);
+    EnvironmentVariable const session("XDG_RUNTIME_DIR", std::nullopt);
+    EnvironmentVariable const temporary_folder("TMPDIR", temporary.path());
     std::filesystem::create_directory(temporary.path() + "/elsewhere");
     std::filesystem::create_directory_symlink(temporary.path() + "/elsewhere",
                                               temporary.path() + "/korvo-" + std::to_string(geteuid()));
@@ -157,7 +138,7 @@ TEST(RuntimeFolderTest, IsRefusedWhenItBelongsToSomebodyElse) {
         std::string const said = complaint();
         EXPECT_NE(said.find("belongs to user 12345"), std::string::npos) << said;
     } else {
-        Environment const chosen("KORVO_RUNTIME_DIR", "/usr");
+        EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", "/usr");
         std::string const said = complaint();
         EXPECT_NE(said.find("belongs to user 0"), std::string::npos) << said;
     }
@@ -167,7 +148,7 @@ TEST(RuntimeFolderTest, MayBeReachedThroughALinkThatLeadsToAGoodOne) {
     TestRuntimeFolder const parent;
     std::filesystem::create_directory(parent.path() + "/real");
     std::filesystem::create_directory_symlink(parent.path() + "/real", parent.path() + "/link");
-    Environment const chosen("KORVO_RUNTIME_DIR", (parent.path() + "/link").c_str());
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", parent.path() + "/link");
     ASSERT_EQ(chmod((parent.path() + "/real").c_str(), 0700), 0);
     EXPECT_TRUE(opens());
     ASSERT_EQ(chmod((parent.path() + "/real").c_str(), 0777), 0);
@@ -176,9 +157,9 @@ TEST(RuntimeFolderTest, MayBeReachedThroughALinkThatLeadsToAGoodOne) {
 
 TEST(RuntimeFolderTest, IsRefusedWhenItIsNoFolder) {
     TestRuntimeFolder const parent;
-    Environment const chosen("KORVO_RUNTIME_DIR", "/dev/null");
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", "/dev/null");
     EXPECT_NE(complaint().find("/dev/null"), std::string::npos);
-    Environment const missing("KORVO_RUNTIME_DIR", (parent.path() + "/a/b/c").c_str());
+    EnvironmentVariable const missing("KORVO_RUNTIME_DIR", parent.path() + "/a/b/c");
     EXPECT_NE(complaint().find("/a/b/c"), std::string::npos);
 }
 
@@ -195,7 +176,7 @@ TEST(RuntimeFolderTest, ThatIsRefusedFailsInitiatorsAndTargetsWhenTheyAreOpened)
 TEST(RuntimeFolderTest, MayHaveAPathThatIsTooLongForSockets) {
     TestRuntimeFolder const parent;
     std::string const deep = parent.path() + "/" + std::string(200, 'd');
-    Environment const chosen("KORVO_RUNTIME_DIR", deep.c_str());
+    EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", deep);
     void *service = nullptr;
     void *client = nullptr;
     ASSERT_EQ(korvo_core_ipc_target_init(nullptr, "service", "", "name", &service),

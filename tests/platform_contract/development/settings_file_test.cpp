@@ -184,7 +184,7 @@ TEST_F(SettingsFile, IsNewForTheProcessThatBeganIt) {
 TEST_F(SettingsFile, StaysTheSameUntilTheLastDeinit) {
     ASSERT_EQ(korvo_core_settings_init(), done);
     ASSERT_EQ(korvo_core_settings_init(), done);
-    Variable const elsewhere("KORVO_STATE_DIR", folder_.path() + "/elsewhere");
+    EnvironmentVariable const elsewhere("KORVO_STATE_DIR", folder_.path() + "/elsewhere");
     ASSERT_EQ(korvo_core_settings_deinit(), done);
     EXPECT_EQ(settingsPath(), folder_.settings());
     ASSERT_EQ(korvo_core_settings_deinit(), done);
@@ -194,20 +194,20 @@ TEST_F(SettingsFile, StaysTheSameUntilTheLastDeinit) {
 }
 
 TEST_F(SettingsFile, IsInTheUsersStateFolderByDefault) {
-    Variable const none("KORVO_STATE_DIR", "");
+    EnvironmentVariable const none("KORVO_STATE_DIR", "");
     {
-        Variable const state("XDG_STATE_HOME", folder_.path() + "/x");
+        EnvironmentVariable const state("XDG_STATE_HOME", folder_.path() + "/x");
         forgetSettings();
         EXPECT_EQ(settingsPath(), folder_.path() + "/x/korvo/settings.json");
     }
-    Variable const home("HOME", folder_.path() + "/h");
+    EnvironmentVariable const home("HOME", folder_.path() + "/h");
     {
         // Only absolute paths count there.
-        Variable const state("XDG_STATE_HOME", "x");
+        EnvironmentVariable const state("XDG_STATE_HOME", "x");
         forgetSettings();
         EXPECT_EQ(settingsPath(), folder_.path() + "/h/.local/state/korvo/settings.json");
     }
-    Variable const state("XDG_STATE_HOME", std::nullopt);
+    EnvironmentVariable const state("XDG_STATE_HOME", std::nullopt);
     forgetSettings();
     ASSERT_EQ(IntSetting::set("key", 1), done);
     EXPECT_TRUE(std::filesystem::exists(folder_.path() + "/h/.local/state/korvo/settings.json"));
@@ -216,15 +216,15 @@ TEST_F(SettingsFile, IsInTheUsersStateFolderByDefault) {
 }
 
 TEST_F(SettingsFile, MayBeNamedFromTheCurrentFolder) {
-    Variable const relative("KORVO_STATE_DIR", "some-state");
+    EnvironmentVariable const relative("KORVO_STATE_DIR", "some-state");
     forgetSettings();
     EXPECT_EQ(settingsPath(), std::filesystem::current_path().string() + "/some-state/settings.json");
 }
 
 TEST_F(SettingsFile, WithoutAFolderFailsWithAMessage) {
-    Variable const none("KORVO_STATE_DIR", std::nullopt);
-    Variable const state("XDG_STATE_HOME", std::nullopt);
-    Variable const home("HOME", std::nullopt);
+    EnvironmentVariable const none("KORVO_STATE_DIR", std::nullopt);
+    EnvironmentVariable const state("XDG_STATE_HOME", std::nullopt);
+    EnvironmentVariable const home("HOME", std::nullopt);
     forgetSettings();
     testing::internal::CaptureStderr();
     for (korvo_core_status const status : statusesOfAll()) {
@@ -260,7 +260,7 @@ TEST_F(SettingsFile, InAPlaceThatIsNoFolderFailsWithAMessage) {
 
 TEST_F(SettingsFile, InAFolderThatCannotBeMadeFailsOnlyForWriters) {
     // Nobody makes folders there, root included.
-    Variable const nowhere("KORVO_STATE_DIR", "/proc/korvo-test");
+    EnvironmentVariable const nowhere("KORVO_STATE_DIR", "/proc/korvo-test");
     forgetSettings();
     testing::internal::CaptureStderr();
     EXPECT_EQ(korvo_core_settings_init(), unusable);
@@ -275,7 +275,7 @@ TEST_F(SettingsFile, InAFolderThatMayNotBeMadeSaysWhy) {
     std::filesystem::create_directories(folder_.path());
     ASSERT_EQ(chmod(folder_.path().c_str(), S_IRUSR | S_IXUSR), 0);
     std::string const below = folder_.path() + "/missing/state";
-    Variable const nowhere("KORVO_STATE_DIR", below);
+    EnvironmentVariable const nowhere("KORVO_STATE_DIR", below);
     forgetSettings();
     testing::internal::CaptureStderr();
     EXPECT_EQ(resultInChild([] {

@@ -4,22 +4,12 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 
-/// Sets or removes an environment variable while it lives.
-class Variable {
-  public:
-    Variable(char const *name, std::optional<std::string> const &value);
-    ~Variable();
+#include "processes/environment_variable.h"
+#include "processes/temporary_folder.h"
 
-    Variable(Variable const &) = delete;
-    Variable &operator=(Variable const &) = delete;
-
-  private:
-    char const *name_;
-    std::optional<std::string> before_;
-};
+using processes::EnvironmentVariable;
 
 /// Makes settings and configuration look at the environment and at their files again, as in a new process.
 void forgetSettings();
@@ -33,13 +23,13 @@ class TestStateFolder {
     TestStateFolder(TestStateFolder const &) = delete;
     TestStateFolder &operator=(TestStateFolder const &) = delete;
 
-    std::string path() const { return parent_ + "/state"; }
+    std::string path() const { return parent_ / "state"; }
     std::string settings() const { return path() + "/settings.json"; }
     std::string configuration() const { return path() + "/configuration.json"; }
 
   private:
-    std::string parent_;
-    std::optional<Variable> variable_;
+    processes::TemporaryFolder parent_;
+    EnvironmentVariable variable_;
 };
 
 /// The contents of a file; empty when there is none.

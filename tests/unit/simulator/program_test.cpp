@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 #include <chrono>
@@ -22,8 +23,8 @@
 #include <thread>
 #include <vector>
 
-#include "emulator/emulator.h"
 #include "korvo_core.h"
+#include "processes/child.h"
 #include "support.h"
 
 namespace simulator::tests {
@@ -41,91 +42,39 @@ constexpr milliseconds patience{20'000};
 /// A running simulator. What it prints on standard output and in its log is kept.
 class Program {
   public:
-    explicit Program(std::vector<std::string> arguments) {
-        std::vector<std::string> const start = emulator::wordsToStart(SIMULATOR_PROGRAM);
-        arguments.insert(arguments.begin(), start.begin(), start.end());
-        std::vector<char *> pointers;
-        for (std::string &argument : arguments) {
-            pointers.push_back(argument.data());
-        }
-        pointers.push_back(nullptr);
-        int out[2];
-        int err[2];
-        EXPECT_EQ(::pipe2(out, O_CLOEXEC), 0);
-        EXPECT_EQ(::pipe2(err, O_CLOEXEC), 0);
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::dup2(out[1], STDOUT_FILENO);
-            ::dup2(err[1], STDERR_FILENO);
-            ::execv(pointers[0], pointers.data());
-            ::_exit(127);
-        }
-        ::close(out[1]);
-        ::close(err[1]);
-        out_ = out[0];
-        err_ = err[0];
-        log_reader_ = std::thread([this] { errors_ = readAll(err_); });
-    }
-
-    ~Program() {
-        if (pid_ > 0) {
-            ::kill(pid_, SIGKILL);
-            (void)exitStatus();
-        }
-        log_reader_.join();
-        ::close(out_);
-        ::close(err_);
-    }
-
-    Program(Program const &) = delete;
-    Program &operator=(Program const &) = delete;
+    explicit Program(std::vector<std::string> arguments) : child_(command(std::move(arguments))) {}
 
     /// The next line of standard output; what there is of it after the patience or the end.
     std::string line() {
-        std::string text;
-        pollfd waiting{out_, POLLIN, 0};
-        char c = 0;
-        while (::poll(&waiting, 1, static_cast<int>(patience.count())) == 1 && ::read(out_, &c, 1) == 1 &&
-               c != '\n') {
-            text += c;
-        }
-        return text;
+        (void)child_.out().waitFor("\n", read_);
+        std::string const text = child_.out().text();
+        std::string line = text.substr(read_, text.find('\n', read_) - read_);
+        read_ = std::min(read_ + line.size() + 1, text.size());
+        return line;
     }
 
-    void signal(int number) { ::kill(pid_, number); }
+    void signal(int number) { child_.signal(number); }
 
     /// Waits for the end. Minus the signal's number when it was one.
     int exitStatus() {
-        int how = 0;
-        EXPECT_EQ(::waitpid(pid_, &how, 0), pid_);
-        pid_ = -1;
-        return WIFEXITED(how) ? WEXITSTATUS(how) : -WTERMSIG(how);
+        auto const exit = child_.wait();
+        EXPECT_TRUE(exit.has_value()) << "the program does not end";
+        return !exit.has_value() ? -1 : exit->signal != 0 ? -exit->signal : exit->code;
     }
 
     /// All of standard error; only after exitStatus().
-    std::string errors() {
-        if (log_reader_.joinable()) {
-            log_reader_.join();
-        }
-        log_reader_ = std::thread([] {});
-        return errors_;
-    }
+    std::string errors() { return child_.errors().text(); }
 
   private:
-    static std::string readAll(int file) {
-        std::string text;
-        char piece[4096];
-        for (ssize_t count = 0; (count = ::read(file, piece, sizeof piece)) > 0;) {
-            text.append(piece, static_cast<std::size_t>(count));
-        }
-        return text;
+    static processes::Command command(std::vector<std::string> arguments) {
+        processes::Command command;
+        command.program = SIMULATOR_PROGRAM;
+        command.arguments = std::move(arguments);
+        return command;
     }
 
-    pid_t pid_ = -1;
-    int out_ = -1;
-    int err_ = -1;
-    std::thread log_reader_;
-    std::string errors_;
+    processes::Child child_;
+    std::size_t read_ = 0;
 };
 
 /// Puts variables of the environment back at its end.

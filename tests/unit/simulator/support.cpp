@@ -6,35 +6,10 @@
 #include <algorithm>
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 
 namespace simulator::tests {
-
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "simulator-test-XXXXXX").string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        throw std::runtime_error("cannot make a temporary folder");
-    }
-    path_ = pattern;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
-std::vector<std::string> TemporaryFolder::names() const {
-    std::vector<std::string> found;
-    for (auto const &entry : std::filesystem::directory_iterator(path_)) {
-        found.push_back(entry.path().filename().string());
-    }
-    std::sort(found.begin(), found.end());
-    return found;
-}
 
 bool RecordedLog::holds(std::string const &part) const {
     return std::any_of(lines.begin(), lines.end(),

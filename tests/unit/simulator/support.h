@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "processes/temporary_folder.h"
 #include "simulator/catalogue.h"
 #include "simulator/dispatcher.h"
 #include "simulator/engine.h"
@@ -16,22 +17,7 @@
 
 namespace simulator::tests {
 
-/// A folder of its own for a test, removed at its end.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(TemporaryFolder const &) = delete;
-    TemporaryFolder &operator=(TemporaryFolder const &) = delete;
-
-    std::string const &path() const { return path_; }
-    std::string operator/(std::string const &name) const { return path_ + "/" + name; }
-    /// The names of what is in it, sorted.
-    std::vector<std::string> names() const;
-
-  private:
-    std::string path_;
-};
+using processes::TemporaryFolder;
 
 /// A log that keeps what is written: "warning: text".
 class RecordedLog {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/child.h"
+#include "processes/child.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 
 #include "emulator/emulator.h"
 
-namespace end_to_end {
+namespace processes {
 
 namespace {
 
@@ -154,4 +154,4 @@ Finished run(Command const &command, milliseconds limit) {
     return {exit, child.out().text(), child.errors().text()};
 }
 
-}  // namespace end_to_end
+}  // namespace processes

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_TESTS_END_TO_END_LIMITS_H
-#define KORVO_TESTS_END_TO_END_LIMITS_H
+#ifndef KORVO_TESTS_PROCESSES_LIMITS_H
+#define KORVO_TESTS_PROCESSES_LIMITS_H
 
 #include <chrono>
 
-namespace end_to_end {
+namespace processes {
 
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
@@ -35,6 +35,6 @@ milliseconds timeOf(Work const &work) {
     return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
 }
 
-}  // namespace end_to_end
+}  // namespace processes
 
 #endif

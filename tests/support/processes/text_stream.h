@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_TESTS_END_TO_END_TEXT_STREAM_H
-#define KORVO_TESTS_END_TO_END_TEXT_STREAM_H
+#ifndef KORVO_TESTS_PROCESSES_TEXT_STREAM_H
+#define KORVO_TESTS_PROCESSES_TEXT_STREAM_H
 
 #include <condition_variable>
 #include <cstddef>
@@ -9,9 +9,9 @@
 #include <string_view>
 #include <thread>
 
-#include "support/limits.h"
+#include "processes/limits.h"
 
-namespace end_to_end {
+namespace processes {
 
 /// Owns a descriptor.
 class Descriptor {
@@ -63,6 +63,6 @@ class TextStream {
 /// How often `wanted` stands in `text`.
 std::size_t count(std::string_view text, std::string_view wanted);
 
-}  // namespace end_to_end
+}  // namespace processes
 
 #endif

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/text_stream.h"
+#include "processes/text_stream.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace end_to_end {
+namespace processes {
 
 void Descriptor::reset() {
     if (descriptor_ >= 0) {
@@ -79,4 +79,4 @@ std::size_t count(std::string_view text, std::string_view wanted) {
     return times;
 }
 
-}  // namespace end_to_end
+}  // namespace processes

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_TESTS_END_TO_END_CHILD_H
-#define KORVO_TESTS_END_TO_END_CHILD_H
+#ifndef KORVO_TESTS_PROCESSES_CHILD_H
+#define KORVO_TESTS_PROCESSES_CHILD_H
 
 #include <sys/types.h>
 
@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "support/limits.h"
-#include "support/text_stream.h"
+#include "processes/limits.h"
+#include "processes/text_stream.h"
 
-namespace end_to_end {
+namespace processes {
 
 /// A program to run. Variables are set in the child beside the environment of this process.
 struct Command {
@@ -92,6 +92,6 @@ Resources resourcesOf(pid_t process);
 
 Finished run(Command const &command, milliseconds limit = patience);
 
-}  // namespace end_to_end
+}  // namespace processes
 
 #endif
