@@ -132,6 +132,43 @@ TEST(PtzActions, LogWhereTheHeadIs) {
     }
 }
 
+TEST(ContentFilters, TakeTheMessagesWithTheirItemAndTheLogSaysWhatAnotherOneHad) {
+    EventRecorder recorder;
+    Service const service({"--log-level", "info"});
+    Client client(Events::subscribed);
+    recorder.registerOn(client);
+    Texts const keys{"tns1", "tt"};
+    Texts const uris{"http://www.onvif.org/ver10/topics", "http://www.onvif.org/ver10/schema"};
+    Text const motion = "boolean(//tt:SimpleItem[@Name=\"IsMotion\" and @Value=\"true\"])";
+    unsigned int const trigger =
+        create(client, "onvif_trigger", {"motion", "tns1:VideoSource//.", "", motion, keys, uris});
+    unsigned int const action = create(client, "wiper_action", {"wipe"});
+    associate(client, trigger, action);
+    auto const report = [&](Text const &value) {
+        Text const message = "<tt:Message><tt:Data><tt:SimpleItem Name=\"IsMotion\" Value=\"" + value +
+                             "\"/></tt:Data></tt:Message>";
+        return operation("onvif_event")
+            .send(client.handle(), nullptr, {"tns1:VideoSource/MotionAlarm", message, keys, uris})
+            .status;
+    };
+    EXPECT_EQ(report("false"), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_TRUE(
+        service.waitForLog("trigger 1 \"motion\" does not take the message: \"IsMotion\" was \"false\", the "
+                           "filter wants \"true\""));
+    EXPECT_EQ(report("true"), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_TRUE(recorder.waitForCount(1));
+    EXPECT_EQ(recorder.events()[0].action_id, action);
+
+    Text const single_quotes = "boolean(//tt:SimpleItem[@Name='IsMotion' and @Value='true'])";
+    EXPECT_EQ(operation("modify_onvif_trigger")
+                  .send(client.handle(), nullptr,
+                        {trigger, "motion", "tns1:VideoSource//.", "", single_quotes, keys, uris})
+                  .status,
+              KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE);
+    EXPECT_TRUE(
+        service.waitForLog("the content filter, column 31: these are not the quotes that filters have"));
+}
+
 TEST(Filters, KeepAnActionFromRunning) {
     EventRecorder recorder;
     Service const service;
