@@ -2,6 +2,8 @@
 #include "simulator/onvif/topic.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 
 #include "simulator/log.h"
 
@@ -85,12 +87,15 @@ TopicFilter::TopicFilter(std::string_view text, std::string_view dialect, Namesp
 }
 
 bool TopicFilter::matches(Topic const &topic) const {
-    return alternatives_.empty() ||
-           std::any_of(alternatives_.begin(), alternatives_.end(), [&](Alternative const &wanted) {
-               bool const long_enough = wanted.with_all_below ? topic.size() >= wanted.topic.size()
-                                                              : topic.size() == wanted.topic.size();
-               return long_enough && std::equal(wanted.topic.begin(), wanted.topic.end(), topic.begin());
-           });
+    auto const takes = [&topic](Alternative const &wanted) {
+        std::size_t const names = wanted.topic.size();
+        bool const long_enough = wanted.with_all_below ? topic.size() >= names : topic.size() == names;
+        // From the end on, where topics of one device differ.
+        return long_enough &&
+               std::equal(wanted.topic.rbegin(), wanted.topic.rend(),
+                          std::make_reverse_iterator(topic.begin() + static_cast<std::ptrdiff_t>(names)));
+    };
+    return alternatives_.empty() || std::any_of(alternatives_.begin(), alternatives_.end(), takes);
 }
 
 }  // namespace simulator::onvif
