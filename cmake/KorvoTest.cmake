@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # korvo_add_test(<name> SOURCES ... LIBRARIES ... [TIMEOUT seconds] [SERIAL])
-# A test program made with GoogleTest, run as one test of ctest. Run one of its tests by name with
+# A test program made with GoogleTest, run as one test of ctest. Names are <folder of tests/>.<subject>, words with hyphens
+# between, as all names in ctest. Run one of its tests by name with
 # build/<preset>/<path>/<name> --gtest_filter='Suite.Test'.
 
 find_package(GTest REQUIRED)
