@@ -11,7 +11,6 @@ using fake_platform::CoreAnswer;
 using fake_platform::CoreCall;
 using fake_platform::Function;
 using fake_platform::Throw;
-using fake_platform::Value;
 
 namespace {
 

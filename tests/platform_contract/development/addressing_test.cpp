@@ -86,7 +86,7 @@ TEST(RuntimeFolderTest, IsMadeForTheUserAlone) {
 TEST(RuntimeFolderTest, IsInTheSessionsFolderByDefault) {
     TestRuntimeFolder const session;
     EnvironmentVariable const chosen("KORVO_RUNTIME_DIR", std::nullopt);
-    EnvironmentVariable const sessionFolder("XDG_RUNTIME_DIR", session.path());
+    EnvironmentVariable const session_folder("XDG_RUNTIME_DIR", session.path());
     EXPECT_EQ(RuntimeFolder::fromEnvironment().path(), session.path() + "/korvo");
     EXPECT_TRUE(opens());
     EXPECT_EQ(modeOf(session.path() + "/korvo"), 0700U);
