@@ -52,9 +52,12 @@ extern "C" {
 #endif
 
 KORVO_CORE_ENUM(korvo_core_status){
+    /* Done. */
     KORVO_CORE_STATUS_NO_ERROR = 0,
     /* A missing argument, or a handle that is none. */
-    KORVO_CORE_STATUS_INVALID_PARAMS = 1, KORVO_CORE_STATUS_ALLOC_FAILED = 2,
+    KORVO_CORE_STATUS_INVALID_PARAMS = 1,
+    /* Memory ran out. */
+    KORVO_CORE_STATUS_ALLOC_FAILED = 2,
     /* Another thread does what only one may do, or the handle belongs to the process that this one was forked
        from. */
     KORVO_CORE_STATUS_MULTI_THREAD_ACCESS = 3,
@@ -63,29 +66,63 @@ KORVO_CORE_ENUM(korvo_core_status){
     /* The key has another type. */
     KORVO_CORE_STATUS_INCORRECT_SETTING_TYPE = 5,
     /* There is no such key, or nothing of it that was asked for. */
-    KORVO_CORE_STATUS_SETTING_NOT_PRESENT = 6, KORVO_CORE_STATUS_INTERNAL_EXCEPTION_CAUGHT = 7,
+    KORVO_CORE_STATUS_SETTING_NOT_PRESENT = 6,
+    /* Something else went wrong inside, such as a settings file that cannot be read or written; the log tells what. */
+    KORVO_CORE_STATUS_INTERNAL_EXCEPTION_CAUGHT = 7,
     /* The service does not know the command. */
     KORVO_CORE_STATUS_UNSUPPORTED_FUNCTION = 8,
     /* The service knows the command and could not do it. */
     KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE = 9,
     /* There is no such service or target. */
-    KORVO_CORE_STATUS_DISABLED_TARGET = 10};
+    KORVO_CORE_STATUS_DISABLED_TARGET = 10,
+};
 typedef enum korvo_core_status korvo_core_status;
 
+/* The system log's priorities, from the gravest on, and two more. */
 KORVO_CORE_ENUM(korvo_core_log_priority){
-    KORVO_CORE_LOG_PRIORITY_EMERG = 0,   KORVO_CORE_LOG_PRIORITY_ALERT = 1,
-    KORVO_CORE_LOG_PRIORITY_CRIT = 2,    KORVO_CORE_LOG_PRIORITY_ERR = 3,
-    KORVO_CORE_LOG_PRIORITY_WARNING = 4, KORVO_CORE_LOG_PRIORITY_NOTICE = 5,
-    KORVO_CORE_LOG_PRIORITY_INFO = 6,    KORVO_CORE_LOG_PRIORITY_DEBUG = 7,
-    KORVO_CORE_LOG_PRIORITY_AUDIT = 8,   KORVO_CORE_LOG_PRIORITY_NOTSET = 9};
+    /* The machine cannot be used. */
+    KORVO_CORE_LOG_PRIORITY_EMERG = 0,
+    /* Somebody must act at once. */
+    KORVO_CORE_LOG_PRIORITY_ALERT = 1,
+    /* A part of the program is lost. */
+    KORVO_CORE_LOG_PRIORITY_CRIT = 2,
+    /* Something failed. */
+    KORVO_CORE_LOG_PRIORITY_ERR = 3,
+    /* Something went on that should not go on like this. */
+    KORVO_CORE_LOG_PRIORITY_WARNING = 4,
+    /* Worth knowing, and in order; the last priority that is written by default. */
+    KORVO_CORE_LOG_PRIORITY_NOTICE = 5,
+    /* What happens, for those who want to follow it. */
+    KORVO_CORE_LOG_PRIORITY_INFO = 6,
+    /* For who looks for a fault. */
+    KORVO_CORE_LOG_PRIORITY_DEBUG = 7,
+    /* Who did what; always written. */
+    KORVO_CORE_LOG_PRIORITY_AUDIT = 8,
+    /* No priority; written where debug is. */
+    KORVO_CORE_LOG_PRIORITY_NOTSET = 9,
+};
 typedef enum korvo_core_log_priority korvo_core_log_priority;
 
+/* What a key of settings or configuration holds. */
 KORVO_CORE_ENUM(korvo_core_settings_type){
-    KORVO_CORE_SETTING_TYPE_STRING = 0,        KORVO_CORE_SETTING_TYPE_JSON = 1,
-    KORVO_CORE_SETTING_TYPE_INT = 2,           KORVO_CORE_SETTING_TYPE_BOOL = 3,
-    KORVO_CORE_SETTING_TYPE_DOUBLE = 4,        KORVO_CORE_SETTING_TYPE_ARRAYOFSTRING = 5,
-    KORVO_CORE_SETTING_TYPE_ARRAYOFINT = 6,    KORVO_CORE_SETTING_TYPE_ARRAYOFBOOL = 7,
-    KORVO_CORE_SETTING_TYPE_ARRAYOFDOUBLE = 8, KORVO_CORE_SETTING_TYPE_UNKNOWN = 9};
+    /* A text. */
+    KORVO_CORE_SETTING_TYPE_STRING = 0,
+    /* A JSON text. */
+    KORVO_CORE_SETTING_TYPE_JSON = 1,
+    /* A whole number: int. */
+    KORVO_CORE_SETTING_TYPE_INT = 2,
+    /* 0 or 1: unsigned char. */
+    KORVO_CORE_SETTING_TYPE_BOOL = 3,
+    /* A finite number: double. */
+    KORVO_CORE_SETTING_TYPE_DOUBLE = 4,
+    /* Lists of these. */
+    KORVO_CORE_SETTING_TYPE_ARRAYOFSTRING = 5,
+    KORVO_CORE_SETTING_TYPE_ARRAYOFINT = 6,
+    KORVO_CORE_SETTING_TYPE_ARRAYOFBOOL = 7,
+    KORVO_CORE_SETTING_TYPE_ARRAYOFDOUBLE = 8,
+    /* No type; no key has it. */
+    KORVO_CORE_SETTING_TYPE_UNKNOWN = 9,
+};
 typedef enum korvo_core_settings_type korvo_core_settings_type;
 
 /* ---- Statuses and the core as a whole ---- */
