@@ -205,7 +205,14 @@ TEST_F(SettingsFile, IsInTheUsersStateFolderByDefault) {
         // Only absolute paths count there.
         EnvironmentVariable const state("XDG_STATE_HOME", "x");
         forgetSettings();
+        testing::internal::CaptureStderr();
         EXPECT_EQ(settingsPath(), folder_.path() + "/h/.local/state/korvo/settings.json");
+        forgetSettings();
+        EXPECT_EQ(settingsPath(), folder_.path() + "/h/.local/state/korvo/settings.json");
+        std::string const said = testing::internal::GetCapturedStderr();
+        std::size_t const told = said.find("XDG_STATE_HOME is ignored: it names no absolute path");
+        ASSERT_NE(told, std::string::npos) << said;
+        EXPECT_EQ(said.find("XDG_STATE_HOME", told + 1), std::string::npos) << said;
     }
     EnvironmentVariable const state("XDG_STATE_HOME", std::nullopt);
     forgetSettings();

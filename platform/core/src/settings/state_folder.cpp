@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -27,8 +28,16 @@ std::string absolute(std::string_view path) {
     return made;
 }
 
-bool isAbsolute(std::string_view path) {
-    return !path.empty() && path.front() == '/';
+/// The folder that the variable names; empty where it names none, or a relative one, which is told of once.
+std::string_view absoluteFolder(char const *variable, std::atomic<bool> &is_told) {
+    std::string_view const path = orEmpty(std::getenv(variable));
+    if (path.empty() || path.front() == '/') {
+        return path;
+    }
+    if (!is_told.exchange(true)) {
+        Log(nullptr).warning("%s is ignored: it names no absolute path", variable);
+    }
+    return {};
 }
 
 /// Makes the folder, and waits until it is on the disk, since what will be in it is promised to be. Gives the
@@ -65,12 +74,14 @@ std::string stateFolder() {
         // Made absolute, since the process may change its folder later.
         return absolute(chosen);
     }
-    std::string_view const state = orEmpty(std::getenv("XDG_STATE_HOME"));
-    if (isAbsolute(state)) {
+    static std::atomic<bool> is_state_told{false};
+    static std::atomic<bool> is_home_told{false};
+    std::string_view const state = absoluteFolder("XDG_STATE_HOME", is_state_told);
+    if (!state.empty()) {
         return std::string(state) + "/korvo";
     }
-    std::string_view const home = orEmpty(std::getenv("HOME"));
-    if (isAbsolute(home)) {
+    std::string_view const home = absoluteFolder("HOME", is_home_told);
+    if (!home.empty()) {
         return std::string(home) + "/.local/state/korvo";
     }
     throw std::runtime_error(
