@@ -56,7 +56,8 @@ Exchange const &listsExchange() {
 
 // In place of the core's own: the program's functions go before those of its libraries.
 korvo_core_status korvo_core_private_command_send(void *, char const *, char const *, char const *,
-                                                  char const *text, size_t length, void const *) {
+                                                  char const *text, size_t length, void const *,
+                                                  char const *) {
     // Not the same text: one of the JSON libraries sorts the members.
     return text != nullptr && length == exchange.command.size() ? KORVO_CORE_STATUS_NO_ERROR
                                                                 : KORVO_CORE_STATUS_INVALID_PARAMS;
@@ -83,7 +84,7 @@ class Received {
         char request_id[37];
         std::snprintf(request_id, sizeof request_id, "%036u", ++last_request);
         require(korvo_core_private_command_send(nullptr, nullptr, nullptr, request_id, command.data(),
-                                                command.size(), nullptr),
+                                                command.size(), nullptr, nullptr),
                 "sending");
         require(korvo_core_private_response_receive(nullptr, 0, request_id, &text_, &size_), "receiving");
     }

@@ -43,6 +43,15 @@ TEST(LoggingContract, TakesRecordsWithoutAHandle) {
     logList(nullptr, "%s", "record");
 }
 
+TEST(LoggingContract, RefusesARecordWithoutAText) {
+    Logging const logging;
+    // Through a pointer, since the compiler knows what the function needs.
+    korvo_core_status (*const log)(void *, korvo_core_log_priority, char const *, ...) =
+        korvo_core_logging_log;
+    EXPECT_EQ(log(logging.handle(), KORVO_CORE_LOG_PRIORITY_ERR, nullptr), KORVO_CORE_STATUS_INVALID_PARAMS);
+    EXPECT_EQ(log(nullptr, KORVO_CORE_LOG_PRIORITY_ERR, nullptr), KORVO_CORE_STATUS_INVALID_PARAMS);
+}
+
 TEST(LoggingContract, NeedsAPlaceForTheHandle) {
     EXPECT_EQ(korvo_core_logging_init("name", nullptr), KORVO_CORE_STATUS_INVALID_PARAMS);
 }

@@ -155,7 +155,7 @@ TEST(ObjectResponses, CanBeReceivedAfterATimeOut) {
     EXPECT_EQ(numberIn(response, "number"), 4.0);
 }
 
-TEST(ObjectResponses, ToAnnouncedRequestsAreDispatched) {
+TEST(ObjectResponses, ToAsynchronousRequestsAreDispatched) {
     Service service;
     service.answerWith(echo);
     Object object;
@@ -230,6 +230,25 @@ TEST(ObjectResponses, SentBeforeTheyAreReceivedAreNotDispatchedEither) {
     json::Object response;
     ASSERT_EQ(object.receive("later", "Get", response), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(numberIn(response, "number"), 2.0);
+}
+
+TEST(ObjectResponses, AreKeptAfterACallbackWasRegisteredForACommandThatWasNeverSent) {
+    Service service;
+    service.answerWith(echo);
+    Object object;
+    ASSERT_EQ(object.sendAsync("async", "Get", 1), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_TRUE(object.responses.take().has_value());
+    object.registerForResponses();
+    ASSERT_EQ(object.send("kept", "Get", 2), KORVO_CORE_STATUS_NO_ERROR);
+    // More asynchronous ones than anything remembers.
+    for (int number = 0; number < 40; ++number) {
+        ASSERT_EQ(object.sendAsync(std::to_string(number).c_str(), "Get", 3), KORVO_CORE_STATUS_NO_ERROR);
+        ASSERT_TRUE(object.responses.take().has_value());
+    }
+    json::Object response;
+    ASSERT_EQ(object.receive("kept", "Get", response), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(numberIn(response, "number"), 2.0);
+    EXPECT_EQ(object.responses.count(), 41U);
 }
 
 TEST(ObjectResponses, ThatAreBrokenAreNotDispatched) {

@@ -149,16 +149,18 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_init(void *logging,
                                                                   void **messaging, int flag);
 
 /* Sends a command. The first one to a target connects to it; so does the first one after a connection was
- * lost. Waits only while the socket is full, at most 5 seconds. A command is never sent twice.
- *
+ * lost. Never waits: with status 0 the command is taken, and what the socket has no room for leaves later, in order. A
+ * command is never sent twice.
+*
  * service     name of the service.
  * target      which one of the service's targets; NULL is the default target, as an empty text is.
  * request_id  the sender's mark, which comes back with the response; not in use for a command that is still
  *             unanswered.
  * command     any text; by convention a JSON object with a member "command". With request_id less than 1 MiB.
  *
- * Status 10: nobody listens there. 4: the connection was lost meanwhile, the service took nothing for 5
- * seconds, or the message is too large; the service has not got it, or not all of it. */
+ * Status 10: nobody listens there. 4 (logged): the connection was lost meanwhile, the message is too large, or the
+ * service reads nothing and 8 MiB wait for it already; the service has not got it, or not all of it. A connection that
+ * is lost later ends the command as korvo_core_ipc_initiator_response_receive() tells. */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_command_send(
     void *messaging, char const *service, char const *target, char const *request_id, char const *command);
 
@@ -170,7 +172,8 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_command_send(
  * service, target, request_id, response  receive the texts of the command that is answered, and the response;
  * the caller frees each with free(). Untouched unless 0 is returned.
  *
- * Status 4: none came in time, or a connection with unanswered commands was lost. */
+ * Status 4: none came in time, or a connection with unanswered commands was lost (logged, but for a poll that finds
+ * nothing). */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive(void *messaging, int timeout,
                                                                               char **service, char **target,
                                                                               char **request_id,
@@ -184,9 +187,11 @@ KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive(vo
  * context   passed on. One registration for each context; registering again replaces it. Responses go to the
  *           last one that was registered.
  *
- * For a client object that is registered with itself as context: its next command sent by the same thread is
- * asynchronous, and its response comes to this callback.
- *
+ * For a client object that is registered with itself as context: the responses to its asynchronous commands come to this
+ * callback. Each that was taken with status 0 is answered once: by the service, or with status 4 in its place when the
+ * connection is lost or a bound gives the command up. Not so after the registration was removed or the handle closed, nor
+ * while a connected service stays silent.
+*
  * Status 4: no thread can be started (logged). */
 KORVO_CORE_EXPORT korvo_core_status korvo_core_ipc_initiator_response_receive_callback(
     void *messaging,

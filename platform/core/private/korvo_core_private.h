@@ -14,17 +14,18 @@ extern "C" {
 #endif
 
 /* Sends a command for an object, so that its response finds the way back to that object: to the thread that
- * waits for it; else to the response callback that was registered with the object as its context, if the
- * calling thread has registered it (again) since its last command for the object; else it is kept for a
- * receive.
- *
+ * waits for it; else, with a `substitute`, to the response callback that was registered with the object as its
+ * context; else it is kept for a receive.
+*
  * `command` holds `length` bytes and no zero byte. `owner` is the object; it is compared and never followed.
- * Returns what korvo_core_ipc_initiator_command_send() returns. */
-KORVO_CORE_EXPORT korvo_core_status korvo_core_private_command_send(void *messaging, char const *service,
-                                                                    char const *target,
-                                                                    char const *request_id,
-                                                                    char const *command, size_t length,
-                                                                    void const *owner);
+ * `substitute` is NULL, or makes the command an asynchronous one: after status 0 the callback is called once, with the
+ * response, or with this text where none can come any more. It is called by the messaging thread only, not any more
+ * once the callback is unregistered or the handle closed, and not for a connected service that stays silent. After any
+ * other status it is not called.
+* Returns what korvo_core_ipc_initiator_command_send() returns. */
+KORVO_CORE_EXPORT korvo_core_status korvo_core_private_command_send(
+    void *messaging, char const *service, char const *target, char const *request_id, char const *command,
+    size_t length, void const *owner, char const *substitute);
 
 /* Waits for the response to one request that was sent by korvo_core_private_command_send(): milliseconds, 0
  * polls, a negative time-out waits without limit. On status 0 `*response` is a text of `*length` bytes, which

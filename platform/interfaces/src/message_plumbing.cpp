@@ -30,6 +30,22 @@ std::string &commandBuffer() {
     return buffer;
 }
 
+/// What the callback of an asynchronous call gets when no response can come any more. Valid until the thread's next call.
+char const *substituteFor(std::string const &method) {
+    thread_local std::string last_method;
+    thread_local std::string text;
+    if (text.empty() || method != last_method) {
+        json::Object response;
+        response["command"] = json::String(method);
+        response["status"] = json::Number(static_cast<double>(KORVO_CORE_STATUS_IPC_FAILED));
+        text.clear();
+        // What was just written into the command can be written here.
+        (void)json_text::write(response, text);
+        last_method = method;
+    }
+    return text.c_str();
+}
+
 char const *printable(char const *text) {
     return text != nullptr ? text : "(none)";
 }
@@ -83,8 +99,11 @@ korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service
             printable(service), problem.c_str());
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
+    auto const *const method = findValue<json::String>(command, "command");
+    bool const is_asynchronous = method != nullptr && isAsynchronous(method->value().c_str(), request_id);
     return korvo_core_private_command_send(messaging_handle_, service, target, request_id, text.data(),
-                                           text.size(), this);
+                                           text.size(), this,
+                                           is_asynchronous ? substituteFor(method->value()) : nullptr);
 }
 
 korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, char const *service,

@@ -4,25 +4,22 @@
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "messaging/announcements.h"
+#include <vector>
 
 using platform::Address;
 using platform::Request;
 using platform::RequestTable;
 using platform::Route;
+using platform::Sender;
 using platform::Text;
 using platform::Waiter;
-namespace announcements = platform::announcements;
-
 namespace {
 
 std::shared_ptr<Address const> const somewhere =
     std::make_shared<Address const>(Address{"service", "target"});
 
 Request &add(RequestTable &table, std::string const &id, Route route, std::uint64_t connection = 1) {
-    EXPECT_TRUE(table.add(id, connection, somewhere, route, nullptr));
-    return *table.find(id);
+    return table.add(id, connection, somewhere, route, nullptr);
 }
 
 }  // namespace
@@ -75,27 +72,21 @@ TEST(RequestTableTest, GivesResponsesForAnyoneInTheOrderOfTheirArrival) {
     EXPECT_EQ(table.firstForAnyone(), &first);
 }
 
-TEST(RequestTableTest, RemembersTheLast32AnsweredResponses) {
+TEST(RequestTableTest, IsFullWith65536AndKnowsTheOldestThatNobodyAttendsTo) {
     RequestTable table;
-    for (int number = 0; number < 33; ++number) {
-        table.rememberAnswered(add(table, std::to_string(number), Route::owner_callback), Text("x"));
-    }
-    EXPECT_EQ(table.find("0"), nullptr);
-    EXPECT_NE(table.find("1"), nullptr);
-    EXPECT_NE(table.find("32"), nullptr);
-}
-
-TEST(RequestTableTest, ForgetsTheOldestUnansweredRequestWhenItIsFull) {
-    RequestTable table;
+    EXPECT_EQ(table.oldestUnattended(), nullptr);
     Waiter waiter;
+    Sender sender;
     add(table, "waited for", Route::receiver).waiter = &waiter;
-    for (int number = 1; number < 65536; ++number) {
+    add(table, "being sent", Route::receiver).sender = &sender;
+    EXPECT_EQ(table.oldestUnattended(), nullptr);
+    for (int number = 2; number < 65536; ++number) {
+        EXPECT_FALSE(table.isFull());
         add(table, std::to_string(number), Route::receiver);
     }
-    add(table, "one more", Route::receiver);
-    EXPECT_NE(table.find("waited for"), nullptr);
-    EXPECT_EQ(table.find("1"), nullptr);
-    EXPECT_NE(table.find("2"), nullptr);
+    EXPECT_TRUE(table.isFull());
+    ASSERT_NE(table.oldestUnattended(), nullptr);
+    EXPECT_EQ(table.oldestUnattended()->id, "2");
 }
 
 TEST(RequestTableTest, TellsTheWaitersOfALostConnectionAndKeepsWhatCameInTime) {
@@ -105,44 +96,28 @@ TEST(RequestTableTest, TellsTheWaitersOfALostConnectionAndKeepsWhatCameInTime) {
     add(table, "waited for", Route::receiver, 1).waiter = &waiter;
     add(table, "elsewhere", Route::receiver, 2).waiter = &elsewhere;
     add(table, "for anyone", Route::anyone, 1);
-    add(table, "for a callback", Route::owner_callback, 1);
+    add(table, "for a callback", Route::owner_callback, 1).response = Text("substitute");
+    Sender sender;
+    Request &being_sent = add(table, "being sent", Route::owner_callback, 1);
+    being_sent.sender = &sender;
+    sender.request = &being_sent;
     (void)table.keep(add(table, "kept", Route::receiver, 1), Text("x"));
 
-    RequestTable::Lost const lost = table.lose(1);
+    std::vector<std::string> ended;
+    RequestTable::Lost const lost = table.lose(1, [&](Request &request) {
+        ended.emplace_back(std::string(request.id) + ":" + std::string(request.response.view()));
+    });
 
     EXPECT_EQ(waiter.state, Waiter::State::lost);
     EXPECT_EQ(elsewhere.state, Waiter::State::waiting);
     EXPECT_EQ(lost.for_anyone, 1U);
     EXPECT_EQ(lost.for_callbacks, 1U);
+    EXPECT_EQ(ended, std::vector<std::string>{"for a callback:substitute"});
+    // The thread that sends it tells its caller.
+    EXPECT_TRUE(sender.is_lost);
+    EXPECT_EQ(sender.request, nullptr);
     EXPECT_EQ(table.find("waited for"), nullptr);
     EXPECT_EQ(table.find("for anyone"), nullptr);
     EXPECT_NE(table.find("kept"), nullptr);
     EXPECT_NE(table.find("elsewhere"), nullptr);
-}
-
-TEST(Announcements, AreUsedOnce) {
-    int owner = 0;
-    announcements::make(1, &owner);
-    EXPECT_TRUE(announcements::take(1, &owner));
-    EXPECT_FALSE(announcements::take(1, &owner));
-}
-
-TEST(Announcements, AreForOneOwnerOnOneInitiator) {
-    int owner = 0;
-    int other = 0;
-    announcements::make(1, &owner);
-    EXPECT_FALSE(announcements::take(1, &other));
-    EXPECT_FALSE(announcements::take(2, &owner));
-    EXPECT_TRUE(announcements::take(1, &owner));
-}
-
-TEST(Announcements, ThatAreNotUsedAreForgottenOldestFirst) {
-    int owners[9] = {};
-    for (int &owner : owners) {
-        announcements::make(1, &owner);
-    }
-    EXPECT_FALSE(announcements::take(1, &owners[0]));
-    for (int index = 1; index < 9; ++index) {
-        EXPECT_TRUE(announcements::take(1, &owners[index])) << index;
-    }
 }

@@ -42,12 +42,24 @@ korvo_core_status Object::exchange(char const *method, double number, json::Obje
     return sent != KORVO_CORE_STATUS_NO_ERROR ? sent : receive(request_id.get(), method, response);
 }
 
-korvo_core_status Object::sendAsync(char const *request_id, char const *method, double number) {
+void Object::registerForResponses() {
     EXPECT_EQ(korvo_core_ipc_initiator_response_receive_callback(messagingHandle(), takeResponse, this),
               KORVO_CORE_STATUS_NO_ERROR);
+}
+
+korvo_core_status Object::sendAsync(char const *request_id, char const *method, double number) {
+    registerForResponses();
+    {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        asynchronous_.insert(request_id);
+    }
     return send(request_id, method, number);
 }
 
+bool Object::isAsynchronous(char const *, char const *request_id) {
+    std::lock_guard<std::mutex> const lock(mutex_);
+    return asynchronous_.count(request_id) != 0;
+}
 void Object::collectEvents() {
     EXPECT_EQ(korvo_core_ipc_initiator_event_subscribe(messagingHandle(), "sample"),
               KORVO_CORE_STATUS_NO_ERROR);

@@ -2,7 +2,9 @@
 #ifndef KORVO_TESTS_PLATFORM_OBJECT_H
 #define KORVO_TESTS_PLATFORM_OBJECT_H
 
+#include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "frame/interfaces.h"
@@ -31,6 +33,7 @@ class Object : public korvoInitiatorInterfaces {
     void subclassResponseDispatch(char const *method, char *target, char *request_id,
                                   json::Object &response) override;
     void subclassEventDispatch(char const *source, char const *event, json::Object &payload) override;
+    bool isAsynchronous(char const *method, char const *request_id) override;
 
     /// Sends the command {"command": method, "number": number} under the given identifier.
     korvo_core_status send(char const *request_id, char const *method, double number = 0);
@@ -38,7 +41,8 @@ class Object : public korvoInitiatorInterfaces {
                               int timeout = 20000);
     /// Both, with a fresh identifier.
     korvo_core_status exchange(char const *method, double number, json::Object &response);
-    /// Announces that the response goes to subclassResponseDispatch(), and sends.
+    /// Sends so that the response goes to subclassResponseDispatch().
+    void registerForResponses();
     korvo_core_status sendAsync(char const *request_id, char const *method, double number = 0);
     void collectEvents();
 
@@ -48,6 +52,10 @@ class Object : public korvoInitiatorInterfaces {
     void (*at_response)(Object &object) = nullptr;
 
   private:
+    std::mutex mutex_;
+    /// Identifiers of the asynchronous commands.
+    std::set<std::string> asynchronous_;
+
     static void takeResponse(char **service, char **target, char **request_id, char **response,
                              void *context);
     static void takeEvent(char **service, char **source, char **event, void *context);

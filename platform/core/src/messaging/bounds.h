@@ -21,16 +21,16 @@ constexpr std::size_t tracked_requests = 65536;
 /// Responses kept for a later receive.
 constexpr std::size_t kept_responses = 1024;
 constexpr std::size_t kept_response_bytes = 8 * mebibyte;
-/// Copies of responses already given to a callback.
-constexpr std::size_t answered_responses = 32;
-constexpr std::size_t answered_response_bytes = 1 * mebibyte;
 /// Responses and events that wait for an initiator's callbacks.
 constexpr std::size_t waiting_responses = 16384;
 constexpr std::size_t waiting_response_bytes = 32 * mebibyte;
 constexpr std::size_t waiting_events = 1024;
 constexpr std::size_t waiting_event_bytes = 8 * mebibyte;
-/// Announcements of asynchronous requests that one thread has made and not used.
-constexpr std::size_t announcements = 8;
+/// Commands that an initiator has taken and the socket has not; beyond that, sending fails at once.
+constexpr std::size_t unsent_command_bytes = 8 * mebibyte;
+/// Commands from inside callbacks gather up to this size, and for as long as the one for others below, while
+/// further callbacks wait.
+constexpr std::size_t gathered_command_bytes = 16 * kibibyte;
 
 /// Bytes for one peer that a service holds back: beyond the first, events for that peer are dropped; beyond
 /// the second, the peer is disconnected.
@@ -47,8 +47,11 @@ constexpr std::size_t peers = 512;
 /// and a burst of new ones must hold nobody up.
 constexpr unsigned int accepted_at_once = 16;
 
-/// How long a send may find a socket full before the connection is given up.
-constexpr std::chrono::milliseconds send_patience{5000};
+/// How long closing an initiator tries to send what it has taken.
+constexpr std::chrono::milliseconds last_sending{40};
+/// Failed calls that are alike are told of once within this time, and how many kinds are told apart.
+constexpr std::chrono::milliseconds failure_pause{1000};
+constexpr std::size_t told_failures = 64;
 /// How long a response waits at most for others of the same batch.
 constexpr std::chrono::microseconds gathering{500};
 /// Pause before a subscription is made again on a connection that did not live longer than this.

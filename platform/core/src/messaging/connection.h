@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -40,18 +39,36 @@ struct Connection {
     bool is_alive = true;
     bool has_reader = false;
     bool is_subscribed = false;
-    /// Whether the messaging thread's epoll set holds the socket.
+    /// Whether the messaging thread's epoll set holds the socket, and what it waits for there.
     bool is_polled = false;
+    unsigned int polled_events = 0;
     std::vector<Waiter *> waiters;
+
+    /// A thread is just writing; it has `outgoing` for itself, and takes what gathers meanwhile with it.
+    bool is_sending = false;
+    /// The socket was full: what is in `outgoing` waits for the messaging thread.
+    bool is_blocked = false;
+    /// Frames that were taken and that nobody is writing yet; they come after those in `outgoing`.
+    std::string gathered;
 
     // Used by the reader only.
     frame::Decoder decoder;
     int receive_timeout = -1;
 
-    // Never taken while the initiator's mutex is held.
-    std::mutex send_mutex;
-    /// Guarded by send_mutex.
+    /// Makes the calling thread the one that writes; what has gathered is what it writes. Nothing may be left in
+    /// `outgoing`.
+    void takeGathered() noexcept {
+        is_sending = true;
+        outgoing.swap(gathered);
+    }
+
+    /// Bytes that were taken and wait for the socket, without those that a thread is just writing.
+    std::size_t unsent() const { return gathered.size() + (is_sending ? 0 : outgoing.size() - sent); }
+
+    // Used by the thread that writes only; guarded by the initiator's mutex while there is none.
     std::string outgoing;
+    /// How much of `outgoing` has left already.
+    std::size_t sent = 0;
 };
 
 }  // namespace platform

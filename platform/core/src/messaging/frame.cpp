@@ -64,12 +64,16 @@ bool fits(std::string_view first, std::string_view second) {
     return first.size() <= room && second.size() <= room - first.size();
 }
 
+std::size_t sizeOf(std::string_view first, std::string_view second) {
+    return header_size + 2 * length_size + first.size() + second.size();
+}
+
 void append(std::string &out, Type type, std::string_view first, std::string_view second) {
-    std::size_t const payload = 2 * length_size + first.size() + second.size();
-    if (out.capacity() - out.size() < header_size + payload) {
-        out.reserve(std::max(out.size() + header_size + payload, 2 * out.capacity()));
+    std::size_t const size = sizeOf(first, second);
+    if (out.capacity() - out.size() < size) {
+        out.reserve(std::max(out.size() + size, 2 * out.capacity()));
     }
-    appendHeader(out, type, payload);
+    appendHeader(out, type, size - header_size);
     appendLength(out, first.size());
     out += first;
     appendLength(out, second.size());

@@ -38,7 +38,10 @@ struct Frame {
 /// Whether a frame with these texts is within the bound of a payload.
 bool fits(std::string_view first, std::string_view second);
 
-/// Appends a frame with two texts, which must fit.
+/// How many bytes that frame has.
+std::size_t sizeOf(std::string_view first, std::string_view second);
+
+/// Appends a frame with two texts, which must fit. Throws std::bad_alloc and changes nothing then.
 void append(std::string &out, Type type, std::string_view first, std::string_view second);
 
 /// Appends a frame without texts.

@@ -1,18 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "messaging/initiator.h"
 
-#include <atomic>
-
 namespace platform {
-
-namespace {
-
-std::uint64_t nextInitiator() {
-    static std::atomic<std::uint64_t> next{1};
-    return next.fetch_add(1, std::memory_order_relaxed);
-}
-
-}  // namespace
 
 HandleTable<Messaging> &messagingHandles() {
     // Lives as long as the process: other objects may close handles while they are destroyed.
@@ -21,13 +10,15 @@ HandleTable<Messaging> &messagingHandles() {
 }
 
 Initiator::Initiator(void *logging, std::string name, RuntimeFolder folder)
-    : log_(logging), name_(std::move(name)), folder_(std::move(folder)), serial_(nextInitiator()) {}
+    : log_(logging), name_(std::move(name)), folder_(std::move(folder)) {}
 
 void Initiator::close() {
     std::thread thread;
     {
         Hold hold(mutex_, log_);
         is_closing_ = true;
+        writeLast(hold);
+        failures_.tellRest(hold);
         while (!connections_.empty()) {
             ConnectionPointer const connection = connections_.back();
             lose(hold, *connection, "the initiator closes it");
@@ -44,6 +35,7 @@ void Initiator::close() {
     if (thread.joinable()) {
         thread.join();
     }
+    waitUntilLeft();
 }
 
 }  // namespace platform

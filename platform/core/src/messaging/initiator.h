@@ -32,7 +32,11 @@
 #include "base/notes.h"
 #include "korvo_core.h"
 #include "messaging/addressing.h"
+#include "messaging/callback_fence.h"
 #include "messaging/connection.h"
+#include "messaging/deliveries.h"
+#include "messaging/epoll.h"
+#include "messaging/failure_log.h"
 #include "messaging/folder_watch.h"
 #include "messaging/messaging.h"
 #include "messaging/requests.h"
@@ -53,10 +57,16 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
 
     Initiator(void *logging, std::string name, RuntimeFolder folder);
 
-    /// The object that a command is sent for, if any; see Route.
-    enum class For { anyone, object };
+    /// Whom the response to a command is for.
+    struct Purpose {
+        Route route = Route::anyone;
+        void const *owner = nullptr;
+        /// With Route::owner_callback: what the callback gets when no response can come.
+        std::string_view substitute = {};
+    };
+    /// Takes a command. With status 0 a call for an owner's callback is promised an end; with any other nothing is called.
     korvo_core_status send(std::string_view service, std::string_view target, std::string_view request_id,
-                           std::string_view command, For purpose, void const *owner);
+                           std::string_view command, Purpose const &purpose);
 
     korvo_core_status receive(std::string_view request_id, int timeout, Text &response);
     korvo_core_status receiveAny(int timeout, Response &response);
@@ -74,37 +84,12 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     class ReaderRole;
     class RegisteredWaiter;
     enum class ReadResult { some, nothing, lost };
-    enum class WriteResult { whole, nothing, part };
+    enum class WriteResult { whole, blocked, failed };
 
     template <typename Callback>
     struct Registration {
         Callback callback;
         void *context;
-    };
-
-    /// A message that waits for its callback.
-    struct Delivery {
-        std::uint64_t number = 0;
-        Route route = Route::anyone;
-        void const *owner = nullptr;
-        std::shared_ptr<Address const> address;
-        /// Request identifier of a response, source of an event.
-        Text first;
-        Text body;
-    };
-
-    /// Deliveries of one kind with their bounds.
-    struct DeliveryQueue {
-        std::deque<Delivery> items;
-        std::size_t bytes = 0;
-        DropCounter dropped;
-
-        static std::size_t sizeOf(Delivery const &delivery) {
-            return delivery.first.size() + delivery.body.size();
-        }
-        bool hasRoom(std::size_t more, std::size_t most_items, std::size_t most_bytes) const {
-            return items.size() < most_items && more <= most_bytes - std::min(bytes, most_bytes);
-        }
     };
 
     /// A subscription whose connection is gone.
@@ -121,48 +106,61 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     ConnectionPointer findConnection(Address const &address);
     ConnectionPointer findConnection(std::string_view socket_name);
     ConnectionPointer findConnection(std::uint64_t serial);
-    korvo_core_status connect(Address const &address, ConnectionPointer &connection);
+    // With status 4 `problem` says why.
+    korvo_core_status connect(Address const &address, ConnectionPointer &connection, std::string &problem);
     korvo_core_status connectByName(std::string const &socket_name, std::shared_ptr<Address const> address,
-                                    bool knows_target, ConnectionPointer &connection);
+                                    bool knows_target, ConnectionPointer &connection, std::string &problem);
     process::Descriptor openSocket(std::string const &socket_name, Address const &address,
-                                   korvo_core_status &status);
+                                   korvo_core_status &status, std::string &problem);
     void watch(Connection &connection, bool wanted);
+    void updateInterest(Connection &connection);
     void lose(Hold &hold, Connection &connection, char const *reason);
     void adoptSubscription(Hold &hold, Connection &connection);
 
     // initiator_sending.cpp
-    WriteResult write(Connection &connection, std::string_view bytes);
-    bool waitUntilWritable(Connection &connection, Deadline const &deadline);
-    WriteResult writeControl(Connection &connection, frame::Type type);
+    korvo_core_status connectionTo(Hold &hold, Address const &address, ConnectionPointer &connection);
+    korvo_core_status track(Hold &hold, Connection &connection, std::string_view request_id,
+                            Purpose const &purpose, Request *&request);
+    bool mayGather(Connection const &connection, Route route) const;
+    WriteResult write(Hold &hold, Connection &connection);
+    void finishWriting(Hold &hold, Connection &connection, WriteResult written);
+    void requireThread(Hold &hold, Connection &connection);
+    void arrangeWriting(Hold &hold, Connection &connection);
+    void writeAll(Hold &hold, Connection &connection);
+    void writeGathered(Hold &hold);
+    void writeBlocked(Hold &hold, Connection &connection);
+    void writeControl(Hold &hold, Connection &connection, frame::Type type);
+    void writeLast(Hold &hold);
+    void end(Request &request);
+    korvo_core_status fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason);
 
     // initiator_reading.cpp
     ReadResult read(Hold &hold, Connection &connection, int flags);
+    ReadResult writeAndRead(Hold &hold, Connection &connection, int timeout);
     void readForReceivers(Hold &hold, Deadline const &deadline);
     void route(Hold &hold, Connection &connection, frame::Frame const &frame);
     void routeResponse(Hold &hold, Connection &connection, frame::Frame const &frame);
     void routeEvent(Hold &hold, Connection &connection, frame::Frame const &frame);
     void keep(Hold &hold, Request &request, Text response);
-    void queueResponse(Hold &hold, Route route, void const *owner, std::shared_ptr<Address const> address,
-                       Text id, Text body);
-    void withdraw(std::string_view request_id);
+    void queueResponse(Hold &hold, Delivery response, Text substitute);
     static void setReceiveTimeout(Connection &connection, int timeout);
 
     // initiator_delivering.cpp
     bool hasCallbacks() const { return !response_callbacks_.empty() || !event_callbacks_.empty(); }
+    bool hasWork() const { return hasCallbacks() || blocked_ != 0; }
     void startThread(Hold &hold);
     void stopPolling();
     void watchFolder();
     void run();
     void deliver(Hold &hold);
-    bool takeDelivery(Delivery &delivery, bool &is_event);
     void callResponse(Hold &hold, Delivery delivery);
     void callEvent(Hold &hold, Delivery const &delivery);
     template <typename Callback>
     void call(Hold &hold, void *context, Callback callback);
-    void handleEpollEvent(Hold &hold, std::uint64_t tag);
+    void handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int events);
     void wakeThread();
     void wakeReceivers();
-    void waitForCallback(Hold &hold, void *context);
+    void waitForCallback(Hold &hold, void const *context);
     bool onMessagingThread() const { return is_running_ && std::this_thread::get_id() == thread_id_; }
 
     // initiator_subscribing.cpp
@@ -176,8 +174,6 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     Log const log_;
     std::string const name_;
     RuntimeFolder const folder_;
-    /// Tells initiators of one process apart, also when one lies where another one lay.
-    std::uint64_t const serial_;
     unsigned int const generation_ = process::generation();
 
     /// Held while a connection is made, so that two threads do not make the same one.
@@ -197,21 +193,25 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     std::vector<Registration<ResponseCallback>> response_callbacks_;
     void *last_response_context_ = nullptr;
     std::vector<Registration<EventCallback>> event_callbacks_;
-    DeliveryQueue waiting_responses_;
-    DeliveryQueue waiting_events_;
-    std::uint64_t next_delivery_ = 0;
+    Deliveries deliveries_;
+    DropCounter dropped_responses_;
+    DropCounter dropped_events_;
+    DropCounter dropped_requests_;
+    FailureLog failures_;
+    /// Connections whose socket was full.
+    unsigned int blocked_ = 0;
+    /// Since when commands from inside callbacks gather.
+    bool is_gathering_ = false;
+    Clock::time_point gathering_since_{};
 
     std::thread thread_;
     std::thread::id thread_id_;
     bool is_running_ = false;
-    bool is_woken_ = false;
-    process::Descriptor epoll_;
+    /// The messaging thread is in epoll_wait(), or about to be, and nobody has woken it.
+    bool is_asleep_ = false;
+    Epoll epoll_;
     process::Descriptor wake_;
-    /// The callback that is just running.
-    bool is_calling_ = false;
-    void *calling_context_ = nullptr;
-    std::uint64_t calling_number_ = 0;
-    std::condition_variable called_;
+    CallbackFence fence_;
 
     /// Threads in receiveAny(): one of them reads for all.
     std::condition_variable receivers_;

@@ -30,8 +30,7 @@ korvo_core_status korvo_core_ipc_initiator_command_send(void *messaging, char co
                                      if (service == nullptr || request_id == nullptr || command == nullptr) {
                                          return KORVO_CORE_STATUS_INVALID_PARAMS;
                                      }
-                                     return initiator.send(service, orEmpty(target), request_id, command,
-                                                           Initiator::For::anyone, nullptr);
+                                     return initiator.send(service, orEmpty(target), request_id, command, {});
                                  });
 }
 
@@ -85,13 +84,14 @@ korvo_core_status korvo_core_ipc_initiator_event_receive_callback(
 
 korvo_core_status korvo_core_private_command_send(void *messaging, char const *service, char const *target,
                                                   char const *request_id, char const *command, size_t length,
-                                                  void const *owner) {
+                                                  void const *owner, char const *substitute) {
     return withHandle<Initiator>("sending a command", messaging, [&](Initiator &initiator) {
         if (service == nullptr || request_id == nullptr || command == nullptr) {
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
-        return initiator.send(service, orEmpty(target), request_id, {command, length}, Initiator::For::object,
-                              owner);
+        return initiator.send(
+            service, orEmpty(target), request_id, {command, length},
+            {substitute != nullptr ? Route::owner_callback : Route::receiver, owner, orEmpty(substitute)});
     });
 }
 

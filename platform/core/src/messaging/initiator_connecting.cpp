@@ -11,6 +11,17 @@
 
 namespace platform {
 
+namespace {
+
+/// What the messaging thread does on a connection: it reads unless somebody else does, and goes on with what the socket
+/// would not take.
+unsigned int interestIn(Connection const &connection) {
+    return (connection.has_reader ? 0U : static_cast<unsigned int>(EPOLLIN)) |
+           (connection.is_blocked ? static_cast<unsigned int>(EPOLLOUT) : 0U);
+}
+
+}  // namespace
+
 Initiator::ConnectionPointer Initiator::findConnection(Address const &address) {
     for (ConnectionPointer const &connection : connections_) {
         if (connection->knows_target && connection->address->target == address.target &&
@@ -39,19 +50,21 @@ Initiator::ConnectionPointer Initiator::findConnection(std::uint64_t serial) {
     return nullptr;
 }
 
-korvo_core_status Initiator::connect(Address const &address, ConnectionPointer &connection) {
+korvo_core_status Initiator::connect(Address const &address, ConnectionPointer &connection,
+                                     std::string &problem) {
     return connectByName(socketName(address.service, address.target),
-                         std::make_shared<Address const>(address), true, connection);
+                         std::make_shared<Address const>(address), true, connection, problem);
 }
 
 korvo_core_status Initiator::connectByName(std::string const &socket_name,
                                            std::shared_ptr<Address const> address, bool knows_target,
-                                           ConnectionPointer &connection) {
+                                           ConnectionPointer &connection, std::string &problem) {
     std::lock_guard<std::mutex> const only_one(connect_mutex_);
     std::uint64_t serial = 0;
     {
         Hold hold(mutex_, log_);
         if (is_closing_) {
+            problem = "the handle was closed";
             return KORVO_CORE_STATUS_IPC_FAILED;
         }
         connection = findConnection(socket_name);
@@ -66,24 +79,20 @@ korvo_core_status Initiator::connectByName(std::string const &socket_name,
     }
 
     korvo_core_status status = KORVO_CORE_STATUS_NO_ERROR;
-    process::Descriptor socket = openSocket(socket_name, *address, status);
+    process::Descriptor socket = openSocket(socket_name, *address, status, problem);
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
         return status;
     }
     auto const made = std::make_shared<Connection>(std::move(socket), serial, socket_name, std::move(address),
                                                    knows_target);
-    bool subscribe = false;
-    {
-        Hold hold(mutex_, log_);
-        subscribe = subscriptions_.count(made->address->service) != 0;
-    }
-    // Before anybody else can use the connection, so that no event that a command causes comes too early.
-    if (subscribe && writeControl(*made, frame::Type::subscribe) != WriteResult::whole) {
-        return KORVO_CORE_STATUS_IPC_FAILED;
-    }
-
     Hold hold(mutex_, log_);
-    if (is_closing_) {
+    bool const subscribe = subscriptions_.count(made->address->service) != 0;
+    if (subscribe) {
+        // Before anybody else can use the connection, so that no event that a command causes comes too early.
+        writeControl(hold, *made, frame::Type::subscribe);
+    }
+    if (is_closing_ || !made->is_alive) {
+        problem = is_closing_ ? "the handle was closed" : "the connection was lost at once";
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     connections_.push_back(made);
@@ -100,20 +109,21 @@ korvo_core_status Initiator::connectByName(std::string const &socket_name,
 }
 
 process::Descriptor Initiator::openSocket(std::string const &socket_name, Address const &address,
-                                          korvo_core_status &status) {
+                                          korvo_core_status &status, std::string &problem) {
     status = KORVO_CORE_STATUS_IPC_FAILED;
     process::Descriptor const folder = folder_.open(log_);
     if (!folder) {
+        problem = "the runtime folder cannot be used";
         return {};
     }
     auto const socket_address = folder_.address(folder, socket_name);
     if (!socket_address) {
-        log_.error("the path of the runtime folder %s is too long for sockets", folder_.path().c_str());
+        problem = "the path of the runtime folder " + folder_.path() + " is too long for sockets";
         return {};
     }
     process::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket) {
-        log_.error("cannot make a socket: %s", errorText(errno).c_str());
+        problem = "cannot make a socket: " + errorText(errno);
         return {};
     }
     if (::connect(socket.get(), reinterpret_cast<sockaddr const *>(&*socket_address),
@@ -123,18 +133,18 @@ process::Descriptor Initiator::openSocket(std::string const &socket_name, Addres
                       address.target.c_str());
             status = KORVO_CORE_STATUS_DISABLED_TARGET;
         } else {
-            log_.error("cannot connect to service %s, target \"%s\": %s", address.service.c_str(),
-                       address.target.c_str(), errorText(errno).c_str());
+            problem = errorText(errno);
         }
         return {};
     }
     if (!isTrustedPeer(socket.get(), log_)) {
+        problem = "the process at the other end is another user's";
         return {};
     }
     // Blocking, since the reader waits in recv() itself; whoever must not wait says so with each call.
     int const flags = fcntl(socket.get(), F_GETFL);
     if (flags < 0 || fcntl(socket.get(), F_SETFL, flags & ~O_NONBLOCK) != 0) {
-        log_.error("cannot set up a socket: %s", errorText(errno).c_str());
+        problem = "cannot set up a socket: " + errorText(errno);
         return {};
     }
     status = KORVO_CORE_STATUS_NO_ERROR;
@@ -149,7 +159,16 @@ void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
     watch(connection, false);
     // Wakes whoever reads or writes the socket now; the descriptor itself is closed by its last user.
     (void)shutdown(connection.socket.get(), SHUT_RDWR);
-    RequestTable::Lost const lost = requests_.lose(connection.serial);
+    if (connection.is_blocked) {
+        connection.is_blocked = false;
+        --blocked_;
+    }
+    connection.gathered.clear();
+    RequestTable::Lost const lost = requests_.lose(connection.serial, [this](Request &request) {
+        if (!is_closing_) {
+            end(request);
+        }
+    });
     if (lost.for_anyone != 0) {
         ++receiver_losses_;
         wakeReceivers();
@@ -159,6 +178,10 @@ void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
         if (lost.for_callbacks != 0) {
             hold.warn("lost the connection to service " + service + " (" + reason + "): the responses to " +
                       std::to_string(lost.for_callbacks) + " asynchronous requests will not come");
+        }
+        if (lost.for_anyone != 0) {
+            hold.warn("lost the connection to service " + service + " (" + reason + "): the responses to " +
+                      std::to_string(lost.for_anyone) + " requests of no object will not come");
         }
         if (connection.is_subscribed && subscriptions_.count(service) != 0) {
             hold.warn("lost the connection to service " + service + " (" + reason +
@@ -190,15 +213,22 @@ void Initiator::adoptSubscription(Hold &hold, Connection &connection) {
 }
 
 void Initiator::watch(Connection &connection, bool wanted) {
-    if (!epoll_ || wanted == connection.is_polled) {
+    if (wanted == connection.is_polled) {
         return;
     }
-    epoll_event event = {};
-    event.events = connection.has_reader ? 0U : static_cast<unsigned int>(EPOLLIN);
-    event.data.u64 = connection.serial;
-    int const operation = wanted ? EPOLL_CTL_ADD : EPOLL_CTL_DEL;
-    if (epoll_ctl(epoll_.get(), operation, connection.socket.get(), &event) == 0) {
-        connection.is_polled = wanted;
+    if (!wanted) {
+        connection.is_polled = !epoll_.remove(connection.socket.get());
+        return;
+    }
+    connection.polled_events = interestIn(connection);
+    connection.is_polled = epoll_.add(connection.socket.get(), connection.serial, connection.polled_events);
+}
+
+void Initiator::updateInterest(Connection &connection) {
+    unsigned int const events = interestIn(connection);
+    if (connection.is_polled && events != connection.polled_events &&
+        epoll_.change(connection.socket.get(), connection.serial, events)) {
+        connection.polled_events = events;
     }
 }
 

@@ -10,7 +10,6 @@
 
 #include "base/wake.h"
 #include "base/worker.h"
-#include "messaging/announcements.h"
 #include "messaging/initiator.h"
 #include "messaging/reader_role.h"
 
@@ -69,12 +68,14 @@ korvo_core_status Initiator::setResponseCallback(ResponseCallback callback, void
     startThread(hold);
     put(response_callbacks_, callback, context);
     last_response_context_ = context;
-    announcements::make(serial_, context);
     // What came while nobody was there to take it.
     while (Request *const request = requests_.firstForAnyone()) {
-        queueResponse(hold, Route::anyone, nullptr, request->address, Text(request->id),
-                      Text(request->response.view()));
+        Delivery delivery;
+        delivery.address = request->address;
+        delivery.first = Text(request->id);
+        delivery.body = std::move(request->response);
         requests_.erase(*request);
+        queueResponse(hold, std::move(delivery), Text());
     }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
@@ -95,20 +96,13 @@ korvo_core_status Initiator::setEventCallback(EventCallback callback, void *cont
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-void Initiator::waitForCallback(Hold &hold, void *context) {
+void Initiator::waitForCallback(Hold &hold, void const *context) {
     if (onMessagingThread()) {
         return;
     }
-    if (!hasCallbacks()) {
-        wakeThread();
-        called_.wait(hold.mutex(), [&] { return !is_running_ || hasCallbacks(); });
-        return;
-    }
-    std::uint64_t const number = calling_number_;
-    called_.wait(hold.mutex(), [&] {
-        return !is_calling_ || calling_number_ != number ||
-               (context != nullptr && calling_context_ != context);
-    });
+    // Without callbacks it has nothing to do any more, and ends.
+    wakeThread();
+    fence_.wait(hold, context);
 }
 
 void Initiator::startThread(Hold &hold) {
@@ -120,14 +114,11 @@ void Initiator::startThread(Hold &hold) {
         thread_.join();
     }
     process::Descriptor wake = makeWake();
-    process::Descriptor epoll(epoll_create1(EPOLL_CLOEXEC));
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = wake_tag;
-    if (!epoll || epoll_ctl(epoll.get(), EPOLL_CTL_ADD, wake.get(), &event) != 0) {
+    epoll_.open();
+    if (!epoll_.add(wake.get(), wake_tag, EPOLLIN)) {
+        epoll_.close();
         throw std::system_error(errno, std::generic_category(), "epoll");
     }
-    epoll_ = std::move(epoll);
     wake_ = std::move(wake);
     for (ConnectionPointer const &connection : connections_) {
         watch(*connection, true);
@@ -143,27 +134,20 @@ void Initiator::startThread(Hold &hold) {
     }
     thread_id_ = thread_.get_id();
     is_running_ = true;
-    // Deliveries may be waiting already, and lost subscriptions too.
-    is_woken_ = false;
-    wakeThread();
 }
 
 void Initiator::stopPolling() {
     for (ConnectionPointer const &connection : connections_) {
         connection->is_polled = false;
     }
-    epoll_.reset();
+    epoll_.close();
     wake_.reset();
 }
 
 void Initiator::watchFolder() {
-    if (!epoll_ || watch_.descriptor() < 0) {
-        return;
+    if (watch_.descriptor() >= 0) {
+        (void)epoll_.add(watch_.descriptor(), folder_tag, EPOLLIN);
     }
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = folder_tag;
-    (void)epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, watch_.descriptor(), &event);
 }
 
 void Initiator::run() {
@@ -171,17 +155,21 @@ void Initiator::run() {
     for (;;) {
         try {
             deliver(hold);
-            if (is_closing_ || !hasCallbacks()) {
+            writeGathered(hold);
+            if (is_closing_ || !hasWork()) {
                 break;
             }
             int const timeout = restoreTimeout();
-            int const epoll = epoll_.get();
+            int const epoll = epoll_.descriptor();
+            is_asleep_ = true;
             hold.unlock();
             std::array<epoll_event, 16> events;
             int const count = epoll_wait(epoll, events.data(), static_cast<int>(events.size()), timeout);
             hold.lock();
+            is_asleep_ = false;
             for (int index = 0; index < count; ++index) {
-                handleEpollEvent(hold, events.at(static_cast<std::size_t>(index)).data.u64);
+                epoll_event const &event = events.at(static_cast<std::size_t>(index));
+                handleEpollEvent(hold, event.data.u64, event.events);
             }
             restoreSubscriptions(hold);
         } catch (std::exception const &error) {
@@ -193,13 +181,11 @@ void Initiator::run() {
     }
     stopPolling();
     is_running_ = false;
-    called_.notify_all();
 }
 
-void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag) {
+void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int events) {
     if (tag == wake_tag) {
         drainWake(wake_);
-        is_woken_ = false;
         return;
     }
     if (tag == folder_tag) {
@@ -207,40 +193,37 @@ void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag) {
         return;
     }
     ConnectionPointer const connection = findConnection(tag);
-    if (connection == nullptr || connection->has_reader) {
+    if (connection == nullptr) {
         return;
     }
-    ReaderRole const role(hold, *this, *connection, true);
-    hold.unlock();
-    (void)read(hold, *connection, MSG_DONTWAIT);
+    if ((events & static_cast<unsigned int>(EPOLLOUT)) != 0 && connection->is_blocked) {
+        writeBlocked(hold, *connection);
+    }
+    if ((events & ~static_cast<unsigned int>(EPOLLOUT)) != 0 && connection->is_alive &&
+        !connection->has_reader) {
+        ReaderRole const role(hold, *this, *connection, true);
+        hold.unlock();
+        (void)read(hold, *connection, MSG_DONTWAIT);
+    }
 }
 
 void Initiator::deliver(Hold &hold) {
     Delivery delivery;
-    bool is_event = false;
-    while (!is_closing_ && takeDelivery(delivery, is_event)) {
-        if (is_event) {
+    while (!is_closing_) {
+        // Events stay until somebody registers for them; responses were queued for somebody.
+        Deliveries::Kind const kind = deliveries_.take(!event_callbacks_.empty(), delivery);
+        if (kind == Deliveries::Kind::none) {
+            return;
+        }
+        if (is_gathering_ && Clock::now() - gathering_since_ > limits::gathering) {
+            writeGathered(hold);
+        }
+        if (kind == Deliveries::Kind::event) {
             callEvent(hold, delivery);
         } else {
             callResponse(hold, std::move(delivery));
         }
     }
-}
-
-bool Initiator::takeDelivery(Delivery &delivery, bool &is_event) {
-    auto &responses = waiting_responses_.items;
-    auto &events = waiting_events_.items;
-    // Events stay until somebody registers for them; responses were queued for somebody.
-    bool const has_event = !events.empty() && !event_callbacks_.empty();
-    if (!has_event && responses.empty()) {
-        return false;
-    }
-    is_event = has_event && (responses.empty() || events.front().number < responses.front().number);
-    DeliveryQueue &queue = is_event ? waiting_events_ : waiting_responses_;
-    delivery = std::move(queue.items.front());
-    queue.items.pop_front();
-    queue.bytes -= DeliveryQueue::sizeOf(delivery);
-    return true;
 }
 
 void Initiator::callResponse(Hold &hold, Delivery delivery) {
@@ -279,26 +262,21 @@ void Initiator::callEvent(Hold &hold, Delivery const &delivery) {
 
 template <typename Callback>
 void Initiator::call(Hold &hold, void *context, Callback callback) {
-    is_calling_ = true;
-    calling_context_ = context;
-    ++calling_number_;
-    hold.unlock();
-    try {
-        callback();
-    } catch (std::exception const &error) {
-        log_.error("a callback threw an exception: %s", error.what());
-    } catch (...) {
-        log_.error("a callback threw something that is no exception");
-    }
-    process::endOrphan(generation_);
-    hold.lock();
-    is_calling_ = false;
-    called_.notify_all();
+    fence_.run(hold, context, [&] {
+        try {
+            callback();
+        } catch (std::exception const &error) {
+            log_.error("a callback threw an exception: %s", error.what());
+        } catch (...) {
+            log_.error("a callback threw something that is no exception");
+        }
+        process::endOrphan(generation_);
+    });
 }
 
 void Initiator::wakeThread() {
-    if (is_running_ && !is_woken_ && !onMessagingThread()) {
-        is_woken_ = true;
+    if (is_running_ && is_asleep_) {
+        is_asleep_ = false;
         signalWake(wake_);
     }
 }

@@ -14,30 +14,36 @@
 
 namespace platform {
 
+namespace {
+
+/// A poll takes what is there, and does not keep step with a peer that goes on sending.
+constexpr int reads_of_a_poll = 64;
+
+}  // namespace
 korvo_core_status Initiator::receive(std::string_view request_id, int timeout, Text &response) {
     Deadline const deadline(timeout);
     Hold hold(mutex_, log_);
-    Request *const request = requests_.find(request_id);
-    if (request == nullptr || is_closing_) {
-        // Never sent, already taken, dropped or lost with its connection: no response can come.
-        return KORVO_CORE_STATUS_IPC_FAILED;
+    if (is_closing_) {
+        return fail(hold, Phase::wait, nullptr, "the handle was closed");
     }
-    if (request->shelf != Request::Shelf::outstanding) {
-        if (request->shelf == Request::Shelf::answered) {
-            withdraw(request_id);
-        }
+    Request *const request = requests_.find(request_id);
+    ConnectionPointer const connection = request != nullptr ? findConnection(request->connection) : nullptr;
+    if (request != nullptr && request->shelf == Request::Shelf::kept) {
         response = std::move(request->response);
         requests_.erase(*request);
         return KORVO_CORE_STATUS_NO_ERROR;
+    }
+    if (request == nullptr || connection == nullptr) {
+        return fail(
+            hold, Phase::wait, nullptr,
+            "no response can come to a request that was never sent, has been answered, was given up, or was "
+            "lost with its connection");
     }
     if (request->waiter != nullptr) {
         hold.warn("two threads receive the response to one request; the second was turned away");
         return KORVO_CORE_STATUS_MULTI_THREAD_ACCESS;
     }
-    ConnectionPointer const connection = findConnection(request->connection);
-    if (connection == nullptr) {
-        return KORVO_CORE_STATUS_IPC_FAILED;
-    }
+    std::shared_ptr<Address const> const address = request->address;
 
     RegisteredWaiter registered(hold, *request, *connection);
     Waiter &waiter = registered.waiter;
@@ -53,25 +59,53 @@ korvo_core_status Initiator::receive(std::string_view request_id, int timeout, T
         ReaderRole const role(hold, *this, *connection);
         // The full time-out is mostly what the socket has from the last call, and then costs no system call.
         int wait = timeout;
+        int reads = 0;
         while (waiter.state == Waiter::State::waiting && !is_over) {
-            hold.unlock();
-            if (!deadline.isPoll()) {
-                setReceiveTimeout(*connection, wait);
+            ReadResult result = ReadResult::nothing;
+            if (connection->is_blocked) {
+                result = writeAndRead(hold, *connection, wait);
+            } else {
+                hold.unlock();
+                if (!deadline.isPoll()) {
+                    setReceiveTimeout(*connection, wait);
+                }
+                result = read(hold, *connection, deadline.isPoll() ? MSG_DONTWAIT : 0);
             }
-            ReadResult const result = read(hold, *connection, deadline.isPoll() ? MSG_DONTWAIT : 0);
-            is_over = result == ReadResult::nothing && deadline.hasPassed();
-            wait = deadline.remaining();
-            if (wait == 0 && !deadline.isPoll()) {
-                // As a time-out of the socket, 0 would mean no end.
-                wait = 1;
+            if (waiter.state == Waiter::State::waiting) {
+                // After every read: a peer that goes on sending other things must not make this call longer.
+                wait = deadline.remaining();
+                is_over = wait == 0 &&
+                          (!deadline.isPoll() || result != ReadResult::some || ++reads == reads_of_a_poll);
             }
         }
     }
-    if (waiter.state != Waiter::State::answered) {
+    if (waiter.state == Waiter::State::answered) {
+        response = std::move(waiter.response);
+        return KORVO_CORE_STATUS_NO_ERROR;
+    }
+    if (waiter.state == Waiter::State::lost) {
+        return fail(hold, Phase::read, address.get(),
+                    is_closing_ ? "the handle was closed" : "the connection was lost");
+    }
+    if (deadline.isPoll()) {
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
-    response = std::move(waiter.response);
-    return KORVO_CORE_STATUS_NO_ERROR;
+    return fail(hold, Phase::wait, address.get(), "no response within " + std::to_string(timeout) + " ms");
+}
+
+Initiator::ReadResult Initiator::writeAndRead(Hold &hold, Connection &connection, int timeout) {
+    pollfd ready = {connection.socket.get(), POLLIN | POLLOUT, 0};
+    hold.unlock();
+    (void)poll(&ready, 1, timeout);
+    hold.lock();
+    if ((ready.revents & POLLOUT) != 0 && connection.is_blocked) {
+        writeBlocked(hold, connection);
+    }
+    if ((ready.revents & ~POLLOUT) == 0) {
+        return ReadResult::nothing;
+    }
+    hold.unlock();
+    return read(hold, connection, MSG_DONTWAIT);
 }
 
 korvo_core_status Initiator::receiveAny(int timeout, Response &response) {
@@ -88,8 +122,16 @@ korvo_core_status Initiator::receiveAny(int timeout, Response &response) {
             requests_.erase(*request);
             return KORVO_CORE_STATUS_NO_ERROR;
         }
-        if (is_closing_ || losses != receiver_losses_ || (has_looked && deadline.hasPassed())) {
-            return KORVO_CORE_STATUS_IPC_FAILED;
+        if (is_closing_) {
+            return fail(hold, Phase::wait, nullptr, "the handle was closed");
+        }
+        if (losses != receiver_losses_) {
+            return fail(hold, Phase::read, nullptr, "a connection was lost");
+        }
+        if (has_looked && deadline.hasPassed()) {
+            return deadline.isPoll() ? KORVO_CORE_STATUS_IPC_FAILED
+                                     : fail(hold, Phase::wait, nullptr,
+                                            "no response within " + std::to_string(timeout) + " ms");
         }
         if (receivers_have_reader_) {
             has_looked = true;
@@ -120,13 +162,23 @@ void Initiator::readForReceivers(Hold &hold, Deadline const &deadline) {
             if (!connections[index]->has_reader) {
                 roles.emplace_back(hold, *this, *connections[index]);
                 ready[index + 1].fd = connections[index]->socket.get();
+                if (connections[index]->is_blocked) {
+                    ready[index + 1].events |= POLLOUT;
+                }
             }
         }
         hold.unlock();
         (void)poll(ready.data(), ready.size(), deadline.remaining());
         drainWake(receivers_wake_);
         for (std::size_t index = 0; index < connections.size(); ++index) {
-            if (ready[index + 1].revents != 0) {
+            if ((ready[index + 1].revents & POLLOUT) != 0) {
+                hold.lock();
+                if (connections[index]->is_blocked) {
+                    writeBlocked(hold, *connections[index]);
+                }
+                hold.unlock();
+            }
+            if ((ready[index + 1].revents & ~POLLOUT) != 0) {
                 (void)read(hold, *connections[index], MSG_DONTWAIT);
                 hold.unlock();
             }
@@ -195,9 +247,8 @@ void Initiator::routeResponse(Hold &hold, Connection &connection, frame::Frame c
         }
         return;
     }
-    Text response(frame.second);
     if (Waiter *const waiter = request->waiter) {
-        waiter->response = std::move(response);
+        waiter->response = Text(frame.second);
         waiter->state = Waiter::State::answered;
         waiter->condition.notify_one();
         requests_.erase(*request);
@@ -210,29 +261,24 @@ void Initiator::routeResponse(Hold &hold, Connection &connection, frame::Frame c
         }
         return;
     }
-    switch (request->route) {
-        case Route::receiver:
-            keep(hold, *request, std::move(response));
-            break;
-        case Route::owner_callback:
-            queueResponse(hold, Route::owner_callback, request->owner, request->address, Text(frame.first),
-                          Text(frame.second));
-            if (request->shelf == Request::Shelf::outstanding) {
-                requests_.rememberAnswered(*request, std::move(response));
-            }
-            break;
-        case Route::anyone:
-            if (response_callbacks_.empty()) {
-                keep(hold, *request, std::move(response));
-                receivers_.notify_one();
-                wakeReceivers();
-            } else {
-                queueResponse(hold, Route::anyone, nullptr, request->address, Text(frame.first),
-                              std::move(response));
-                requests_.erase(*request);
-            }
-            break;
+    bool const is_for_anyone = request->route == Route::anyone;
+    if (request->route == Route::receiver || (is_for_anyone && response_callbacks_.empty())) {
+        keep(hold, *request, Text(frame.second));
+        if (is_for_anyone) {
+            receivers_.notify_one();
+            wakeReceivers();
+        }
+        return;
     }
+    Delivery delivery;
+    delivery.route = request->route;
+    delivery.owner = request->owner;
+    delivery.address = request->address;
+    delivery.first = Text(frame.first);
+    delivery.body = Text(frame.second);
+    Text substitute = std::move(request->response);
+    requests_.erase(*request);
+    queueResponse(hold, std::move(delivery), std::move(substitute));
 }
 
 void Initiator::routeEvent(Hold &hold, Connection &connection, frame::Frame const &frame) {
@@ -241,21 +287,15 @@ void Initiator::routeEvent(Hold &hold, Connection &connection, frame::Frame cons
         return;
     }
     Delivery event;
-    event.number = next_delivery_++;
     event.address = connection.address;
-    if (!waiting_events_.hasRoom(frame.first.size() + frame.second.size(), limits::waiting_events,
-                                 limits::waiting_event_bytes)) {
-        if (waiting_events_.dropped.count()) {
-            hold.warn("events come faster than the callbacks take them; dropped (" +
-                      std::to_string(waiting_events_.dropped.total()) + " so far)");
-        }
-        return;
-    }
     event.first = Text(frame.first);
     event.body = Text(frame.second);
-    waiting_events_.bytes += DeliveryQueue::sizeOf(event);
-    waiting_events_.items.push_back(std::move(event));
-    wakeThread();
+    if (deliveries_.putEvent(std::move(event))) {
+        wakeThread();
+    } else if (dropped_events_.count()) {
+        hold.warn("events come faster than the callbacks take them; dropped (" +
+                  std::to_string(dropped_events_.total()) + " so far)");
+    }
 }
 
 void Initiator::keep(Hold &hold, Request &request, Text response) {
@@ -269,36 +309,12 @@ void Initiator::keep(Hold &hold, Request &request, Text response) {
     }
 }
 
-void Initiator::queueResponse(Hold &hold, Route route, void const *owner,
-                              std::shared_ptr<Address const> address, Text id, Text body) {
-    if (!waiting_responses_.hasRoom(id.size() + body.size(), limits::waiting_responses,
-                                    limits::waiting_response_bytes)) {
-        if (waiting_responses_.dropped.count()) {
-            hold.warn("responses come faster than the callbacks take them; dropped (" +
-                      std::to_string(waiting_responses_.dropped.total()) + " so far)");
-        }
-        return;
+void Initiator::queueResponse(Hold &hold, Delivery response, Text substitute) {
+    if (!deliveries_.putResponse(std::move(response), std::move(substitute)) && dropped_responses_.count()) {
+        hold.warn("responses come faster than the callbacks take them; dropped (" +
+                  std::to_string(dropped_responses_.total()) + " so far)");
     }
-    Delivery delivery;
-    delivery.number = next_delivery_++;
-    delivery.route = route;
-    delivery.owner = owner;
-    delivery.address = std::move(address);
-    delivery.first = std::move(id);
-    delivery.body = std::move(body);
-    waiting_responses_.bytes += DeliveryQueue::sizeOf(delivery);
-    waiting_responses_.items.push_back(std::move(delivery));
     wakeThread();
-}
-
-void Initiator::withdraw(std::string_view request_id) {
-    for (auto item = waiting_responses_.items.begin(); item != waiting_responses_.items.end(); ++item) {
-        if (item->first.view() == request_id) {
-            waiting_responses_.bytes -= DeliveryQueue::sizeOf(*item);
-            waiting_responses_.items.erase(item);
-            return;
-        }
-    }
 }
 
 void Initiator::setReceiveTimeout(Connection &connection, int timeout) {

@@ -1,165 +1,349 @@
 // SPDX-License-Identifier: Apache-2.0
 // Initiator: sending commands.
+//
+// Nobody waits for room in a socket. A command is taken with its row in the table of requests; its frame leaves on the
+// caller's own thread, unless another thread is just writing to the connection or the socket is full: then it gathers,
+// and whoever writes takes it along. A full socket is tried again by whoever next sends or waits on it, and by the
+// messaging thread, which is started for it where there is none. Frames leave in the order in which their commands were taken.
+//
+// Commands from inside callbacks gather too, as long as further callbacks wait, so that a flight of answers makes one
+// flight of new commands.
 #include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <cerrno>
 
-#include "messaging/announcements.h"
 #include "messaging/initiator.h"
-#include "messaging/reader_role.h"
 
 namespace platform {
 
 namespace {
 
-/// How long a sender leaves reading to another thread before it looks again whether that thread still does.
-constexpr int look_again_ms = 20;
+/// How often a sender takes along what others have gathered meanwhile before it leaves that to the messaging thread.
+constexpr int rounds_for_others = 4;
+
+/// Ties a request to the thread that sends it, while both last.
+class Sending {
+  public:
+    Sending(Hold &hold, Request &request) : hold_(hold) {
+        self_.request = &request;
+        request.sender = &self_;
+    }
+    ~Sending() {
+        if (!hold_.owns_lock()) {
+            hold_.lock();
+        }
+        if (self_.request != nullptr) {
+            self_.request->sender = nullptr;
+        }
+    }
+    Sending(Sending const &) = delete;
+    Sending &operator=(Sending const &) = delete;
+
+    /// NULL when it was answered already, or lost.
+    Request *request() const { return self_.request; }
+    bool isLost() const { return self_.is_lost; }
+
+  private:
+    Hold &hold_;
+    Sender self_;
+};
 
 }  // namespace
 
 korvo_core_status Initiator::send(std::string_view service, std::string_view target,
-                                  std::string_view request_id, std::string_view command, For purpose,
-                                  void const *owner) {
-    Route route = Route::anyone;
-    if (purpose == For::object) {
-        route = announcements::take(serial_, owner) ? Route::owner_callback : Route::receiver;
-    }
-    if (!frame::fits(request_id, command)) {
-        log_.error("a command of %zu bytes for service %.*s was not sent: a message has at most %zu bytes",
-                   command.size(), static_cast<int>(service.size()), service.data(), limits::frame_payload);
-        return KORVO_CORE_STATUS_IPC_FAILED;
-    }
+                                  std::string_view request_id, std::string_view command,
+                                  Purpose const &purpose) {
     Address const address{std::string(service), std::string(target)};
-
+    Hold hold(mutex_, log_);
+    if (!frame::fits(request_id, command)) {
+        return fail(hold, Phase::send, &address,
+                    "a command of " + std::to_string(command.size()) + " bytes; a message has at most " +
+                        std::to_string(limits::frame_payload));
+    }
     for (bool is_second_try = false;; is_second_try = true) {
         ConnectionPointer connection;
-        Hold hold(mutex_, log_);
-        if (is_closing_) {
-            return KORVO_CORE_STATUS_IPC_FAILED;
+        korvo_core_status status = connectionTo(hold, address, connection);
+        if (status != KORVO_CORE_STATUS_NO_ERROR) {
+            return status;
         }
-        connection = findConnection(address);
-        if (connection == nullptr) {
-            hold.unlock();
-            korvo_core_status const status = connect(address, connection);
-            if (status != KORVO_CORE_STATUS_NO_ERROR) {
-                return status;
-            }
-            hold.lock();
+        if (connection->is_blocked) {
+            writeBlocked(hold, *connection);
             if (!connection->is_alive) {
-                if (is_second_try) {
-                    return KORVO_CORE_STATUS_IPC_FAILED;
-                }
                 continue;
             }
         }
-        if (Request *const earlier = requests_.find(request_id)) {
-            if (earlier->waiter != nullptr) {
-                hold.warn(
-                    "a command was not sent: a thread waits for the response to an earlier one with the "
-                    "same request identifier");
-                return KORVO_CORE_STATUS_MULTI_THREAD_ACCESS;
-            }
-            requests_.erase(*earlier);
+        std::size_t const size = frame::sizeOf(request_id, command);
+        std::size_t const unsent = connection->unsent();
+        if (unsent != 0 && unsent + size > limits::unsent_command_bytes) {
+            return fail(hold, Phase::send, &address,
+                        "it reads nothing, and " + std::to_string(unsent) + " bytes wait for it already");
         }
-        // Before the command leaves, since the response may be read by another thread at once.
-        if (!requests_.add(request_id, connection->serial, connection->address, route, owner)) {
-            hold.warn("a command was not sent: threads wait for as many responses as can be waited for");
-            return KORVO_CORE_STATUS_IPC_FAILED;
+        bool const gathers = mayGather(*connection, purpose.route);
+        // Before the command leaves, since another thread may read the response at once.
+        Request *request = nullptr;
+        status = track(hold, *connection, request_id, purpose, request);
+        if (status != KORVO_CORE_STATUS_NO_ERROR) {
+            return status;
         }
-        hold.unlock();
-
-        WriteResult written = WriteResult::nothing;
-        {
-            std::lock_guard<std::mutex> const only_sender(connection->send_mutex);
-            connection->outgoing.clear();
-            frame::append(connection->outgoing, frame::Type::command, request_id, command);
-            written = write(*connection, connection->outgoing);
-            if (connection->outgoing.capacity() > 2 * limits::read_buffer) {
-                connection->outgoing = std::string();
-            }
+        std::size_t const begin = connection->gathered.size();
+        try {
+            frame::append(connection->gathered, frame::Type::command, request_id, command);
+        } catch (...) {
+            requests_.erase(*request);
+            throw;
         }
-        if (written == WriteResult::whole) {
+        if (gathers) {
+            arrangeWriting(hold, *connection);
             return KORVO_CORE_STATUS_NO_ERROR;
         }
 
-        hold.lock();
-        Request *const unsent = requests_.find(request_id);
-        if (unsent != nullptr && unsent->waiter == nullptr && unsent->connection == connection->serial) {
-            requests_.erase(*unsent);
+        Sending const sending(hold, *request);
+        connection->takeGathered();
+        WriteResult const written = write(hold, *connection);
+        bool const left_nothing = written == WriteResult::failed && connection->sent <= begin;
+        if (written == WriteResult::failed && sending.request() != nullptr) {
+            requests_.erase(*sending.request());
         }
-        lose(hold, *connection, "a command could not be sent");
+        finishWriting(hold, *connection, written);
+        if (written != WriteResult::failed && !sending.isLost()) {
+            return KORVO_CORE_STATUS_NO_ERROR;
+        }
         // Trying again is safe only where the service cannot have seen any of it.
-        if (written == WriteResult::part || is_second_try) {
-            return KORVO_CORE_STATUS_IPC_FAILED;
+        if (!left_nothing || is_second_try) {
+            return fail(hold, Phase::send, &address, "the connection was lost");
         }
     }
 }
 
-Initiator::WriteResult Initiator::write(Connection &connection, std::string_view bytes) {
-    Deadline deadline(0);
-    bool is_waiting = false;
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-        ssize_t const count = ::send(connection.socket.get(), bytes.data() + sent, bytes.size() - sent,
-                                     MSG_DONTWAIT | MSG_NOSIGNAL);
+korvo_core_status Initiator::connectionTo(Hold &hold, Address const &address, ConnectionPointer &connection) {
+    for (bool is_second_try = false;; is_second_try = true) {
+        if (is_closing_) {
+            return fail(hold, Phase::send, &address, "the handle was closed");
+        }
+        connection = findConnection(address);
+        if (connection != nullptr) {
+            return KORVO_CORE_STATUS_NO_ERROR;
+        }
+        hold.unlock();
+        std::string problem;
+        korvo_core_status const status = connect(address, connection, problem);
+        hold.lock();
+        if (status == KORVO_CORE_STATUS_IPC_FAILED) {
+            return fail(hold, Phase::connect, &address, problem);
+        }
+        if (status != KORVO_CORE_STATUS_NO_ERROR || connection->is_alive) {
+            return status;
+        }
+        if (is_second_try) {
+            return fail(hold, Phase::connect, &address, "the connection was lost at once");
+        }
+    }
+}
+
+korvo_core_status Initiator::track(Hold &hold, Connection &connection, std::string_view request_id,
+                                   Purpose const &purpose, Request *&request) {
+    if (Request *const earlier = requests_.find(request_id)) {
+        if (earlier->waiter != nullptr || earlier->sender != nullptr) {
+            hold.warn(
+                "a command was not sent: a thread waits for the response to an earlier one with the same "
+                "request identifier");
+            return KORVO_CORE_STATUS_MULTI_THREAD_ACCESS;
+        }
+        requests_.erase(*earlier);
+    }
+    bool const is_asynchronous = purpose.route == Route::owner_callback;
+    if (is_asynchronous && deliveries_.responses() >= limits::tracked_requests) {
+        return fail(hold, Phase::send, connection.address.get(),
+                    "callbacks for " + std::to_string(limits::tracked_requests) + " responses wait already");
+    }
+    if (requests_.isFull()) {
+        Request *const oldest = requests_.oldestUnattended();
+        if (oldest == nullptr) {
+            return fail(hold, Phase::send, connection.address.get(),
+                        "threads wait for as many responses as can be waited for");
+        }
+        if (dropped_requests_.count()) {
+            hold.warn("more requests are unanswered than can be kept track of; the oldest were given up (" +
+                      std::to_string(dropped_requests_.total()) + " so far)");
+        }
+        if (oldest->route == Route::owner_callback) {
+            end(*oldest);
+        }
+        requests_.erase(*oldest);
+    }
+    Text substitute = is_asynchronous ? Text(purpose.substitute) : Text();
+    request = &requests_.add(request_id, connection.serial, connection.address, purpose.route, purpose.owner);
+    request->response = std::move(substitute);
+    return KORVO_CORE_STATUS_NO_ERROR;
+}
+
+void Initiator::end(Request &request) {
+    Delivery delivery;
+    delivery.route = Route::owner_callback;
+    delivery.owner = request.owner;
+    delivery.address = request.address;
+    delivery.first = Text(request.id);
+    delivery.body = std::move(request.response);
+    deliveries_.putSubstitute(std::move(delivery));
+    wakeThread();
+}
+
+bool Initiator::mayGather(Connection const &connection, Route route) const {
+    return connection.is_sending || connection.is_blocked ||
+           (route == Route::owner_callback && onMessagingThread() && deliveries_.responses() != 0);
+}
+
+void Initiator::arrangeWriting(Hold &hold, Connection &connection) {
+    if (connection.is_sending || connection.is_blocked) {
+        // Whoever writes takes it along.
+        return;
+    }
+    if (!is_gathering_) {
+        is_gathering_ = true;
+        gathering_since_ = Clock::now();
+    }
+    if (!onMessagingThread()) {
+        requireThread(hold, connection);
+        wakeThread();
+    } else if (connection.gathered.size() >= limits::gathered_command_bytes) {
+        writeAll(hold, connection);
+    }
+}
+
+void Initiator::writeGathered(Hold &hold) {
+    if (!is_gathering_) {
+        return;
+    }
+    is_gathering_ = false;
+    std::vector<ConnectionPointer> const connections = connections_;
+    for (ConnectionPointer const &connection : connections) {
+        if (!connection->gathered.empty() && !connection->is_sending && !connection->is_blocked) {
+            writeAll(hold, *connection);
+        }
+    }
+}
+
+void Initiator::writeAll(Hold &hold, Connection &connection) {
+    connection.takeGathered();
+    finishWriting(hold, connection, write(hold, connection));
+}
+
+void Initiator::writeBlocked(Hold &hold, Connection &connection) {
+    connection.is_blocked = false;
+    --blocked_;
+    connection.is_sending = true;
+    finishWriting(hold, connection, write(hold, connection));
+    updateInterest(connection);
+}
+
+void Initiator::writeControl(Hold &hold, Connection &connection, frame::Type type) {
+    frame::append(connection.gathered, type);
+    if (!connection.is_sending && !connection.is_blocked) {
+        writeAll(hold, connection);
+    }
+}
+
+Initiator::WriteResult Initiator::write(Hold &hold, Connection &connection) {
+    hold.unlock();
+    std::string &bytes = connection.outgoing;
+    WriteResult result = WriteResult::whole;
+    while (connection.sent < bytes.size() && result == WriteResult::whole) {
+        ssize_t const count = ::send(connection.socket.get(), bytes.data() + connection.sent,
+                                     bytes.size() - connection.sent, MSG_DONTWAIT | MSG_NOSIGNAL);
         if (count >= 0) {
-            sent += static_cast<std::size_t>(count);
-            continue;
-        }
-        if (errno == EINTR) {
-            continue;
-        }
-        if (errno != EAGAIN && errno != EWOULDBLOCK) {
-            return sent == 0 ? WriteResult::nothing : WriteResult::part;
-        }
-        if (!is_waiting) {
-            is_waiting = true;
-            deadline = Deadline(static_cast<int>(limits::send_patience.count()));
-        }
-        if (!waitUntilWritable(connection, deadline)) {
-            // A service that takes nothing for so long would not take it on a new connection either.
-            return WriteResult::part;
+            connection.sent += static_cast<std::size_t>(count);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            result = WriteResult::blocked;
+        } else if (errno != EINTR) {
+            result = WriteResult::failed;
         }
     }
-    return WriteResult::whole;
+    if (result == WriteResult::whole) {
+        bytes.clear();
+        connection.sent = 0;
+        if (bytes.capacity() > 2 * limits::read_buffer) {
+            bytes = std::string();
+        }
+    }
+    hold.lock();
+    return result;
 }
 
-bool Initiator::waitUntilWritable(Connection &connection, Deadline const &deadline) {
-    Hold hold(mutex_, log_);
-    while (connection.is_alive && !is_closing_) {
-        if (deadline.hasPassed()) {
-            hold.warn("service " + connection.address->service + " took no more bytes for " +
-                      std::to_string(limits::send_patience.count()) + " ms; the connection is given up");
-            return false;
+void Initiator::finishWriting(Hold &hold, Connection &connection, WriteResult written) {
+    for (int round = 0; round < rounds_for_others && written == WriteResult::whole && connection.is_alive &&
+                        !connection.gathered.empty();
+         ++round) {
+        connection.takeGathered();
+        written = write(hold, connection);
+    }
+    connection.is_sending = false;
+    if (!connection.is_alive) {
+        return;
+    }
+    if (written == WriteResult::failed) {
+        lose(hold, connection, "a command could not be sent");
+    } else if (written == WriteResult::blocked) {
+        connection.is_blocked = true;
+        ++blocked_;
+        requireThread(hold, connection);
+        updateInterest(connection);
+    } else if (!connection.gathered.empty()) {
+        arrangeWriting(hold, connection);
+    }
+}
+
+void Initiator::requireThread(Hold &hold, Connection &connection) {
+    if (is_closing_) {
+        return;
+    }
+    try {
+        startThread(hold);
+    } catch (std::exception const &error) {
+        lose(hold, connection, error.what());
+    }
+}
+
+void Initiator::writeLast(Hold &hold) {
+    Deadline const deadline(static_cast<int>(limits::last_sending.count()));
+    std::vector<ConnectionPointer> const connections = connections_;
+    for (ConnectionPointer const &connection : connections) {
+        if (connection->is_sending || connection->unsent() == 0) {
+            continue;
         }
-        pollfd ready = {connection.socket.get(), POLLOUT, 0};
-        if (connection.has_reader) {
-            hold.unlock();
-            (void)poll(&ready, 1, std::min(deadline.remaining(), look_again_ms));
-            hold.lock();
-        } else {
-            ReaderRole const role(hold, *this, connection);
-            hold.unlock();
-            ready.events |= POLLIN;
-            if (poll(&ready, 1, deadline.remaining()) > 0 && (ready.revents & POLLIN) != 0) {
-                (void)read(hold, connection, MSG_DONTWAIT);
+        if (connection->is_blocked) {
+            connection->is_blocked = false;
+            --blocked_;
+        }
+        connection->is_sending = true;
+        WriteResult written = WriteResult::blocked;
+        while (written == WriteResult::blocked && connection->is_alive) {
+            connection->outgoing += connection->gathered;
+            connection->gathered.clear();
+            written = write(hold, *connection);
+            if (written == WriteResult::blocked) {
+                if (deadline.hasPassed()) {
+                    break;
+                }
+                hold.unlock();
+                pollfd ready = {connection->socket.get(), POLLOUT, 0};
+                (void)poll(&ready, 1, deadline.remaining());
+                hold.lock();
             }
         }
-        if ((ready.revents & (POLLOUT | POLLERR | POLLHUP)) != 0) {
-            return true;
+        connection->is_sending = false;
+        std::size_t const unsent = connection->unsent();
+        if (unsent != 0) {
+            hold.warn(std::to_string(unsent) + " bytes of commands for service " +
+                      connection->address->service + " were not sent: the handle was closed");
         }
     }
-    // The next attempt to send tells how far the frame came.
-    return !is_closing_;
 }
 
-Initiator::WriteResult Initiator::writeControl(Connection &connection, frame::Type type) {
-    std::lock_guard<std::mutex> const only_sender(connection.send_mutex);
-    connection.outgoing.clear();
-    frame::append(connection.outgoing, type);
-    return write(connection, connection.outgoing);
+korvo_core_status Initiator::fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason) {
+    failures_.tell(hold, phase, peer, reason);
+    return KORVO_CORE_STATUS_IPC_FAILED;
 }
 
 }  // namespace platform

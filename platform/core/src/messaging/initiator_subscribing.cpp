@@ -33,32 +33,26 @@ korvo_core_status Initiator::subscribe(std::string_view service) {
 }
 
 korvo_core_status Initiator::unsubscribe(std::string_view service) {
+    Hold hold(mutex_, log_);
+    if (is_closing_) {
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    }
+    if (subscriptions_.erase(std::string(service)) == 0) {
+        hold.warn("cannot unsubscribe from service " + std::string(service) + ": it is not subscribed to");
+        return KORVO_CORE_STATUS_INVALID_PARAMS;
+    }
+    for (auto lost = lost_subscriptions_.begin(); lost != lost_subscriptions_.end();) {
+        lost = lost->second.service == service ? lost_subscriptions_.erase(lost) : std::next(lost);
+    }
     std::vector<ConnectionPointer> subscribed;
-    {
-        Hold hold(mutex_, log_);
-        if (is_closing_) {
-            return KORVO_CORE_STATUS_IPC_FAILED;
-        }
-        if (subscriptions_.erase(std::string(service)) == 0) {
-            hold.warn("cannot unsubscribe from service " + std::string(service) +
-                      ": it is not subscribed to");
-            return KORVO_CORE_STATUS_INVALID_PARAMS;
-        }
-        for (auto lost = lost_subscriptions_.begin(); lost != lost_subscriptions_.end();) {
-            lost = lost->second.service == service ? lost_subscriptions_.erase(lost) : std::next(lost);
-        }
-        for (ConnectionPointer const &connection : connections_) {
-            if (connection->is_subscribed && connection->address->service == service) {
-                connection->is_subscribed = false;
-                subscribed.push_back(connection);
-            }
+    for (ConnectionPointer const &connection : connections_) {
+        if (connection->is_subscribed && connection->address->service == service) {
+            connection->is_subscribed = false;
+            subscribed.push_back(connection);
         }
     }
     for (ConnectionPointer const &connection : subscribed) {
-        if (writeControl(*connection, frame::Type::unsubscribe) != WriteResult::whole) {
-            Hold hold(mutex_, log_);
-            lose(hold, *connection, "it could not be told of the end of a subscription");
-        }
+        writeControl(hold, *connection, frame::Type::unsubscribe);
     }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
@@ -95,21 +89,19 @@ void Initiator::scan(std::string const &service) {
 void Initiator::attach(std::string const &service, std::string const &socket_name) {
     ConnectionPointer connection;
     auto const address = std::make_shared<Address const>(Address{service, ""});
-    if (connectByName(socket_name, address, false, connection) != KORVO_CORE_STATUS_NO_ERROR) {
+    std::string problem;
+    korvo_core_status const status = connectByName(socket_name, address, false, connection, problem);
+    Hold hold(mutex_, log_);
+    if (status == KORVO_CORE_STATUS_IPC_FAILED) {
+        (void)fail(hold, Phase::connect, address.get(), problem);
+    }
+    if (status != KORVO_CORE_STATUS_NO_ERROR || !connection->is_alive || connection->is_subscribed ||
+        subscriptions_.count(service) == 0) {
         return;
     }
-    {
-        Hold hold(mutex_, log_);
-        if (!connection->is_alive || connection->is_subscribed || subscriptions_.count(service) == 0) {
-            return;
-        }
-        connection->is_subscribed = true;
-        adoptSubscription(hold, *connection);
-    }
-    if (writeControl(*connection, frame::Type::subscribe) != WriteResult::whole) {
-        Hold hold(mutex_, log_);
-        lose(hold, *connection, "a subscription could not be made");
-    }
+    connection->is_subscribed = true;
+    adoptSubscription(hold, *connection);
+    writeControl(hold, *connection, frame::Type::subscribe);
 }
 
 void Initiator::handleFolderChange(Hold &hold) {

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "messaging/reader_role.h"
 
-#include <sys/epoll.h>
-
 #include <algorithm>
 
 namespace platform {
 
 Initiator::ReaderRole::ReaderRole(Hold &hold, Initiator &initiator, Connection &connection,
                                   bool by_messaging_thread)
-    : hold_(hold), initiator_(initiator), connection_(connection), by_messaging_thread_(by_messaging_thread) {
+    : hold_(hold), initiator_(initiator), connection_(connection) {
     connection_.has_reader = true;
-    setInterest(0);
+    if (!by_messaging_thread) {
+        initiator_.updateInterest(connection_);
+    }
 }
 
 Initiator::ReaderRole::~ReaderRole() {
@@ -19,7 +19,7 @@ Initiator::ReaderRole::~ReaderRole() {
         hold_.lock();
     }
     connection_.has_reader = false;
-    setInterest(EPOLLIN);
+    initiator_.updateInterest(connection_);
     for (Waiter *const waiter : connection_.waiters) {
         if (waiter->state == Waiter::State::waiting) {
             waiter->condition.notify_one();
@@ -29,16 +29,6 @@ Initiator::ReaderRole::~ReaderRole() {
     if (initiator_.receivers_have_reader_) {
         initiator_.wakeReceivers();
     }
-}
-
-void Initiator::ReaderRole::setInterest(unsigned int events) {
-    if (by_messaging_thread_ || !connection_.is_polled) {
-        return;
-    }
-    epoll_event event = {};
-    event.events = events;
-    event.data.u64 = connection_.serial;
-    (void)epoll_ctl(initiator_.epoll_.get(), EPOLL_CTL_MOD, connection_.socket.get(), &event);
 }
 
 Initiator::RegisteredWaiter::RegisteredWaiter(Hold &hold, Request &request, Connection &connection)

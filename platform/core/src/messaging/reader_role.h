@@ -11,9 +11,8 @@ namespace platform {
 /// outlive the role.
 class Initiator::ReaderRole {
   public:
-    /// @param by_messaging_thread  the thread that waits on the epoll set is the one that reads, so the set
-    /// need
-    ///                             not change.
+    /// @param by_messaging_thread  the thread that waits on the epoll set is the one that reads, so the set need not
+    ///                             change.
     ReaderRole(Hold &hold, Initiator &initiator, Connection &connection, bool by_messaging_thread = false);
     ~ReaderRole();
 
@@ -21,12 +20,9 @@ class Initiator::ReaderRole {
     ReaderRole &operator=(ReaderRole const &) = delete;
 
   private:
-    void setInterest(unsigned int events);
-
     Hold &hold_;
     Initiator &initiator_;
     Connection &connection_;
-    bool const by_messaging_thread_;
 };
 
 /// Registers a waiter with its request and its connection while it lives; the mutex is held at both ends.

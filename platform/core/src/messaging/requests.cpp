@@ -16,9 +16,6 @@ void RequestTable::Shelf::take(Request &request) {
 }
 
 RequestTable::Shelf &RequestTable::shelfOf(Request const &request) {
-    if (request.shelf == Request::Shelf::answered) {
-        return answered_;
-    }
     return request.route == Route::anyone ? kept_for_anyone_ : kept_;
 }
 
@@ -27,18 +24,8 @@ Request *RequestTable::find(std::string_view id) {
     return entry == map_.end() ? nullptr : &entry->second;
 }
 
-bool RequestTable::add(std::string_view id, std::uint64_t connection, std::shared_ptr<Address const> address,
-                       Route route, void const *owner) {
-    if (map_.size() >= limits::tracked_requests) {
-        auto oldest = outstanding_.begin();
-        while (oldest != outstanding_.end() && oldest->waiter != nullptr) {
-            ++oldest;
-        }
-        if (oldest == outstanding_.end()) {
-            return false;
-        }
-        erase(*oldest);
-    }
+Request &RequestTable::add(std::string_view id, std::uint64_t connection,
+                           std::shared_ptr<Address const> address, Route route, void const *owner) {
     auto const entry = map_.try_emplace(std::string(id)).first;
     Request &request = entry->second;
     request.id = entry->first;
@@ -47,7 +34,16 @@ bool RequestTable::add(std::string_view id, std::uint64_t connection, std::share
     request.route = route;
     request.owner = owner;
     outstanding_.push_back(request);
-    return true;
+    return request;
+}
+
+Request *RequestTable::oldestUnattended() {
+    for (Request &request : outstanding_) {
+        if (request.waiter == nullptr && request.sender == nullptr) {
+            return &request;
+        }
+    }
+    return nullptr;
 }
 
 unsigned int RequestTable::keep(Request &request, Text response) {
@@ -64,42 +60,38 @@ unsigned int RequestTable::keep(Request &request, Text response) {
     return dropped;
 }
 
-void RequestTable::rememberAnswered(Request &request, Text copy) {
-    request.unlink();
-    request.response = std::move(copy);
-    request.shelf = Request::Shelf::answered;
-    answered_.put(request);
-    while (answered_.count > limits::answered_responses ||
-           answered_.bytes > limits::answered_response_bytes) {
-        erase(answered_.list.front());
-    }
-}
-
 Request *RequestTable::firstForAnyone() {
     return kept_for_anyone_.list.empty() ? nullptr : &kept_for_anyone_.list.front();
 }
 
 void RequestTable::erase(Request &request) {
+    if (request.sender != nullptr) {
+        request.sender->request = nullptr;
+    }
     if (request.shelf != Request::Shelf::outstanding) {
         shelfOf(request).take(request);
     }
     map_.erase(map_.find(request.id));
 }
 
-RequestTable::Lost RequestTable::lose(std::uint64_t connection) {
+RequestTable::Lost RequestTable::lose(std::uint64_t connection, std::function<void(Request &)> const &end) {
     Lost lost;
     for (auto place = outstanding_.begin(); place != outstanding_.end();) {
         Request &request = *place++;
         if (request.connection != connection) {
             continue;
         }
+        if (request.sender != nullptr) {
+            request.sender->is_lost = true;
+        } else if (request.waiter == nullptr && request.route == Route::owner_callback) {
+            ++lost.for_callbacks;
+            end(request);
+        }
         if (request.waiter != nullptr) {
             request.waiter->state = Waiter::State::lost;
             request.waiter->condition.notify_one();
         } else if (request.route == Route::anyone) {
             ++lost.for_anyone;
-        } else if (request.route == Route::owner_callback) {
-            ++lost.for_callbacks;
         }
         erase(request);
     }

@@ -22,6 +22,16 @@ struct Address {
     std::string target;
 };
 
+struct Request;
+
+/// A thread that is just sending a request, and has not returned to its caller.
+struct Sender {
+    /// NULL once the request is no longer in the table.
+    Request *request = nullptr;
+    /// The request ended with its connection; its sender tells, and nobody else.
+    bool is_lost = false;
+};
+
 /// A thread that waits for one response.
 struct Waiter {
     enum class State { waiting, answered, lost };
@@ -37,14 +47,14 @@ enum class Route {
     anyone,
     /// Sent for an object: kept until it is received by its identifier.
     receiver,
-    /// Sent for an object that has announced it: the object's callback.
+    /// Sent for an object as an asynchronous one: the object's callback.
     owner_callback,
 };
 
 /// One command that was sent, from then until its response has been taken.
 struct Request
     : boost::intrusive::list_base_hook<boost::intrusive::link_mode<boost::intrusive::auto_unlink>> {
-    enum class Shelf { outstanding, kept, answered };
+    enum class Shelf { outstanding, kept };
 
     std::string_view id;
     std::uint64_t connection = 0;
@@ -52,8 +62,10 @@ struct Request
     Route route = Route::anyone;
     void const *owner = nullptr;
     Waiter *waiter = nullptr;
+    Sender *sender = nullptr;
     Shelf shelf = Shelf::outstanding;
-    /// Set unless outstanding.
+    /// Of a kept one, the response. Of an outstanding one for its owner's callback, what the callback gets when no
+    /// response can come any more.
     Text response;
 };
 
@@ -63,29 +75,28 @@ class RequestTable {
     /// The request, or NULL.
     Request *find(std::string_view id);
 
-    /// Adds an outstanding request; the identifier must not be in the table. When the table is full, the
-    /// oldest outstanding request that nobody waits for makes room; its response will be dropped. Returns
-    /// whether the request was added: false when every request in the table is being waited for.
-    bool add(std::string_view id, std::uint64_t connection, std::shared_ptr<Address const> address,
-             Route route, void const *owner);
+    /// Adds an outstanding request; the identifier must not be in the table.
+    Request &add(std::string_view id, std::uint64_t connection, std::shared_ptr<Address const> address,
+                 Route route, void const *owner);
+
+    bool isFull() const { return map_.size() >= limits::tracked_requests; }
+
+    /// The oldest outstanding request that no thread waits for or is just sending, or NULL.
+    Request *oldestUnattended();
 
     /// Keeps the response of an outstanding request until it is taken. Returns how many older ones had to go.
     unsigned int keep(Request &request, Text response);
 
-    /// Remembers a copy of a response that went to a callback, until newer ones take its place.
-    void rememberAnswered(Request &request, Text copy);
-
     /// The oldest kept response that is for anyone, or NULL.
     Request *firstForAnyone();
-
     void erase(Request &request);
-
-    /// What was outstanding on a connection is erased; its waiters are told.
+    /// What was outstanding on a connection is erased, and its waiters and senders are told. What was for callbacks and
+    /// has been sent is handed to `end` before; other requests that nobody waits for are counted.
     struct Lost {
         unsigned int for_anyone = 0;
         unsigned int for_callbacks = 0;
     };
-    Lost lose(std::uint64_t connection);
+    Lost lose(std::uint64_t connection, std::function<void(Request &)> const &end);
 
   private:
     struct Hash {
@@ -111,7 +122,6 @@ class RequestTable {
     List outstanding_;
     Shelf kept_;
     Shelf kept_for_anyone_;
-    Shelf answered_;
 };
 
 }  // namespace platform

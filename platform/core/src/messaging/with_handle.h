@@ -36,6 +36,7 @@ korvo_core_status withHandle(char const *function, void *handle, Call call) {
                 handle);
             return KORVO_CORE_STATUS_INVALID_PARAMS;
         }
+        Messaging::Use const use(*object);
         return call(*object);
     });
 }

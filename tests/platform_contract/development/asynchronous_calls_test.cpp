@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: Apache-2.0
+// Asynchronous commands of objects: each that was taken is answered once, whatever becomes of the service.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <map>
+#include <string>
+#include <thread>
+
+#include "development/child_process.h"
+#include "korvo_core_private.h"
+#include "support/ends.h"
+
+namespace {
+
+constexpr char const *substitute = "no response";
+
+/// The object of a client: counts the responses to each command.
+class Caller {
+  public:
+    explicit Caller(Client &client) : client_(client) {
+        EXPECT_EQ(korvo_core_ipc_initiator_response_receive_callback(client.handle(), take, this),
+                  KORVO_CORE_STATUS_NO_ERROR);
+    }
+    Caller(Caller const &) = delete;
+    Caller &operator=(Caller const &) = delete;
+
+    korvo_core_status send(std::string const &id, std::string const &command) {
+        return korvo_core_private_command_send(client_.handle(), "sample", "", id.c_str(), command.c_str(),
+                                               command.size(), this, substitute);
+    }
+
+    struct Answer {
+        std::string id;
+        std::string response;
+    };
+    Mailbox<Answer> answers;
+    /// Called with each response on the messaging thread, before it is noted.
+    std::function<void(Answer const &)> at_response;
+
+  private:
+    static void take(char **, char **, char **request_id, char **response, void *context) {
+        auto &self = *static_cast<Caller *>(context);
+        Answer const answer{*request_id, *response};
+        if (self.at_response) {
+            self.at_response(answer);
+        }
+        self.answers.put(answer);
+    }
+
+    Client &client_;
+};
+
+}  // namespace
+
+TEST(AsynchronousCalls, AreAnsweredByTheService) {
+    Service service;
+    service.answerWith([](Command const &command) { return command.command + "!"; });
+    Client client;
+    Caller caller(client);
+    ASSERT_EQ(caller.send("id", "hello"), KORVO_CORE_STATUS_NO_ERROR);
+    auto const answer = caller.answers.take();
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(answer->id, "id");
+    EXPECT_EQ(answer->response, "hello!");
+}
+
+TEST(AsynchronousCalls, EndWithTheSubstituteWhenTheServiceDies) {
+    auto process = std::make_unique<ServiceProcess>();
+    ASSERT_TRUE(process->isReady());
+    Client client;
+    Caller caller(client);
+    constexpr int count = 200;
+    for (int number = 0; number < count; ++number) {
+        ASSERT_EQ(caller.send(std::to_string(number), "silent"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    process->kill();
+    std::map<std::string, int> answered;
+    for (int number = 0; number < count; ++number) {
+        auto const answer = caller.answers.take();
+        ASSERT_TRUE(answer.has_value()) << number;
+        EXPECT_EQ(answer->response, substitute);
+        ++answered[answer->id];
+    }
+    EXPECT_EQ(answered.size(), static_cast<std::size_t>(count));
+    // The next call connects again, and nothing is answered twice.
+    ServiceProcess const another;
+    ASSERT_TRUE(another.isReady());
+    ASSERT_EQ(caller.send("next", "echo"), KORVO_CORE_STATUS_NO_ERROR);
+    auto const next = caller.answers.take();
+    ASSERT_TRUE(next.has_value());
+    EXPECT_EQ(next->id, "next");
+    EXPECT_EQ(next->response, "echo");
+}
+
+TEST(AsynchronousCalls, ThatWereNotTakenAreNotAnswered) {
+    Client client;
+    Caller caller(client);
+    EXPECT_EQ(caller.send("absent", "echo"), KORVO_CORE_STATUS_DISABLED_TARGET);
+    Service service;
+    service.answerWith([](Command const &command) { return command.command; });
+    EXPECT_EQ(caller.send("large", std::string(1024 * 1024, 'x')), KORVO_CORE_STATUS_IPC_FAILED);
+    ASSERT_EQ(caller.send("good", "echo"), KORVO_CORE_STATUS_NO_ERROR);
+    auto const answer = caller.answers.take();
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(answer->id, "good");
+    client.close();
+    EXPECT_EQ(caller.answers.count(), 1U);
+}
+
+TEST(AsynchronousCalls, AreAnsweredWithTheSubstituteWhereTooManyResponsesWait) {
+    Service service;
+    service.answerWith([](Command const &command) { return command.command; });
+    Client client;
+    Caller caller(client);
+    Gate begun;
+    Gate go_on;
+    caller.at_response = [&](Caller::Answer const &answer) {
+        if (answer.id == "first") {
+            begun.open();
+            EXPECT_TRUE(go_on.wait());
+        }
+    };
+    ASSERT_EQ(caller.send("first", "first"), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_TRUE(begun.wait());
+    // 32 MiB of responses wait for the callback at most; a synchronous command reads them all.
+    std::string const large(512 * 1024, 'x');
+    constexpr int count = 80;
+    char *response = nullptr;
+    std::size_t length = 0;
+    for (int number = 0; number < count; ++number) {
+        ASSERT_EQ(caller.send(std::to_string(number), large), KORVO_CORE_STATUS_NO_ERROR) << number;
+        std::string const id = "marker " + std::to_string(number);
+        ASSERT_EQ(korvo_core_private_command_send(client.handle(), "sample", "", id.c_str(), "{}", 2, &caller,
+                                                  nullptr),
+                  KORVO_CORE_STATUS_NO_ERROR);
+        ASSERT_EQ(korvo_core_private_response_receive(client.handle(), 20000, id.c_str(), &response, &length),
+                  KORVO_CORE_STATUS_NO_ERROR);
+        std::free(response);
+    }
+    go_on.open();
+    ASSERT_TRUE(caller.answers.take().has_value());
+    int substitutes = 0;
+    for (int number = 0; number < count; ++number) {
+        auto const answer = caller.answers.take();
+        ASSERT_TRUE(answer.has_value()) << number;
+        EXPECT_EQ(answer->id, std::to_string(number));
+        substitutes += answer->response == substitute ? 1 : 0;
+    }
+    // 63 of them and their identifiers fit.
+    EXPECT_EQ(substitutes, count - 63);
+}
+
+TEST(AsynchronousCalls, FromInsideCallbacksLeaveInTheOrderInWhichTheyWereMade) {
+    Service service;
+    Client client;
+    Caller caller(client);
+    std::atomic<int> calls{0};
+    caller.at_response = [&](Caller::Answer const &) {
+        int const call = ++calls;
+        if (call <= 3) {
+            EXPECT_EQ(caller.send("again " + std::to_string(call), "again"), KORVO_CORE_STATUS_NO_ERROR);
+        }
+    };
+    for (char const *const id : {"1", "2", "3"}) {
+        ASSERT_EQ(caller.send(id, "first"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    std::vector<Command> first(3);
+    for (Command &command : first) {
+        ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    for (Command const &command : first) {
+        ASSERT_EQ(service.respond(command, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    for (char const *const id : {"again 1", "again 2", "again 3"}) {
+        Command command;
+        ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_EQ(command.request_id, id);
+        ASSERT_EQ(service.respond(command, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    for (int number = 0; number < 6; ++number) {
+        ASSERT_TRUE(caller.answers.take().has_value()) << number;
+    }
+}
+
+TEST(AsynchronousCalls, OfManyThreadsWhileTheServiceDiesAgainAndAgainAreAllAnsweredOnce) {
+    Client client;
+    Caller caller(client);
+    constexpr int threads = 4;
+    std::atomic<bool> is_over{false};
+    std::atomic<int> taken{0};
+    std::vector<std::thread> senders;
+    for (int thread = 0; thread < threads; ++thread) {
+        senders.emplace_back([&, thread] {
+            for (int number = 0; !is_over; ++number) {
+                std::string const id = std::to_string(thread) + "." + std::to_string(number);
+                if (caller.send(id, number % 2 == 0 ? "echo" : "silent") == KORVO_CORE_STATUS_NO_ERROR) {
+                    ++taken;
+                    // No more than some are unanswered at a time.
+                    while (!is_over && static_cast<int>(caller.answers.count()) + 500 < taken) {
+                        std::this_thread::yield();
+                    }
+                } else {
+                    std::this_thread::yield();
+                }
+            }
+        });
+    }
+    for (int round = 0; round < 5; ++round) {
+        ServiceProcess const process;
+        EXPECT_TRUE(process.isReady());
+        std::size_t const before = caller.answers.count();
+        auto const end = std::chrono::steady_clock::now() + patience;
+        while (caller.answers.count() < before + 100 && std::chrono::steady_clock::now() < end) {
+            std::this_thread::yield();
+        }
+    }
+    is_over = true;
+    for (std::thread &sender : senders) {
+        sender.join();
+    }
+    std::map<std::string, int> answered;
+    for (int number = 0; number < taken; ++number) {
+        auto const answer = caller.answers.take();
+        ASSERT_TRUE(answer.has_value()) << number << " of " << taken;
+        EXPECT_EQ(++answered[answer->id], 1) << answer->id;
+    }
+    client.close();
+    EXPECT_EQ(static_cast<int>(caller.answers.count()), taken.load());
+    EXPECT_GE(taken.load(), 500);
+}
