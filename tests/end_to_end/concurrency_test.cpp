@@ -2,6 +2,7 @@
 // Many threads, one handle or several, and the messaging's own threads in between.
 #include <gtest/gtest.h>
 
+#include <future>
 #include <memory>
 #include <string>
 #include <thread>
@@ -71,6 +72,74 @@ TEST(EightThreads, HaveAHandleEach) {
         EXPECT_TRUE(recorder.waitForCount(threads * rounds)) << recorder.count();
         EXPECT_EQ(recorder.count(), threads * rounds);
     }
+    expectQuietLog(mark);
+}
+
+/// Sends a two-step call, then more asynchronous ones than a handle remembers by mistake, and expects the response of the
+/// first to be there.
+void expectTheTwoStepCallToBeAnswered(Client const &client) {
+    char *request_id = nullptr;
+    ASSERT_EQ(korvo_api_action_engine_get_actions_non_blocking_send(client.handle(), nullptr, &request_id),
+              KORVO_CORE_STATUS_NO_ERROR);
+    for (int call = 0; call < 40; ++call) {
+        EXPECT_EQ(korvo_api_action_engine_get_actions_send_async(client.handle(), nullptr, nullptr, nullptr),
+                  KORVO_CORE_STATUS_NO_ERROR);
+    }
+    unsigned int **ids = nullptr;
+    unsigned int **types = nullptr;
+    korvo_core_status const status =
+        korvo_api_action_engine_get_actions_receive(client.handle(), 1, nullptr, request_id, &ids, &types);
+    EXPECT_EQ(status, KORVO_CORE_STATUS_NO_ERROR);
+    if (status != KORVO_CORE_STATUS_NO_ERROR) {
+        korvo_api_action_engine_free_uuid(request_id);
+    }
+    korvo_core_free_uint_array(types);
+    korvo_core_free_uint_array(ids);
+}
+
+void ignoreCreated(char *, korvo_core_status, unsigned int, void *) {}
+
+TEST(AfterAnEarlyEndOfAnAsynchronousCall, ATwoStepCallIsAnsweredToItsReceive) {
+    Service const service;
+    Client const client;
+    auto const mark = ErrorOutput::ofThisProgram().mark();
+    EXPECT_EQ(korvo_api_action_engine_create_wiper_action_send_async(client.handle(), nullptr, nullptr,
+                                                                     ignoreCreated, nullptr),
+              KORVO_CORE_STATUS_INVALID_PARAMS);
+    expectTheTwoStepCallToBeAnswered(client);
+    std::string const log = ErrorOutput::ofThisProgram().since(mark);
+    EXPECT_EQ(log.find("received a callback for"), std::string::npos) << log;
+}
+
+struct InsideACallback {
+    Client const *client;
+    std::promise<void> done;
+};
+
+void startItsOwnOperation(char *, korvo_core_status, unsigned int **, unsigned int **, void *context) {
+    auto &inside = *static_cast<InsideACallback *>(context);
+    EXPECT_EQ(
+        korvo_api_action_engine_get_actions_send_async(inside.client->handle(), nullptr, nullptr, nullptr),
+        KORVO_CORE_STATUS_IPC_FAILED);
+    unsigned int **ids = nullptr;
+    unsigned int **types = nullptr;
+    EXPECT_EQ(korvo_api_action_engine_get_actions_send(inside.client->handle(), nullptr, &ids, &types),
+              KORVO_CORE_STATUS_NO_ERROR);
+    korvo_core_free_uint_array(types);
+    korvo_core_free_uint_array(ids);
+    inside.done.set_value();
+}
+
+TEST(AfterAnEarlyEndOfAnAsynchronousCall, ACallFromInsideTheCallbackIsAnsweredThere) {
+    Service const service;
+    Client const client;
+    auto const mark = ErrorOutput::ofThisProgram().mark();
+    InsideACallback inside{&client, {}};
+    ASSERT_EQ(korvo_api_action_engine_get_actions_send_async(client.handle(), nullptr, startItsOwnOperation,
+                                                             &inside),
+              KORVO_CORE_STATUS_NO_ERROR);
+    inside.done.get_future().wait();
+    expectTheTwoStepCallToBeAnswered(client);
     expectQuietLog(mark);
 }
 
