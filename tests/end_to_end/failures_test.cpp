@@ -150,7 +150,7 @@ TEST(KilledService, IsReplacedWithoutTheClientNoticing) {
     }
 }
 
-TEST(KilledService, CallsNoCallbackForWhatWasPending) {
+TEST(KilledService, EndsWhatWasPendingWithStatus4Once) {
     static PendingAnswer pending;
     Service service({"--delay", "Get_triggers=600000"});
     Client client;
@@ -158,11 +158,13 @@ TEST(KilledService, CallsNoCallbackForWhatWasPending) {
     ASSERT_EQ(getCounts(client).status, done);
     service.kill();
     service.start();
-    // A later asynchronous call of the same handle has been answered; the lost one has not.
+    auto const answer = pending.wait();
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(answer->status, KORVO_CORE_STATUS_IPC_FAILED);
+    // A later asynchronous call of the same handle is answered by the service.
     EXPECT_EQ(call(operation("get_actions"), Way::asynchronous, client, nullptr, {}).status, done);
-    EXPECT_EQ(pending.count(), 0U);
     client.close();
-    EXPECT_EQ(pending.count(), 0U);
+    EXPECT_EQ(pending.count(), 1U);
 }
 
 TEST(PendingCalls, DoNotHoldAHandleOpen) {

@@ -59,7 +59,8 @@ korvo_core_status Initiator::send(std::string_view service, std::string_view tar
     Hold hold(mutex_, log_);
     if (!frame::fits(request_id, command)) {
         return fail(hold, Phase::send, &address,
-                    "a command of " + std::to_string(command.size()) + " bytes; a message has at most " +
+                    "a command of " + std::to_string(command.size()) +
+                        " bytes was not sent; a message has at most " +
                         std::to_string(limits::frame_payload));
     }
     for (bool is_second_try = false;; is_second_try = true) {
