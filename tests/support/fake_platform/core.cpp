@@ -276,9 +276,11 @@ korvo_core_status korvo_core_logging_log(void *logging, korvo_core_log_priority 
         return fake_platform::recorded<korvo_core_status>(__func__, logging, priority, format,
                                                           format != nullptr ? text.c_str() : nullptr);
     }
-    korvo_core_logging_logv(logging, priority, format, arguments);
+    if (format != nullptr) {
+        korvo_core_logging_logv(logging, priority, format, arguments);
+    }
     va_end(arguments);
-    return KORVO_CORE_STATUS_NO_ERROR;
+    return format != nullptr ? KORVO_CORE_STATUS_NO_ERROR : KORVO_CORE_STATUS_INVALID_PARAMS;
 }
 
 void korvo_core_logging_logv(void *logging, korvo_core_log_priority priority, char const *format,
