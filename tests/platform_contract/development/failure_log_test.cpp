@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
 #include <string>
+
+#include "base/mutex.h"
 
 using platform::Address;
 using platform::Clock;
@@ -19,7 +20,7 @@ namespace {
 template <typename Work>
 std::string linesOf(Work work) {
     Log const log(nullptr);
-    std::mutex mutex;
+    platform::Mutex mutex;
     testing::internal::CaptureStderr();
     {
         Hold hold(mutex, log);

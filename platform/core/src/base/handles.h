@@ -4,10 +4,10 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <unordered_map>
 #include <utility>
 
+#include "base/mutex.h"
 #include "base/process.h"
 
 namespace platform {
@@ -24,7 +24,7 @@ class HandleTable {
     };
 
     void *add(std::shared_ptr<Object> object) {
-        std::lock_guard<process::ForkSafeMutex> const lock(mutex_);
+        MutexLock const lock(mutex_);
         std::uintptr_t const number = next_;
         entries_.emplace(number, Entry{std::move(object), process::generation()});
         // A multiple of 16 looks like an address to people who print it and to checks of alignment.
@@ -33,13 +33,13 @@ class HandleTable {
     }
 
     Found find(void *handle) {
-        std::lock_guard<process::ForkSafeMutex> const lock(mutex_);
+        MutexLock const lock(mutex_);
         auto const entry = entries_.find(reinterpret_cast<std::uintptr_t>(handle));
         return entry == entries_.end() ? Found() : lookAt(entry->second);
     }
 
     Found remove(void *handle) {
-        std::lock_guard<process::ForkSafeMutex> const lock(mutex_);
+        MutexLock const lock(mutex_);
         auto const entry = entries_.find(reinterpret_cast<std::uintptr_t>(handle));
         if (entry == entries_.end()) {
             return Found();
@@ -62,8 +62,8 @@ class HandleTable {
     }
 
     process::ForkSafeMutex mutex_;
-    std::unordered_map<std::uintptr_t, Entry> entries_;
-    std::uintptr_t next_ = 0x1000;
+    std::unordered_map<std::uintptr_t, Entry> entries_ KORVO_GUARDED_BY(mutex_);
+    std::uintptr_t next_ KORVO_GUARDED_BY(mutex_) = 0x1000;
 };
 
 }  // namespace platform

@@ -9,15 +9,19 @@
 #include <vector>
 
 #include "base/logging.h"
+#include "base/mutex.h"
 
 namespace platform {
 
 /// Holds a mutex and collects the log lines of the work done under it; they are written after the mutex is
 /// free, since whoever reads the log may be slow or stopped.
-class Hold {
+///
+/// A function that is given a Hold has the mutex when it is called and when it returns, unless it says otherwise.
+/// The analysis of locks does not see which mutex that is, so whoever frees it for a while names it.
+class KORVO_SCOPED_CAPABILITY Hold {
   public:
-    Hold(std::mutex &mutex, Log const &log) : lock_(mutex), log_(log) {}
-    ~Hold() {
+    Hold(Mutex &mutex, Log const &log) KORVO_ACQUIRE(mutex) : lock_(mutex.underlying()), log_(log) {}
+    ~Hold() KORVO_RELEASE() {
         if (lock_.owns_lock()) {
             lock_.unlock();
         }
@@ -27,12 +31,19 @@ class Hold {
     Hold(Hold const &) = delete;
     Hold &operator=(Hold const &) = delete;
 
-    void lock() { lock_.lock(); }
-    void unlock() {
+    /// `mutex` is the one that was given to the constructor, here and in unlock().
+    void lock([[maybe_unused]] Mutex &mutex) KORVO_ACQUIRE(mutex) KORVO_NO_ANALYSIS { lock_.lock(); }
+    void unlock([[maybe_unused]] Mutex &mutex) KORVO_RELEASE(mutex) KORVO_NO_ANALYSIS {
         lock_.unlock();
         writeNotes();
     }
-    bool owns_lock() const { return lock_.owns_lock(); }
+    /// For the end of a scope that an exception may leave with the mutex free.
+    void ensureLocked() {
+        if (!lock_.owns_lock()) {
+            lock_.lock();
+        }
+    }
+    /// For condition variables.
     std::unique_lock<std::mutex> &mutex() { return lock_; }
 
     void warn(std::string text) { notes_.push_back(std::move(text)); }

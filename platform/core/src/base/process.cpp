@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/mutex.h"
+
 namespace platform::process {
 
 namespace {
@@ -17,16 +19,18 @@ namespace {
 std::atomic<unsigned int> current_generation{0};
 
 struct State {
-    // Guards both lists; the first lock that a fork takes, and held by nobody while it takes another one.
-    std::mutex mutex;
-    std::vector<ForkSafeMutex *> mutexes;
-    std::vector<int> descriptors;
+    // The first lock that a fork takes, and held by nobody while it takes another one.
+    Mutex mutex;
+    std::vector<ForkSafeMutex *> mutexes KORVO_GUARDED_BY(mutex);
+    std::vector<int> descriptors KORVO_GUARDED_BY(mutex);
 };
 
 /// Lives as long as the process: a child closes descriptors at any time, also while the parent exits.
 State &state();
 
-void beforeFork() {
+// A fork takes the locks in one function and gives them back in another, which the analysis cannot follow.
+
+void beforeFork() KORVO_NO_ANALYSIS {
     State &shared = state();
     shared.mutex.lock();
     for (ForkSafeMutex *const mutex : shared.mutexes) {
@@ -34,7 +38,7 @@ void beforeFork() {
     }
 }
 
-void releaseAfterFork(State &shared) {
+void releaseAfterFork(State &shared) KORVO_NO_ANALYSIS {
     for (auto mutex = shared.mutexes.rbegin(); mutex != shared.mutexes.rend(); ++mutex) {
         (*mutex)->unlock();
     }
@@ -45,7 +49,7 @@ void afterForkInParent() {
     releaseAfterFork(state());
 }
 
-void afterForkInChild() {
+void afterForkInChild() KORVO_NO_ANALYSIS {
     State &shared = state();
     current_generation.fetch_add(1);
     for (int const descriptor : shared.descriptors) {
@@ -82,7 +86,7 @@ void endOrphan(unsigned int generation_of_thread) noexcept {
 
 ForkSafeMutex::ForkSafeMutex() {
     State &shared = state();
-    std::lock_guard<std::mutex> const lock(shared.mutex);
+    MutexLock const lock(shared.mutex);
     shared.mutexes.push_back(this);
 }
 
@@ -92,7 +96,7 @@ Descriptor::Descriptor(int descriptor) : descriptor_(descriptor), generation_(ge
     }
     try {
         State &shared = state();
-        std::lock_guard<std::mutex> const lock(shared.mutex);
+        MutexLock const lock(shared.mutex);
         shared.descriptors.push_back(descriptor_);
     } catch (...) {
         (void)close(descriptor_);
@@ -120,7 +124,7 @@ void Descriptor::reset() noexcept {
     }
     State &shared = state();
     // Closed under the lock, so that no child closes the same number again after it has been reused.
-    std::lock_guard<std::mutex> const lock(shared.mutex);
+    MutexLock const lock(shared.mutex);
     auto const place = std::find(shared.descriptors.begin(), shared.descriptors.end(), descriptor);
     if (place != shared.descriptors.end()) {
         *place = shared.descriptors.back();

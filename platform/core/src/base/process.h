@@ -10,6 +10,8 @@
 
 #include <mutex>
 
+#include "base/thread_annotations.h"
+
 namespace platform::process {
 
 /// Grows by one in a child process; what was made under another number is inherited.
@@ -22,14 +24,14 @@ void endOrphan(unsigned int generation_of_thread) noexcept;
 
 /// A mutex that is free in a child process whatever other threads of the parent did while it forked. Only for
 /// objects that live as long as the process. Locked in the order of construction.
-class ForkSafeMutex {
+class KORVO_CAPABILITY("mutex") ForkSafeMutex {
   public:
     ForkSafeMutex();
     ForkSafeMutex(ForkSafeMutex const &) = delete;
     ForkSafeMutex &operator=(ForkSafeMutex const &) = delete;
 
-    void lock() { mutex_.lock(); }
-    void unlock() { mutex_.unlock(); }
+    void lock() KORVO_ACQUIRE() { mutex_.lock(); }
+    void unlock() KORVO_RELEASE() { mutex_.unlock(); }
 
   private:
     std::mutex mutex_;

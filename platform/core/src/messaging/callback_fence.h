@@ -13,15 +13,15 @@ namespace platform {
 /// the owner's mutex held.
 class CallbackFence {
   public:
-    /// Runs `callback` without the mutex, and has it again afterwards. `callback` must not throw.
+    /// Runs `callback` without `mutex`, the owner's, and has it again afterwards. `callback` must not throw.
     template <typename Callback>
-    void run(Hold &hold, void const *context, Callback callback) {
+    void run(Hold &hold, Mutex &mutex, void const *context, Callback callback) KORVO_REQUIRES(mutex) {
         is_running_ = true;
         context_ = context;
         ++number_;
-        hold.unlock();
+        hold.unlock(mutex);
         callback();
-        hold.lock();
+        hold.lock(mutex);
         is_running_ = false;
         over_.notify_all();
     }

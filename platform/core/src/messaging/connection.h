@@ -31,7 +31,7 @@ struct Connection {
     std::string const socket_name;
     Clock::time_point const made = Clock::now();
 
-    // Guarded by the initiator's mutex.
+    // Guarded by the initiator's mutex, which cannot be named here.
     std::shared_ptr<Address const> address;
     /// False while the connection is only known from the name of its socket, which does not tell the target's
     /// text.

@@ -15,9 +15,8 @@
 // switches that connection's interest off, and on again when it leaves; since epoll looks at the level,
 // nothing is missed.
 //
-// Locks. One mutex guards all bookkeeping and is never held during a system call that could wait. Each
-// connection's send mutex is held while a frame is written. Order: connect mutex, send mutex, mutex; a sender
-// that finds the socket full reads meanwhile, so that it never waits for somebody who waits for it.
+// Locks. One mutex guards all bookkeeping, that of the connections too, and is never held during a system call that
+// could wait, or during a callback. Order: connect mutex, mutex.
 
 #include <condition_variable>
 #include <deque>
@@ -29,6 +28,7 @@
 #include <thread>
 #include <vector>
 
+#include "base/mutex.h"
 #include "base/notes.h"
 #include "korvo_core.h"
 #include "messaging/addressing.h"
@@ -103,73 +103,82 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     using ConnectionPointer = std::shared_ptr<Connection>;
 
     // initiator_connecting.cpp
-    ConnectionPointer findConnection(Address const &address);
-    ConnectionPointer findConnection(std::string_view socket_name);
-    ConnectionPointer findConnection(std::uint64_t serial);
+    ConnectionPointer findConnection(Address const &address) KORVO_REQUIRES(mutex_);
+    ConnectionPointer findConnection(std::string_view socket_name) KORVO_REQUIRES(mutex_);
+    ConnectionPointer findConnection(std::uint64_t serial) KORVO_REQUIRES(mutex_);
     // With status 4 `problem` says why.
-    korvo_core_status connect(Address const &address, ConnectionPointer &connection, std::string &problem);
+    korvo_core_status connect(Address const &address, ConnectionPointer &connection, std::string &problem)
+        KORVO_EXCLUDES(mutex_);
     korvo_core_status connectByName(std::string const &socket_name, std::shared_ptr<Address const> address,
-                                    bool knows_target, ConnectionPointer &connection, std::string &problem);
+                                    bool knows_target, ConnectionPointer &connection, std::string &problem)
+        KORVO_EXCLUDES(mutex_);
     process::Descriptor openSocket(std::string const &socket_name, Address const &address,
                                    korvo_core_status &status, std::string &problem);
-    void watch(Connection &connection, bool wanted);
-    void updateInterest(Connection &connection);
-    void lose(Hold &hold, Connection &connection, char const *reason);
-    void adoptSubscription(Hold &hold, Connection &connection);
+    void watch(Connection &connection, bool wanted) KORVO_REQUIRES(mutex_);
+    void updateInterest(Connection &connection) KORVO_REQUIRES(mutex_);
+    void lose(Hold &hold, Connection &connection, char const *reason) KORVO_REQUIRES(mutex_);
+    void adoptSubscription(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
 
     // initiator_sending.cpp
-    korvo_core_status connectionTo(Hold &hold, Address const &address, ConnectionPointer &connection);
+    korvo_core_status connectionTo(Hold &hold, Address const &address, ConnectionPointer &connection)
+        KORVO_REQUIRES(mutex_);
     korvo_core_status track(Hold &hold, Connection &connection, std::string_view request_id,
-                            Purpose const &purpose, Request *&request);
-    bool mayGather(Connection const &connection, Route route) const;
-    WriteResult write(Hold &hold, Connection &connection);
-    void finishWriting(Hold &hold, Connection &connection, WriteResult written);
-    void requireThread(Hold &hold, Connection &connection);
-    void arrangeWriting(Hold &hold, Connection &connection);
-    void writeAll(Hold &hold, Connection &connection);
-    void writeGathered(Hold &hold);
-    void writeBlocked(Hold &hold, Connection &connection);
-    void writeControl(Hold &hold, Connection &connection, frame::Type type);
-    void writeLast(Hold &hold);
-    void end(Request &request);
-    korvo_core_status fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason);
+                            Purpose const &purpose, Request *&request) KORVO_REQUIRES(mutex_);
+    bool mayGather(Connection const &connection, Route route) const KORVO_REQUIRES(mutex_);
+    WriteResult write(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void finishWriting(Hold &hold, Connection &connection, WriteResult written) KORVO_REQUIRES(mutex_);
+    void requireThread(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void arrangeWriting(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void writeAll(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void writeGathered(Hold &hold) KORVO_REQUIRES(mutex_);
+    void writeBlocked(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void writeControl(Hold &hold, Connection &connection, frame::Type type) KORVO_REQUIRES(mutex_);
+    void writeLast(Hold &hold) KORVO_REQUIRES(mutex_);
+    void end(Request &request) KORVO_REQUIRES(mutex_);
+    korvo_core_status fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason)
+        KORVO_REQUIRES(mutex_);
 
     // initiator_reading.cpp
-    ReadResult read(Hold &hold, Connection &connection, int flags);
-    ReadResult writeAndRead(Hold &hold, Connection &connection, int timeout);
-    void readForReceivers(Hold &hold, Deadline const &deadline);
-    void route(Hold &hold, Connection &connection, frame::Frame const &frame);
-    void routeResponse(Hold &hold, Connection &connection, frame::Frame const &frame);
-    void routeEvent(Hold &hold, Connection &connection, frame::Frame const &frame);
-    void keep(Hold &hold, Request &request, Text response);
-    void queueResponse(Hold &hold, Delivery response, Text substitute);
+    // Called with the mutex free; returns with it held.
+    ReadResult read(Hold &hold, Connection &connection, int flags) KORVO_ACQUIRE(mutex_);
+    ReadResult writeAndRead(Hold &hold, Connection &connection, int timeout) KORVO_REQUIRES(mutex_);
+    void readForReceivers(Hold &hold, Deadline const &deadline) KORVO_REQUIRES(mutex_);
+    void route(Hold &hold, Connection &connection, frame::Frame const &frame) KORVO_REQUIRES(mutex_);
+    void routeResponse(Hold &hold, Connection &connection, frame::Frame const &frame) KORVO_REQUIRES(mutex_);
+    void routeEvent(Hold &hold, Connection &connection, frame::Frame const &frame) KORVO_REQUIRES(mutex_);
+    void keep(Hold &hold, Request &request, Text response) KORVO_REQUIRES(mutex_);
+    void queueResponse(Hold &hold, Delivery response, Text substitute) KORVO_REQUIRES(mutex_);
     static void setReceiveTimeout(Connection &connection, int timeout);
 
     // initiator_delivering.cpp
-    bool hasCallbacks() const { return !response_callbacks_.empty() || !event_callbacks_.empty(); }
-    bool hasWork() const { return hasCallbacks() || blocked_ != 0; }
-    void startThread(Hold &hold);
-    void stopPolling();
-    void watchFolder();
-    void run();
-    void deliver(Hold &hold);
-    void callResponse(Hold &hold, Delivery delivery);
-    void callEvent(Hold &hold, Delivery const &delivery);
+    bool hasCallbacks() const KORVO_REQUIRES(mutex_) {
+        return !response_callbacks_.empty() || !event_callbacks_.empty();
+    }
+    bool hasWork() const KORVO_REQUIRES(mutex_) { return hasCallbacks() || blocked_ != 0; }
+    void startThread(Hold &hold) KORVO_REQUIRES(mutex_);
+    void stopPolling() KORVO_REQUIRES(mutex_);
+    void watchFolder() KORVO_REQUIRES(mutex_);
+    void run() KORVO_EXCLUDES(mutex_);
+    void deliver(Hold &hold) KORVO_REQUIRES(mutex_);
+    void callResponse(Hold &hold, Delivery delivery) KORVO_REQUIRES(mutex_);
+    void callEvent(Hold &hold, Delivery const &delivery) KORVO_REQUIRES(mutex_);
     template <typename Callback>
-    void call(Hold &hold, void *context, Callback callback);
-    void handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int events);
-    void wakeThread();
-    void wakeReceivers();
-    void waitForCallback(Hold &hold, void const *context);
-    bool onMessagingThread() const { return is_running_ && std::this_thread::get_id() == thread_id_; }
+    void call(Hold &hold, void *context, Callback callback) KORVO_REQUIRES(mutex_);
+    void handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int events) KORVO_REQUIRES(mutex_);
+    void wakeThread() KORVO_REQUIRES(mutex_);
+    void wakeReceivers() KORVO_REQUIRES(mutex_);
+    void waitForCallback(Hold &hold, void const *context) KORVO_REQUIRES(mutex_);
+    bool onMessagingThread() const KORVO_REQUIRES(mutex_) {
+        return is_running_ && std::this_thread::get_id() == thread_id_;
+    }
 
     // initiator_subscribing.cpp
-    bool startWatch(bool anew);
-    void scan(std::string const &service);
-    void attach(std::string const &service, std::string const &socket_name);
-    void handleFolderChange(Hold &hold);
-    void restoreSubscriptions(Hold &hold);
-    int restoreTimeout() const;
+    bool startWatch(bool anew) KORVO_EXCLUDES(mutex_);
+    void scan(std::string const &service) KORVO_EXCLUDES(mutex_);
+    void attach(std::string const &service, std::string const &socket_name) KORVO_EXCLUDES(mutex_);
+    void handleFolderChange(Hold &hold) KORVO_REQUIRES(mutex_);
+    void restoreSubscriptions(Hold &hold) KORVO_REQUIRES(mutex_);
+    int restoreTimeout() const KORVO_REQUIRES(mutex_);
 
     Log const log_;
     std::string const name_;
@@ -179,49 +188,49 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     /// Held while a connection is made, so that two threads do not make the same one.
     std::mutex connect_mutex_;
 
-    std::mutex mutex_;
-    // All below are guarded by mutex_.
-    bool is_closing_ = false;
-    std::vector<ConnectionPointer> connections_;
-    std::uint64_t next_serial_ = 16;
-    RequestTable requests_;
-    DropCounter dropped_kept_;
-    DropCounter dropped_unknown_;
+    Mutex mutex_;
+    bool is_closing_ KORVO_GUARDED_BY(mutex_) = false;
+    std::vector<ConnectionPointer> connections_ KORVO_GUARDED_BY(mutex_);
+    std::uint64_t next_serial_ KORVO_GUARDED_BY(mutex_) = 16;
+    RequestTable requests_ KORVO_GUARDED_BY(mutex_);
+    DropCounter dropped_kept_ KORVO_GUARDED_BY(mutex_);
+    DropCounter dropped_unknown_ KORVO_GUARDED_BY(mutex_);
 
     /// One per context, in the order in which the contexts came; responses for anyone go to the last
     /// registered.
-    std::vector<Registration<ResponseCallback>> response_callbacks_;
-    void *last_response_context_ = nullptr;
-    std::vector<Registration<EventCallback>> event_callbacks_;
-    Deliveries deliveries_;
-    DropCounter dropped_responses_;
-    DropCounter dropped_events_;
-    DropCounter dropped_requests_;
-    FailureLog failures_;
+    std::vector<Registration<ResponseCallback>> response_callbacks_ KORVO_GUARDED_BY(mutex_);
+    void *last_response_context_ KORVO_GUARDED_BY(mutex_) = nullptr;
+    std::vector<Registration<EventCallback>> event_callbacks_ KORVO_GUARDED_BY(mutex_);
+    Deliveries deliveries_ KORVO_GUARDED_BY(mutex_);
+    DropCounter dropped_responses_ KORVO_GUARDED_BY(mutex_);
+    DropCounter dropped_events_ KORVO_GUARDED_BY(mutex_);
+    DropCounter dropped_requests_ KORVO_GUARDED_BY(mutex_);
+    FailureLog failures_ KORVO_GUARDED_BY(mutex_);
     /// Connections whose socket was full.
-    unsigned int blocked_ = 0;
+    unsigned int blocked_ KORVO_GUARDED_BY(mutex_) = 0;
     /// Since when commands from inside callbacks gather.
-    bool is_gathering_ = false;
-    Clock::time_point gathering_since_{};
+    bool is_gathering_ KORVO_GUARDED_BY(mutex_) = false;
+    Clock::time_point gathering_since_ KORVO_GUARDED_BY(mutex_){};
 
-    std::thread thread_;
-    std::thread::id thread_id_;
-    bool is_running_ = false;
+    std::thread thread_ KORVO_GUARDED_BY(mutex_);
+    std::thread::id thread_id_ KORVO_GUARDED_BY(mutex_);
+    bool is_running_ KORVO_GUARDED_BY(mutex_) = false;
     /// The messaging thread is in epoll_wait(), or about to be, and nobody has woken it.
-    bool is_asleep_ = false;
-    Epoll epoll_;
-    process::Descriptor wake_;
-    CallbackFence fence_;
+    bool is_asleep_ KORVO_GUARDED_BY(mutex_) = false;
+    Epoll epoll_ KORVO_GUARDED_BY(mutex_);
+    process::Descriptor wake_ KORVO_GUARDED_BY(mutex_);
+    CallbackFence fence_ KORVO_GUARDED_BY(mutex_);
 
     /// Threads in receiveAny(): one of them reads for all.
     std::condition_variable receivers_;
-    bool receivers_have_reader_ = false;
-    unsigned int receiver_losses_ = 0;
+    bool receivers_have_reader_ KORVO_GUARDED_BY(mutex_) = false;
+    unsigned int receiver_losses_ KORVO_GUARDED_BY(mutex_) = 0;
+    /// Made, with the mutex held, and drained by the one that reads; signalled with the mutex held while there is one.
     process::Descriptor receivers_wake_;
 
-    FolderWatch watch_;
-    std::set<std::string> subscriptions_;
-    std::map<std::string, LostSubscription> lost_subscriptions_;
+    FolderWatch watch_ KORVO_GUARDED_BY(mutex_);
+    std::set<std::string> subscriptions_ KORVO_GUARDED_BY(mutex_);
+    std::map<std::string, LostSubscription> lost_subscriptions_ KORVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace platform

@@ -164,11 +164,12 @@ void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
         --blocked_;
     }
     connection.gathered.clear();
-    RequestTable::Lost const lost = requests_.lose(connection.serial, [this](Request &request) {
-        if (!is_closing_) {
-            end(request);
-        }
-    });
+    RequestTable::Lost const lost =
+        requests_.lose(connection.serial, [this](Request &request) KORVO_REQUIRES(mutex_) {
+            if (!is_closing_) {
+                end(request);
+            }
+        });
     if (lost.for_anyone != 0) {
         ++receiver_losses_;
         wakeReceivers();

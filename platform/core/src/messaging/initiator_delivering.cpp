@@ -162,10 +162,10 @@ void Initiator::run() {
             int const timeout = restoreTimeout();
             int const epoll = epoll_.descriptor();
             is_asleep_ = true;
-            hold.unlock();
+            hold.unlock(mutex_);
             std::array<epoll_event, 16> events;
             int const count = epoll_wait(epoll, events.data(), static_cast<int>(events.size()), timeout);
-            hold.lock();
+            hold.lock(mutex_);
             is_asleep_ = false;
             for (int index = 0; index < count; ++index) {
                 epoll_event const &event = events.at(static_cast<std::size_t>(index));
@@ -173,9 +173,7 @@ void Initiator::run() {
             }
             restoreSubscriptions(hold);
         } catch (std::exception const &error) {
-            if (!hold.owns_lock()) {
-                hold.lock();
-            }
+            hold.ensureLocked();
             hold.warn(std::string("a message was lost: ") + error.what());
         }
     }
@@ -202,7 +200,7 @@ void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int eve
     if ((events & ~static_cast<unsigned int>(EPOLLOUT)) != 0 && connection->is_alive &&
         !connection->has_reader) {
         ReaderRole const role(hold, *this, *connection, true);
-        hold.unlock();
+        hold.unlock(mutex_);
         (void)read(hold, *connection, MSG_DONTWAIT);
     }
 }
@@ -262,7 +260,7 @@ void Initiator::callEvent(Hold &hold, Delivery const &delivery) {
 
 template <typename Callback>
 void Initiator::call(Hold &hold, void *context, Callback callback) {
-    fence_.run(hold, context, [&] {
+    fence_.run(hold, mutex_, context, [&] {
         try {
             callback();
         } catch (std::exception const &error) {

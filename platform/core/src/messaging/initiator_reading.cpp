@@ -65,7 +65,7 @@ korvo_core_status Initiator::receive(std::string_view request_id, int timeout, T
             if (connection->is_blocked) {
                 result = writeAndRead(hold, *connection, wait);
             } else {
-                hold.unlock();
+                hold.unlock(mutex_);
                 if (!deadline.isPoll()) {
                     setReceiveTimeout(*connection, wait);
                 }
@@ -95,16 +95,16 @@ korvo_core_status Initiator::receive(std::string_view request_id, int timeout, T
 
 Initiator::ReadResult Initiator::writeAndRead(Hold &hold, Connection &connection, int timeout) {
     pollfd ready = {connection.socket.get(), POLLIN | POLLOUT, 0};
-    hold.unlock();
+    hold.unlock(mutex_);
     (void)poll(&ready, 1, timeout);
-    hold.lock();
+    hold.lock(mutex_);
     if ((ready.revents & POLLOUT) != 0 && connection.is_blocked) {
         writeBlocked(hold, connection);
     }
     if ((ready.revents & ~POLLOUT) == 0) {
         return ReadResult::nothing;
     }
-    hold.unlock();
+    hold.unlock(mutex_);
     return read(hold, connection, MSG_DONTWAIT);
 }
 
@@ -167,27 +167,25 @@ void Initiator::readForReceivers(Hold &hold, Deadline const &deadline) {
                 }
             }
         }
-        hold.unlock();
+        hold.unlock(mutex_);
         (void)poll(ready.data(), ready.size(), deadline.remaining());
         drainWake(receivers_wake_);
         for (std::size_t index = 0; index < connections.size(); ++index) {
             if ((ready[index + 1].revents & POLLOUT) != 0) {
-                hold.lock();
+                hold.lock(mutex_);
                 if (connections[index]->is_blocked) {
                     writeBlocked(hold, *connections[index]);
                 }
-                hold.unlock();
+                hold.unlock(mutex_);
             }
             if ((ready[index + 1].revents & ~POLLOUT) != 0) {
                 (void)read(hold, *connections[index], MSG_DONTWAIT);
-                hold.unlock();
+                hold.unlock(mutex_);
             }
         }
-        hold.lock();
+        hold.lock(mutex_);
     } catch (...) {
-        if (!hold.owns_lock()) {
-            hold.lock();
-        }
+        hold.ensureLocked();
         receivers_have_reader_ = false;
         receivers_.notify_all();
         throw;
@@ -200,7 +198,7 @@ Initiator::ReadResult Initiator::read(Hold &hold, Connection &connection, int fl
     frame::Decoder::Space const space = connection.decoder.space();
     ssize_t const count = recv(connection.socket.get(), space.begin, space.size, flags);
     int const failure = errno;
-    hold.lock();
+    hold.lock(mutex_);
     if (count < 0 && (failure == EAGAIN || failure == EWOULDBLOCK || failure == EINTR)) {
         return ReadResult::nothing;
     }

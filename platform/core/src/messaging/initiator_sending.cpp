@@ -31,9 +31,7 @@ class Sending {
         request.sender = &self_;
     }
     ~Sending() {
-        if (!hold_.owns_lock()) {
-            hold_.lock();
-        }
+        hold_.ensureLocked();
         if (self_.request != nullptr) {
             self_.request->sender = nullptr;
         }
@@ -127,10 +125,10 @@ korvo_core_status Initiator::connectionTo(Hold &hold, Address const &address, Co
         if (connection != nullptr) {
             return KORVO_CORE_STATUS_NO_ERROR;
         }
-        hold.unlock();
+        hold.unlock(mutex_);
         std::string problem;
         korvo_core_status const status = connect(address, connection, problem);
-        hold.lock();
+        hold.lock(mutex_);
         if (status == KORVO_CORE_STATUS_IPC_FAILED) {
             return fail(hold, Phase::connect, &address, problem);
         }
@@ -247,7 +245,7 @@ void Initiator::writeControl(Hold &hold, Connection &connection, frame::Type typ
 }
 
 Initiator::WriteResult Initiator::write(Hold &hold, Connection &connection) {
-    hold.unlock();
+    hold.unlock(mutex_);
     std::string &bytes = connection.outgoing;
     WriteResult result = WriteResult::whole;
     while (connection.sent < bytes.size() && result == WriteResult::whole) {
@@ -268,7 +266,7 @@ Initiator::WriteResult Initiator::write(Hold &hold, Connection &connection) {
             bytes = std::string();
         }
     }
-    hold.lock();
+    hold.lock(mutex_);
     return result;
 }
 
@@ -327,10 +325,10 @@ void Initiator::writeLast(Hold &hold) {
                 if (deadline.hasPassed()) {
                     break;
                 }
-                hold.unlock();
+                hold.unlock(mutex_);
                 pollfd ready = {connection->socket.get(), POLLOUT, 0};
                 (void)poll(&ready, 1, deadline.remaining());
-                hold.lock();
+                hold.lock(mutex_);
             }
         }
         connection->is_sending = false;

@@ -107,7 +107,7 @@ void Initiator::attach(std::string const &service, std::string const &socket_nam
 void Initiator::handleFolderChange(Hold &hold) {
     FolderWatch::Change const change = watch_.look();
     std::set<std::string> const services = subscriptions_;
-    hold.unlock();
+    hold.unlock(mutex_);
     bool look_at_all = change.is_incomplete;
     if (change.is_over) {
         log_.warning("the runtime folder %s was removed; made again", folder_.path().c_str());
@@ -123,7 +123,7 @@ void Initiator::handleFolderChange(Hold &hold) {
             }
         }
     }
-    hold.lock();
+    hold.lock(mutex_);
 }
 
 void Initiator::restoreSubscriptions(Hold &hold) {
@@ -142,11 +142,11 @@ void Initiator::restoreSubscriptions(Hold &hold) {
     if (due.empty()) {
         return;
     }
-    hold.unlock();
+    hold.unlock(mutex_);
     for (auto const &[service, socket_name] : due) {
         attach(service, socket_name);
     }
-    hold.lock();
+    hold.lock(mutex_);
 }
 
 int Initiator::restoreTimeout() const {

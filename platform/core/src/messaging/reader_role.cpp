@@ -15,9 +15,7 @@ Initiator::ReaderRole::ReaderRole(Hold &hold, Initiator &initiator, Connection &
 }
 
 Initiator::ReaderRole::~ReaderRole() {
-    if (!hold_.owns_lock()) {
-        hold_.lock();
-    }
+    hold_.ensureLocked();
     connection_.has_reader = false;
     initiator_.updateInterest(connection_);
     for (Waiter *const waiter : connection_.waiters) {
@@ -38,9 +36,7 @@ Initiator::RegisteredWaiter::RegisteredWaiter(Hold &hold, Request &request, Conn
 }
 
 Initiator::RegisteredWaiter::~RegisteredWaiter() {
-    if (!hold_.owns_lock()) {
-        hold_.lock();
-    }
+    hold_.ensureLocked();
     auto const place = std::find(connection_.waiters.begin(), connection_.waiters.end(), &waiter);
     if (place != connection_.waiters.end()) {
         connection_.waiters.erase(place);

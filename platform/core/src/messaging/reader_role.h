@@ -13,7 +13,8 @@ class Initiator::ReaderRole {
   public:
     /// @param by_messaging_thread  the thread that waits on the epoll set is the one that reads, so the set need not
     ///                             change.
-    ReaderRole(Hold &hold, Initiator &initiator, Connection &connection, bool by_messaging_thread = false);
+    ReaderRole(Hold &hold, Initiator &initiator, Connection &connection, bool by_messaging_thread = false)
+        KORVO_REQUIRES(initiator.mutex_);
     ~ReaderRole();
 
     ReaderRole(ReaderRole const &) = delete;

@@ -72,7 +72,7 @@ void Target::close() {
             thread_.detach();
         } else {
             thread = std::move(thread_);
-            served_.wait(hold.mutex(), [&] { return !is_serving_; });
+            served_.wait(hold.mutex(), [&]() KORVO_REQUIRES(mutex_) { return !is_serving_; });
         }
         for (auto const &[number, peer] : peers_) {
             peers.push_back(peer);

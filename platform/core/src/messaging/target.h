@@ -24,13 +24,13 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <unordered_map>
 #include <vector>
 
 #include "base/deadline.h"
+#include "base/mutex.h"
 #include "base/notes.h"
 #include "base/text.h"
 #include "korvo_core.h"
@@ -80,51 +80,52 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
         // Used by the serving thread only.
         frame::Decoder decoder;
 
-        std::mutex mutex;
-        // Guarded by the peer's mutex.
-        bool is_alive = true;
-        std::string outgoing;
+        Mutex mutex;
+        bool is_alive KORVO_GUARDED_BY(mutex) = true;
+        std::string outgoing KORVO_GUARDED_BY(mutex);
         /// How much of `outgoing` has left already.
-        std::size_t sent = 0;
+        std::size_t sent KORVO_GUARDED_BY(mutex) = 0;
         /// The serving thread will send, for one of three reasons: it gathers what it sends itself, another
         /// thread has asked it to, or the socket is full.
-        bool is_gathered = false;
-        bool is_arranged = false;
-        bool is_blocked = false;
-        DropCounter dropped_events;
+        bool is_gathered KORVO_GUARDED_BY(mutex) = false;
+        bool is_arranged KORVO_GUARDED_BY(mutex) = false;
+        bool is_blocked KORVO_GUARDED_BY(mutex) = false;
+        DropCounter dropped_events KORVO_GUARDED_BY(mutex);
     };
     using PeerPointer = std::shared_ptr<Peer>;
 
     class ServingRole;
 
     // target_serving.cpp
-    void serve(int timeout);
-    void serveWithoutWaiting();
-    void acceptPeers();
-    void readPeer(PeerPointer const &peer);
-    void handle(PeerPointer const &peer, frame::Frame const &frame);
-    void handleCommand(PeerPointer const &peer, frame::Frame const &frame);
-    void subscribe(PeerPointer const &peer, bool wanted);
-    void call(Hold &hold, Command command);
-    void startThread(Hold &hold);
-    void run();
-    bool onOwnThread() const { return is_running_ && std::this_thread::get_id() == thread_id_; }
+    void serve(int timeout) KORVO_EXCLUDES(mutex_);
+    void serveWithoutWaiting() KORVO_EXCLUDES(mutex_);
+    void acceptPeers() KORVO_EXCLUDES(mutex_);
+    void readPeer(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
+    void handle(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
+    void handleCommand(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
+    void subscribe(PeerPointer const &peer, bool wanted) KORVO_EXCLUDES(mutex_);
+    void call(Hold &hold, Command command) KORVO_REQUIRES(mutex_);
+    void startThread(Hold &hold) KORVO_REQUIRES(mutex_);
+    void run() KORVO_EXCLUDES(mutex_);
+    bool onOwnThread() const KORVO_REQUIRES(mutex_) {
+        return is_running_ && std::this_thread::get_id() == thread_id_;
+    }
 
     // target_sending.cpp
     /// How soon a frame must leave: an event may wait until the serving thread comes to it.
     enum class Urgency { now, soon };
     enum class PassResult { done, arrange, too_much, gone };
     PassResult passOn(PeerPointer const &peer, frame::Type type, std::string_view first,
-                      std::string_view second, Urgency urgency);
+                      std::string_view second, Urgency urgency) KORVO_EXCLUDES(mutex_);
     enum class FlushResult { done, blocked, gone };
-    FlushResult flush(Peer &peer);
-    void flushOrDrop(PeerPointer const &peer);
-    void flushGathered();
-    void flushArranged();
-    void arrangeFlush(std::vector<PeerPointer> const &peers);
+    FlushResult flush(Peer &peer) KORVO_REQUIRES(peer.mutex);
+    void flushOrDrop(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
+    void flushGathered() KORVO_EXCLUDES(mutex_);
+    void flushArranged() KORVO_EXCLUDES(mutex_);
+    void arrangeFlush(std::vector<PeerPointer> const &peers) KORVO_EXCLUDES(mutex_);
     static void setInterest(int epoll, Peer const &peer, unsigned int events);
-    void drop(PeerPointer const &peer, char const *reason);
-    PeerPointer findPeer(std::string_view source);
+    void drop(PeerPointer const &peer, char const *reason) KORVO_EXCLUDES(mutex_);
+    PeerPointer findPeer(std::string_view source) KORVO_EXCLUDES(mutex_);
     bool isServingThread() const {
         return serving_thread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
     }
@@ -147,24 +148,23 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     Clock::time_point gathering_since_{};
     bool is_accepting_ = true;
 
-    std::mutex mutex_;
-    // Guarded by mutex_.
-    bool is_closing_ = false;
-    bool is_serving_ = false;
+    Mutex mutex_;
+    bool is_closing_ KORVO_GUARDED_BY(mutex_) = false;
+    bool is_serving_ KORVO_GUARDED_BY(mutex_) = false;
     std::condition_variable served_;
-    std::unordered_map<std::uint64_t, PeerPointer> peers_;
-    DropCounter refused_peers_;
+    std::unordered_map<std::uint64_t, PeerPointer> peers_ KORVO_GUARDED_BY(mutex_);
+    DropCounter refused_peers_ KORVO_GUARDED_BY(mutex_);
     /// Replaced as a whole, so that a publisher can use it without the mutex.
-    std::shared_ptr<std::vector<PeerPointer> const> subscribers_;
-    std::uint64_t next_peer_ = 16;
-    std::deque<Command> commands_;
-    CommandCallback callback_ = nullptr;
-    void *context_ = nullptr;
-    std::thread thread_;
-    std::thread::id thread_id_;
-    bool is_running_ = false;
+    std::shared_ptr<std::vector<PeerPointer> const> subscribers_ KORVO_GUARDED_BY(mutex_);
+    std::uint64_t next_peer_ KORVO_GUARDED_BY(mutex_) = 16;
+    std::deque<Command> commands_ KORVO_GUARDED_BY(mutex_);
+    CommandCallback callback_ KORVO_GUARDED_BY(mutex_) = nullptr;
+    void *context_ KORVO_GUARDED_BY(mutex_) = nullptr;
+    std::thread thread_ KORVO_GUARDED_BY(mutex_);
+    std::thread::id thread_id_ KORVO_GUARDED_BY(mutex_);
+    bool is_running_ KORVO_GUARDED_BY(mutex_) = false;
     /// Peers that other threads have asked the serving thread to send to.
-    std::vector<PeerPointer> arranged_;
+    std::vector<PeerPointer> arranged_ KORVO_GUARDED_BY(mutex_);
 };
 
 }  // namespace platform

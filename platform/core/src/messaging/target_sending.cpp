@@ -128,7 +128,6 @@ Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std
     return PassResult::done;
 }
 
-/// With the peer's mutex held.
 Target::FlushResult Target::flush(Peer &peer) {
     while (peer.sent < peer.outgoing.size()) {
         ssize_t const count = send(peer.socket.get(), peer.outgoing.data() + peer.sent,
@@ -168,7 +167,7 @@ void Target::setInterest(int epoll, Peer const &peer, unsigned int events) {
 void Target::flushOrDrop(PeerPointer const &peer) {
     FlushResult result = FlushResult::done;
     {
-        std::lock_guard<std::mutex> const lock(peer->mutex);
+        MutexLock const lock(peer->mutex);
         peer->is_gathered = false;
         peer->is_arranged = false;
         if (peer->is_alive) {
@@ -221,7 +220,7 @@ void Target::drop(PeerPointer const &peer, char const *reason) {
         if (peers_.erase(peer->number) == 0) {
             return;
         }
-        std::lock_guard<std::mutex> const lock(peer->mutex);
+        MutexLock const lock(peer->mutex);
         peer->is_alive = false;
         (void)epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, peer->socket.get(), nullptr);
         // The descriptor itself is closed by the last thread that uses it.

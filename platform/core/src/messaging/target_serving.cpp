@@ -50,7 +50,6 @@ korvo_core_status Target::receive(int timeout, Command &command) {
             continue;
         }
         ServingRole const role(hold, *this);
-        hold.unlock();
         serve(deadline.remaining());
     }
 }
@@ -70,7 +69,8 @@ korvo_core_status Target::setCommandCallback(CommandCallback callback, void *con
     context_ = nullptr;
     if (!onOwnThread()) {
         signalWake(wake_);
-        served_.wait(hold.mutex(), [&] { return !is_running_ || callback_ != nullptr; });
+        served_.wait(hold.mutex(),
+                     [&]() KORVO_REQUIRES(mutex_) { return !is_running_ || callback_ != nullptr; });
     }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
@@ -98,7 +98,7 @@ void Target::startThread(Hold &hold) {
 
 void Target::run() {
     Hold hold(mutex_, log_);
-    served_.wait(hold.mutex(), [&] { return !is_serving_; });
+    served_.wait(hold.mutex(), [&]() KORVO_REQUIRES(mutex_) { return !is_serving_; });
     is_serving_ = true;
     while (!is_closing_ && callback_ != nullptr) {
         try {
@@ -111,20 +111,18 @@ void Target::run() {
             if (is_closing_ || callback_ == nullptr) {
                 break;
             }
-            hold.unlock();
+            hold.unlock(mutex_);
             serve(-1);
-            hold.lock();
+            hold.lock(mutex_);
         } catch (std::exception const &error) {
-            if (!hold.owns_lock()) {
-                hold.lock();
-            }
+            hold.ensureLocked();
             hold.warn(std::string("a command was lost: ") + error.what());
         }
     }
     is_serving_ = false;
     is_running_ = false;
     served_.notify_all();
-    hold.unlock();
+    hold.unlock(mutex_);
     flushArranged();
 }
 
@@ -134,7 +132,6 @@ void Target::serveWithoutWaiting() {
         return;
     }
     ServingRole const role(hold, *this);
-    hold.unlock();
     serve(0);
 }
 
@@ -298,11 +295,11 @@ void Target::handleCommand(PeerPointer const &peer, frame::Frame const &frame) {
     }
 }
 
-/// With the mutex held and a callback registered; the mutex is free during the callback.
+/// With a callback registered; the mutex is free during the callback.
 void Target::call(Hold &hold, Command command) {
     CommandCallback const callback = callback_;
     void *const context = context_;
-    hold.unlock();
+    hold.unlock(mutex_);
     try {
         LentText source(std::move(command.source));
         LentText request_id(std::move(command.request_id));
@@ -314,7 +311,7 @@ void Target::call(Hold &hold, Command command) {
         log_.error("a command callback threw something that is no exception");
     }
     process::endOrphan(generation_);
-    hold.lock();
+    hold.lock(mutex_);
 }
 
 void Target::subscribe(PeerPointer const &peer, bool wanted) {

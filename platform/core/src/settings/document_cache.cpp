@@ -1,27 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "settings/document_cache.h"
 
-#include <mutex>
 #include <utility>
 
+#include "base/mutex.h"
 #include "settings/state_folder.h"
 
 namespace platform {
 
-namespace {
-
-using Guard = std::lock_guard<process::ForkSafeMutex>;
-
-}  // namespace
-
 void DocumentCache::begin() {
-    Guard const guard(mutex_);
+    MutexLock const lock(mutex_);
     ++users_;
 }
 
 void DocumentCache::end() {
     std::shared_ptr<Snapshot const> dropped;
-    Guard const guard(mutex_);
+    MutexLock const lock(mutex_);
     if (users_ > 1) {
         --users_;
         return;
@@ -33,7 +27,7 @@ void DocumentCache::end() {
 }
 
 std::string DocumentCache::folder() {
-    Guard const guard(mutex_);
+    MutexLock const lock(mutex_);
     if (folder_.empty()) {
         folder_ = stateFolder();
     }
@@ -44,7 +38,7 @@ std::shared_ptr<Snapshot const> DocumentCache::current() {
     std::string const file = path();
     std::shared_ptr<Snapshot const> found;
     {
-        Guard const guard(mutex_);
+        MutexLock const lock(mutex_);
         found = held_;
     }
     if (found == nullptr || !found->isCurrent(file)) {
@@ -56,13 +50,13 @@ std::shared_ptr<Snapshot const> DocumentCache::current() {
 
 void DocumentCache::hold(std::shared_ptr<Snapshot const> snapshot, bool found_no_file) {
     // The parameter takes the former one out of the lock's reach.
-    Guard const guard(mutex_);
+    MutexLock const lock(mutex_);
     held_.swap(snapshot);
     found_no_file_ = found_no_file_ || found_no_file;
 }
 
 bool DocumentCache::hasFoundNoFile() {
-    Guard const guard(mutex_);
+    MutexLock const lock(mutex_);
     return found_no_file_;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "base/process.h"
+#include "base/thread_annotations.h"
 #include "settings/settings_file.h"
 
 namespace platform {
@@ -42,10 +43,10 @@ class DocumentCache {
   private:
     std::string const file_name_;
     process::ForkSafeMutex mutex_;
-    unsigned int users_ = 0;
-    std::string folder_;
-    std::shared_ptr<Snapshot const> held_;
-    bool found_no_file_ = false;
+    unsigned int users_ KORVO_GUARDED_BY(mutex_) = 0;
+    std::string folder_ KORVO_GUARDED_BY(mutex_);
+    std::shared_ptr<Snapshot const> held_ KORVO_GUARDED_BY(mutex_);
+    bool found_no_file_ KORVO_GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace platform
