@@ -22,13 +22,6 @@ std::string randomPrefix() {
     return prefix + "-";
 }
 
-bool add(process::Descriptor const &epoll, int descriptor, std::uint64_t tag) {
-    epoll_event event = {};
-    event.events = EPOLLIN;
-    event.data.u64 = tag;
-    return epoll_ctl(epoll.get(), EPOLL_CTL_ADD, descriptor, &event) == 0;
-}
-
 }  // namespace
 
 Target::Target(void *logging, std::string_view service, std::string_view target, std::string_view name,
@@ -43,16 +36,16 @@ Target::Target(void *logging, std::string_view service, std::string_view target,
 
 korvo_core_status Target::open() {
     std::string const owner = "service " + service_ + ", target \"" + target_ + "\" (" + name_ + ")";
-    epoll_ = process::Descriptor(epoll_create1(EPOLL_CLOEXEC));
+    epoll_.open();
     wake_ = makeWake();
-    if (!epoll_ || !add(epoll_, wake_.get(), wake_tag)) {
+    if (!epoll_.add(wake_.get(), wake_tag, EPOLLIN)) {
         log_.error("%s cannot listen: %s", owner.c_str(), errorText(errno).c_str());
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     if (!claim_.take(folder_, socketName(service_, target_), owner, log_)) {
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
-    if (!add(epoll_, claim_.listener(), listener_tag)) {
+    if (!epoll_.add(claim_.listener(), listener_tag, EPOLLIN)) {
         log_.error("%s cannot listen: %s", owner.c_str(), errorText(errno).c_str());
         return KORVO_CORE_STATUS_IPC_FAILED;
     }

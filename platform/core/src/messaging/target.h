@@ -35,6 +35,7 @@
 #include "base/text.h"
 #include "korvo_core.h"
 #include "messaging/addressing.h"
+#include "messaging/epoll.h"
 #include "messaging/frame.h"
 #include "messaging/messaging.h"
 #include "messaging/name_claim.h"
@@ -123,7 +124,6 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void flushGathered() KORVO_EXCLUDES(mutex_);
     void flushArranged() KORVO_EXCLUDES(mutex_);
     void arrangeFlush(std::vector<PeerPointer> const &peers) KORVO_EXCLUDES(mutex_);
-    static void setInterest(int epoll, Peer const &peer, unsigned int events);
     void drop(PeerPointer const &peer, char const *reason) KORVO_EXCLUDES(mutex_);
     PeerPointer findPeer(std::string_view source) KORVO_EXCLUDES(mutex_);
     bool isServingThread() const {
@@ -139,7 +139,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     unsigned int const generation_ = process::generation();
 
     NameClaim claim_;
-    process::Descriptor epoll_;
+    Epoll epoll_;
     process::Descriptor wake_;
 
     std::atomic<std::thread::id> serving_thread_{std::thread::id()};

@@ -137,7 +137,7 @@ Target::FlushResult Target::flush(Peer &peer) {
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
             if (!peer.is_blocked) {
                 peer.is_blocked = true;
-                setInterest(epoll_.get(), peer, EPOLLIN | EPOLLOUT);
+                (void)epoll_.change(peer.socket.get(), peer.number, EPOLLIN | EPOLLOUT);
             }
             return FlushResult::blocked;
         } else if (errno != EINTR) {
@@ -152,16 +152,9 @@ Target::FlushResult Target::flush(Peer &peer) {
     }
     if (peer.is_blocked) {
         peer.is_blocked = false;
-        setInterest(epoll_.get(), peer, EPOLLIN);
+        (void)epoll_.change(peer.socket.get(), peer.number, EPOLLIN);
     }
     return FlushResult::done;
-}
-
-void Target::setInterest(int epoll, Peer const &peer, unsigned int events) {
-    epoll_event event = {};
-    event.events = events;
-    event.data.u64 = peer.number;
-    (void)epoll_ctl(epoll, EPOLL_CTL_MOD, peer.socket.get(), &event);
 }
 
 void Target::flushOrDrop(PeerPointer const &peer) {
@@ -222,7 +215,7 @@ void Target::drop(PeerPointer const &peer, char const *reason) {
         }
         MutexLock const lock(peer->mutex);
         peer->is_alive = false;
-        (void)epoll_ctl(epoll_.get(), EPOLL_CTL_DEL, peer->socket.get(), nullptr);
+        (void)epoll_.remove(peer->socket.get());
         // The descriptor itself is closed by the last thread that uses it.
         (void)shutdown(peer->socket.get(), SHUT_RDWR);
     }

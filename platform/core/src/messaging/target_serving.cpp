@@ -142,12 +142,10 @@ void Target::serve(int timeout) {
     if (!is_accepting_) {
         timeout = timeout < 0 ? accept_pause_ms : std::min(timeout, accept_pause_ms);
     }
-    int const count = epoll_wait(epoll_.get(), events.data(), static_cast<int>(events.size()), timeout);
+    int const count =
+        epoll_wait(epoll_.descriptor(), events.data(), static_cast<int>(events.size()), timeout);
     if (!is_accepting_) {
-        epoll_event event = {};
-        event.events = EPOLLIN;
-        event.data.u64 = listener_tag;
-        is_accepting_ = epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, claim_.listener(), &event) == 0;
+        is_accepting_ = epoll_.change(claim_.listener(), listener_tag, EPOLLIN);
     }
     for (int index = 0; index < count; ++index) {
         epoll_event const &event = events.at(static_cast<std::size_t>(index));
@@ -200,9 +198,7 @@ void Target::acceptPeers() {
             log_.error("cannot accept a connection: %s", errorText(errno).c_str());
             // The listener stays readable; it is left alone for a while, or this thread would do nothing
             // else.
-            epoll_event event = {};
-            event.data.u64 = listener_tag;
-            (void)epoll_ctl(epoll_.get(), EPOLL_CTL_MOD, claim_.listener(), &event);
+            (void)epoll_.change(claim_.listener(), listener_tag, 0);
             is_accepting_ = false;
             return;
         }
@@ -221,10 +217,7 @@ void Target::acceptPeers() {
         std::uint64_t const number = next_peer_++;
         auto const peer =
             std::make_shared<Peer>(std::move(connected), number, source_prefix_ + std::to_string(number));
-        epoll_event event = {};
-        event.events = EPOLLIN;
-        event.data.u64 = number;
-        if (epoll_ctl(epoll_.get(), EPOLL_CTL_ADD, peer->socket.get(), &event) != 0) {
+        if (!epoll_.add(peer->socket.get(), number, EPOLLIN)) {
             hold.warn("refused an initiator: " + errorText(errno));
             continue;
         }
