@@ -22,19 +22,22 @@ struct Given {
 };
 
 template <typename C>
-constexpr Kind kind_of;
+struct KindOf;
 template <>
-constexpr Kind kind_of<unsigned int> = Kind::number;
+struct KindOf<unsigned int> : std::integral_constant<Kind, Kind::number> {};
 template <>
-constexpr Kind kind_of<unsigned char> = Kind::flag;
+struct KindOf<unsigned char> : std::integral_constant<Kind, Kind::flag> {};
 template <>
-constexpr Kind kind_of<char const *> = Kind::text;
+struct KindOf<char const *> : std::integral_constant<Kind, Kind::text> {};
 template <>
-constexpr Kind kind_of<char *> = Kind::text;
+struct KindOf<char *> : std::integral_constant<Kind, Kind::text> {};
 template <>
-constexpr Kind kind_of<char **> = Kind::texts;
+struct KindOf<char **> : std::integral_constant<Kind, Kind::texts> {};
 template <>
-constexpr Kind kind_of<unsigned int **> = Kind::numbers;
+struct KindOf<unsigned int **> : std::integral_constant<Kind, Kind::numbers> {};
+
+template <typename C>
+constexpr Kind kind_of = KindOf<C>::value;
 
 template <typename Out>
 using Result = std::remove_pointer_t<Out>;
