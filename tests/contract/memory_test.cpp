@@ -5,7 +5,6 @@
 
 #include "client_test.h"
 
-using fake_platform::Function;
 
 namespace {
 
