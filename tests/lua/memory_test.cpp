@@ -151,8 +151,7 @@ TEST(ManyErrors, TakeNoMemory) {
     live_blocks::Recording recording;
     for (int round = 0; round < 3; ++round) {
         live_blocks::Unnoticed const unnoticed;
-        std::string const text = errors;
-        ASSERT_EQ(state.run(text), "");
+        ASSERT_EQ(state.run(errors), "");
     }
     ASSERT_EQ(state.run(errors), "");
     EXPECT_EQ(recording.end().size(), 0U);
