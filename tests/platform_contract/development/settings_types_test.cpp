@@ -138,6 +138,7 @@ class EverySettingType : public SettingsTest {
 
 struct NamesOfTypes {
     template <typename Setting>
+    // NOLINTNEXTLINE(readability-identifier-naming): GoogleTest asks by this name.
     static std::string GetName(int) {
         return Setting::type_name;
     }
