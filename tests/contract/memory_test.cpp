@@ -5,7 +5,6 @@
 
 #include "client_test.h"
 
-
 namespace {
 
 /// Far more allocations than any call makes.

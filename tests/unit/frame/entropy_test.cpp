@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <functional>
@@ -21,7 +22,7 @@ namespace {
 /// What the operating system answers instead of entropy, if anything.
 std::function<ssize_t(void *, std::size_t)> system_answer;
 
-unsigned int calls = 0;
+std::atomic<unsigned int> calls{0};
 
 /// Answers for the operating system for as long as it lives.
 class SystemAnswers {
