@@ -351,15 +351,15 @@ TEST(Descriptors, AndThreadsAndFilesAreGivenBack) {
         Response response;
         ASSERT_EQ(polling.receive(response), KORVO_CORE_STATUS_NO_ERROR);
     };
+    // Counted before any is started: one that was joined may be listed for a moment longer.
+    std::size_t const threads = entriesOf("/proc/self/task");
     use_everything();
     std::size_t const descriptors = entriesOf("/proc/self/fd");
-    std::size_t const threads = entriesOf("/proc/self/task");
     std::size_t const files = entriesOf(std::getenv("KORVO_RUNTIME_DIR"));
     for (int round = 0; round < 5; ++round) {
         use_everything();
     }
     EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors);
-    // A thread that was joined may be listed for a moment longer.
     auto const end = std::chrono::steady_clock::now() + patience;
     while (entriesOf("/proc/self/task") > threads && std::chrono::steady_clock::now() < end) {
         std::this_thread::yield();
