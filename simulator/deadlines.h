@@ -11,14 +11,15 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/time/clock.h"
+
 namespace simulator {
 
 /// What is due when: triggers, and of some of them several waits, each with a ticket. Pure bookkeeping on a monotonic
 /// clock that the caller reads. Not safe to share between threads without a lock.
 class Deadlines {
   public:
-    using Clock = std::chrono::steady_clock;
-    using Time = Clock::time_point;
+    using Time = Clock::Time;
 
     struct Ticket {
         // Implicit: most triggers wait for one thing.

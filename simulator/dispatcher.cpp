@@ -2,6 +2,7 @@
 #include "simulator/dispatcher.h"
 
 #include <exception>
+#include <utility>
 
 #include "simulator/handlers/handlers.h"
 #include "simulator/refused.h"
@@ -9,8 +10,9 @@
 
 namespace simulator {
 
-Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log)
-    : engine_(engine), settings_(settings), log_(log) {}
+Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log,
+                       std::function<Engine::Time()> real_time)
+    : engine_(engine), settings_(settings), log_(log), real_time_(std::move(real_time)) {}
 
 Dispatcher::Answer Dispatcher::answer(std::string_view command) {
     response_.clear();
@@ -73,7 +75,7 @@ void Dispatcher::writeStatus(std::uint32_t status) {
 void Dispatcher::logRefusal(std::string const &why) {
     // A client that sends nothing but nonsense must not fill the log.
     constexpr unsigned int most_a_second = 20;
-    Engine::Time const now = engine_.now();
+    Engine::Time const now = real_time_();
     if (now - refusals_since_ >= std::chrono::seconds(1)) {
         if (refusals_ > most_a_second) {
             log_.warning(std::to_string(refusals_ - most_a_second) + " more commands were refused");

@@ -3,6 +3,7 @@
 #define KORVO_SIMULATOR_DISPATCHER_H
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -30,7 +31,9 @@ class Dispatcher {
         std::chrono::milliseconds delay;
     };
 
-    Dispatcher(Engine &engine, Settings settings, Log const &log);
+    /// `real_time` is the machine's clock: the engine's may stand.
+    Dispatcher(Engine &engine, Settings settings, Log const &log,
+               std::function<Engine::Time()> real_time = std::chrono::steady_clock::now);
 
     /// Carries out a command (JSON). Never throws for what a command holds: a command that cannot be carried out is
     /// answered with its status, and the log says why.
@@ -48,6 +51,7 @@ class Dispatcher {
     Log const &log_;
     CommandReader reader_;
     std::string response_;
+    std::function<Engine::Time()> real_time_;
     Engine::Time refusals_since_{};
     unsigned int refusals_ = 0;
 };

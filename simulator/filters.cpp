@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/filters.h"
 
-#include <ctime>
-
 #include "simulator/kinds.h"
 
 namespace simulator {
@@ -22,14 +20,6 @@ bool fits(std::uint32_t weekdays, std::uint32_t start, std::uint32_t end, LocalT
 }
 
 }  // namespace
-
-LocalTime localTime() {
-    std::time_t const now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    return {static_cast<unsigned int>(local.tm_wday),
-            static_cast<std::uint32_t>((local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec)};
-}
 
 bool mayRun(Values const &filters, LocalTime now) {
     auto const &weekdays = valueOf<Numbers>(filters, filters_row, "weekday_filters");

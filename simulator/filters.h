@@ -2,24 +2,10 @@
 #ifndef KORVO_SIMULATOR_FILTERS_H
 #define KORVO_SIMULATOR_FILTERS_H
 
-#include <cstdint>
-
+#include "simulator/time/moment.h"
 #include "simulator/values.h"
 
 namespace simulator {
-
-/// A moment of the week as a clock on the wall shows it.
-struct LocalTime {
-    /// 0 is Sunday.
-    unsigned int weekday;
-    /// Seconds since midnight.
-    std::uint32_t seconds;
-};
-
-/// The time now in the time zone of the process.
-LocalTime localTime();
-
-inline constexpr std::uint32_t day_seconds = 24 * 60 * 60;
 
 /// Whether an action with these filters (the three lists of Get_action_filters, equally long) may run at this moment.
 ///

@@ -75,13 +75,16 @@ void serve(simulator::Options const &options) {
     simulator::Log const log([&logging](korvo_core_log_priority priority, std::string const &text) {
         (void)korvo_core_logging_log(logging.handle(), priority, "%s", text.c_str());
     });
+    simulator::Clock clock(options.clock);
     simulator::Store store(options.store);
     simulator::runners::Runner runner(
-        {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")}, log);
+        {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
+        [&clock] { return clock.wall(); }, log);
     auto const nonsense =
         options.lenient ? simulator::Catalogue::Nonsense::kept : simulator::Catalogue::Nonsense::refused;
     simulator::Service const service(io, logging.handle(), options.target,
-                                     simulator::Catalogue(store, nonsense), options.answers, runner, log);
+                                     simulator::Catalogue(store, nonsense), options.answers, clock, runner,
+                                     log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     io.run();
 }

@@ -136,6 +136,32 @@ void setLenient(Options &options, std::string const &) {
     options.lenient = true;
 }
 
+void setClock(Options &options, std::string const &value) {
+    constexpr std::string_view with_start = "virtual=";
+    options.clock.start.reset();
+    options.clock.is_virtual = value == "virtual" || value.rfind(with_start, 0) == 0;
+    if (!options.clock.is_virtual && value != "real") {
+        throw UsageError("--clock needs real, virtual or virtual=TIME; it was " + quoted(value) + ".");
+    }
+    if (options.clock.is_virtual && value != "virtual") {
+        std::string const moment = value.substr(with_start.size());
+        options.clock.start = readMoment(moment);
+        if (!options.clock.start) {
+            throw UsageError("--clock: " + quoted(moment) + " " + no_moment);
+        }
+    }
+}
+
+void setClockRate(Options &options, std::string const &value) {
+    auto const rate = wholeNumber(value);
+    if (!rate || *rate > Clock::fastest) {
+        throw UsageError("--clock-rate needs a whole number from 0 to " + std::to_string(Clock::fastest) +
+                         ", by which time goes faster, for example --clock-rate 60; it was " + quoted(value) +
+                         ".");
+    }
+    options.clock.rate = *rate;
+}
+
 void setHelp(Options &options, std::string const &) {
     options.mode = Options::Mode::help;
 }
@@ -171,6 +197,11 @@ constexpr Row general[] = {
      "Take filters, triggers and events that mean\nnothing, which are else refused. They never fire,\n"
      "and the log says why.",
      setLenient},
+    {"clock", "CLOCK",
+     "real, or virtual for a time that stands until it\nis moved, or runs at a rate; virtual=TIME begins\n"
+     "at a local time like 2026-11-23T07:59:00. Timers,\nwindows, weekdays and stability follow it.",
+     setClock},
+    {"clock-rate", "NUMBER", "Let a virtual clock run so many times as fast.", setClockRate},
     {"help", nullptr, "Print the options and exit.", setHelp},
     {"version", nullptr, "Print the program's version and exit.", setVersion},
 };
@@ -245,6 +276,9 @@ Options parseOptions(int argc, char *argv[]) {
         if (options.mode != Options::Mode::serve) {
             return options;
         }
+    }
+    if (options.clock.rate != 0 && !options.clock.is_virtual) {
+        throw UsageError("--clock-rate is for a virtual clock; give --clock virtual too.");
     }
     if (optind < argc) {
         throw UsageError("there is no argument " + quoted(argv[optind]) + "; everything is an option." +

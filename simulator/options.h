@@ -6,6 +6,7 @@
 #include <string>
 
 #include "simulator/dispatcher.h"
+#include "simulator/time/clock.h"
 
 namespace simulator {
 
@@ -25,6 +26,7 @@ struct Options {
     std::string log_level;
     /// Nonsense is kept and never fires, in place of being refused.
     bool lenient = false;
+    Clock::Settings clock;
     Dispatcher::Settings answers;
 };
 

@@ -21,8 +21,9 @@ constexpr unsigned int most_held_back = 4096;
 }  // namespace
 
 Service::Service(boost::asio::io_context &io, void *logging, std::string const &target, Catalogue catalogue,
-                 Dispatcher::Settings answers, runners::Runner &runner, Log const &log)
+                 Dispatcher::Settings answers, Clock &clock, runners::Runner &runner, Log const &log)
     : io_(io),
+      clock_(clock),
       log_(log),
       deadline_(io),
       engine_(std::move(catalogue), surroundings(runner), log),
@@ -50,7 +51,7 @@ Service::~Service() {
 }
 
 Engine::Surroundings Service::surroundings(runners::Runner &runner) {
-    return {[] { return Deadlines::Clock::now(); }, [] { return localTime(); },
+    return {[this] { return clock_.now(); }, [this] { return clock_.local(); },
             [&runner](Job const &job) { return runner.run(job); },
             [this](std::string const &event) {
                 korvo_core_status const status = korvo_core_ipc_target_event_send(messaging_, event.c_str());
@@ -142,11 +143,12 @@ void Service::workOn() {
 
 void Service::waitForDeadline() {
     auto const next = engine_.nextDeadline();
-    if (!next) {
+    auto const when = next ? clock_.realTimeOf(*next) : std::nullopt;
+    if (!when) {
         deadline_.cancel();
         return;
     }
-    deadline_.expires_at(*next);
+    deadline_.expires_at(*when);
     deadline_.async_wait([this](boost::system::error_code const &error) {
         if (!error) {
             work();

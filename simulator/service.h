@@ -12,6 +12,7 @@
 #include "simulator/engine.h"
 #include "simulator/log.h"
 #include "simulator/runners/runner.h"
+#include "simulator/time/clock.h"
 
 namespace simulator {
 
@@ -22,10 +23,10 @@ namespace simulator {
 /// the engine, which has a lock of its own, and the messaging handle, which the core lets any thread send on.
 class Service {
   public:
-    /// Listens for commands from now on. The io_context must outlive the service. Throws std::runtime_error when the
+    /// Listens for commands from now on. What it is given must outlive the service. Throws std::runtime_error when the
     /// core refuses.
     Service(boost::asio::io_context &io, void *logging, std::string const &target, Catalogue catalogue,
-            Dispatcher::Settings answers, runners::Runner &runner, Log const &log);
+            Dispatcher::Settings answers, Clock &clock, runners::Runner &runner, Log const &log);
     /// Takes no more commands and waits for the one that is being answered. The io_context must have stopped.
     ~Service();
 
@@ -50,6 +51,7 @@ class Service {
     void send(char const *source, char const *request_id, std::string const &response);
 
     boost::asio::io_context &io_;
+    Clock &clock_;
     Log const &log_;
     boost::asio::steady_timer deadline_;
     std::atomic<bool> woken_{false};

@@ -13,7 +13,8 @@
 
 namespace simulator::runners {
 
-Runner::Runner(Folders folders, Log const &log) : folders_(std::move(folders)), log_(log) {}
+Runner::Runner(Folders folders, std::function<Wall()> wall, Log const &log)
+    : folders_(std::move(folders)), wall_(std::move(wall)), log_(log) {}
 
 bool Runner::run(Job const &job) noexcept {
     try {
@@ -59,8 +60,8 @@ std::string Runner::perform(Job const &job) {
 }
 
 std::string Runner::sendEmail(Job const &job) {
-    std::string const picture = job.setting<bool>("attach_jpeg") ? takeSnapshot() : std::string();
-    std::string const mail = composeMail(job, picture, std::time(nullptr));
+    std::string const picture = job.setting<bool>("attach_jpeg") ? takeSnapshot(wall_()) : std::string();
+    std::string const mail = composeMail(job, picture, std::chrono::system_clock::to_time_t(wall_()));
     std::string const name = outboxName(job, "mail", ".eml");
     writeFile(folders_.outbox, name, mail);
     return "mail put into the outbox as " + quoted(name);
@@ -73,7 +74,7 @@ std::string Runner::upload(Job const &job) {
         throw std::runtime_error("it names no server or no file");
     }
     std::string const name = outboxName(job, "upload", ".jpg");
-    writeFile(folders_.outbox, name, takeSnapshot());
+    writeFile(folders_.outbox, name, takeSnapshot(wall_()));
     // The password is nobody's business, in a log least of all.
     return "picture for " + quoted(filename) + " in " + quoted(job.setting<std::string>("path")) + " on " +
            quoted(server) + " (as " + quoted(job.setting<std::string>("username")) +
@@ -82,7 +83,7 @@ std::string Runner::upload(Job const &job) {
 
 std::string Runner::saveSnapshot(Job const &job) {
     auto const &name = job.setting<std::string>("filename");
-    writeFile(folders_.snapshots, name, takeSnapshot());
+    writeFile(folders_.snapshots, name, takeSnapshot(wall_()));
     return "picture saved as " + quoted(name);
 }
 
@@ -105,7 +106,7 @@ std::string Runner::switchRelay(Job const &job) {
 }
 
 std::string Runner::outboxName(Job const &job, char const *what, char const *ending) {
-    auto const now = std::chrono::system_clock::now().time_since_epoch();
+    auto const now = wall_().time_since_epoch();
     std::time_t const seconds = std::chrono::duration_cast<std::chrono::seconds>(now).count();
     auto const milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count() % 1000;
     std::tm utc{};

@@ -2,6 +2,7 @@
 #ifndef KORVO_SIMULATOR_RUNNERS_RUNNER_H
 #define KORVO_SIMULATOR_RUNNERS_RUNNER_H
 
+#include <functional>
 #include <string>
 
 #include "simulator/engine.h"
@@ -21,7 +22,8 @@ class Runner {
         std::string outbox;
     };
 
-    Runner(Folders folders, Log const &log);
+    /// `wall` tells the time that mails, file names and pictures show.
+    Runner(Folders folders, std::function<Wall()> wall, Log const &log);
 
     /// Runs an action and logs what it did or why it failed. Throws nothing.
     bool run(Job const &job) noexcept;
@@ -41,6 +43,7 @@ class Runner {
     std::string outboxName(Job const &job, char const *what, char const *ending);
 
     Folders folders_;
+    std::function<Wall()> wall_;
     Log const &log_;
     PtzHead head_;
     unsigned int outbox_count_ = 0;

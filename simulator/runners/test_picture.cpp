@@ -108,9 +108,9 @@ std::string encodeJpeg(Picture const &picture) {
     return buffer;
 }
 
-std::string takeSnapshot() {
-    auto const now = std::chrono::system_clock::now().time_since_epoch();
-    return encodeJpeg(drawTestPicture(320, 240, std::chrono::duration_cast<std::chrono::milliseconds>(now)));
+std::string takeSnapshot(Wall moment) {
+    auto const time = std::chrono::duration_cast<std::chrono::milliseconds>(moment.time_since_epoch());
+    return encodeJpeg(drawTestPicture(320, 240, time));
 }
 
 }  // namespace simulator::runners

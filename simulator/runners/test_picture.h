@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "simulator/time/moment.h"
+
 namespace simulator::runners {
 
 struct Picture {
@@ -23,7 +25,7 @@ Picture drawTestPicture(unsigned int width, unsigned int height, std::chrono::mi
 std::string encodeJpeg(Picture const &picture);
 
 /// The test picture of this moment as a JPEG file, 320 by 240.
-std::string takeSnapshot();
+std::string takeSnapshot(Wall moment);
 
 }  // namespace simulator::runners
 

@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <ctime>
-
 namespace simulator::tests {
 
 namespace {
@@ -90,20 +87,6 @@ TEST(Filters, ASetWithoutWeekdaysFitsNone) {
         EXPECT_FALSE(allowed({0}, {0}, {0}, {today, hours(12)}));
         EXPECT_FALSE(allowed({0}, {hours(11)}, {hours(13)}, {today, hours(12)}));
     }
-}
-
-TEST(LocalTime, IsWhatAClockInTheTimeZoneShows) {
-    std::time_t const before = std::time(nullptr);
-    LocalTime const shown = localTime();
-    std::time_t const after = std::time(nullptr);
-    auto const seconds = [](std::time_t time) {
-        std::tm const local = *std::localtime(&time);
-        return static_cast<unsigned int>(local.tm_wday) * 86400U +
-               static_cast<unsigned int>(local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec);
-    };
-    unsigned int const week = 7 * 86400;
-    unsigned int const since = (shown.weekday * 86400 + shown.seconds + week - seconds(before)) % week;
-    EXPECT_LE(since, static_cast<unsigned int>(after - before));
 }
 
 }  // namespace simulator::tests

@@ -108,6 +108,19 @@ TEST(Options, OfFaultsMayBeRepeatedAndCombined) {
     EXPECT_FALSE(fault(options, "Get_triggers").status);
 }
 
+TEST(Options, SetTheClock) {
+    EXPECT_FALSE(parse({}).clock.is_virtual);
+    EXPECT_FALSE(parse({"--clock", "virtual", "--clock=real"}).clock.is_virtual);
+    Clock::Settings const standing = parse({"--clock", "virtual"}).clock;
+    EXPECT_TRUE(standing.is_virtual);
+    EXPECT_FALSE(standing.start);
+    EXPECT_EQ(standing.rate, 0U);
+    Clock::Settings const running = parse({"--clock-rate=60", "--clock=virtual=2026-11-23T06:59:00Z"}).clock;
+    ASSERT_TRUE(running.start);
+    EXPECT_EQ(std::chrono::system_clock::to_time_t(*running.start), 1795417140);
+    EXPECT_EQ(running.rate, 60U);
+}
+
 TEST(Options, ForHelpAndVersionEndTheReading) {
     EXPECT_EQ(parse({"--help"}).mode, Options::Mode::help);
     EXPECT_EQ(parse({"--version", "nonsense"}).mode, Options::Mode::version);
@@ -152,6 +165,14 @@ TEST(Options, ThatAreWrongAreExplained) {
          "--target-version needs MAJOR.MINOR, for example --target-version 1.20; it was \"1\"."},
         {{"--target-version", "1.x"}, "--target-version needs MAJOR.MINOR"},
         {{"--target-version", "1.2.3"}, "--target-version needs MAJOR.MINOR"},
+        {{"--clock", "fast"}, "--clock needs real, virtual or virtual=TIME; it was \"fast\"."},
+        {{"--clock", "virtual="}, "--clock: \"\" is no time that the clock shows, written like "},
+        {{"--clock", "virtual=2026-02-29T00:00:00"}, "--clock: \"2026-02-29T00:00:00\" is no time that"},
+        {{"--clock=virtual", "--clock-rate", "86401"},
+         "--clock-rate needs a whole number from 0 to 86400, by which time goes faster, for example "
+         "--clock-rate 60; it was \"86401\"."},
+        {{"--clock=virtual", "--clock-rate", "-1"}, "--clock-rate needs a whole number"},
+        {{"--clock-rate", "60"}, "--clock-rate is for a virtual clock; give --clock virtual too."},
         {{"--log-level", "loud"},
          "--log-level: there is no level \"loud\". Levels are emerg, alert, crit, err, warning, notice, "
          "info, debug."},
@@ -167,8 +188,8 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
     // Of both texts, what stands from the first option on: for each option its name, its value and its words.
     for (char const *const option :
          {"--target TEXT", "--store FILE", "--snapshots DIR", "--outbox DIR", "--log-level LEVEL",
-          "--lenient", "--help", "--version", "--fail METHOD=STATUS", "--delay METHOD=MS", "--drop METHOD",
-          "--target-version MAJOR.MINOR"}) {
+          "--lenient", "--clock CLOCK", "--clock-rate NUMBER", "--help", "--version", "--fail METHOD=STATUS",
+          "--delay METHOD=MS", "--drop METHOD", "--target-version MAJOR.MINOR"}) {
         std::string const words = sentencesAfter(help, std::string(" ") + option + " ");
         ASSERT_GT(words.size(), 10U) << option;
         EXPECT_THAT(manual, HasSubstr(std::string(" ") + option + " " + words));
@@ -187,7 +208,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 12U);
+    EXPECT_EQ(options, 14U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

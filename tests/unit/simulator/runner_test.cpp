@@ -31,7 +31,8 @@ class RunnerTest : public testing::Test {
     TemporaryFolder snapshots;
     TemporaryFolder outbox;
     RecordedLog log;
-    Runner runner{{snapshots.path(), outbox.path()}, log.log()};
+    Wall wall{std::chrono::seconds(1795417140)};
+    Runner runner{{snapshots.path(), outbox.path()}, [this] { return wall; }, log.log()};
 };
 
 }  // namespace

@@ -19,14 +19,19 @@ bool RecordedLog::holds(std::string const &part) const {
 Bench::Bench(std::string const &store_path, Dispatcher::Settings settings, Catalogue::Nonsense nonsense)
     : store(store_path),
       engine(Catalogue(store, nonsense),
-             {[this] { return now; }, [this] { return local_time; },
+             {[this] { return clock == nullptr ? now : clock->now(); },
+              [this] { return clock == nullptr ? local_time : clock->local(); },
               [this](Job const &job) {
                   jobs.push_back(job);
                   return actions_succeed;
               },
               [this](std::string const &event) { events.push_back(event); }, [this] { ++wakes; }},
              log.log()),
-      dispatcher(engine, settings, log.log()) {}
+      dispatcher(engine, settings, log.log(), [this] { return now; }) {}
+
+Bench::Bench(Clock const &the_clock) : Bench() {
+    clock = &the_clock;
+}
 
 std::string Bench::respond(std::string_view command) {
     return dispatcher.answer(command).text;

@@ -38,6 +38,8 @@ class Bench {
     /// An empty path keeps the store in memory.
     explicit Bench(std::string const &store_path = "", Dispatcher::Settings settings = {},
                    Catalogue::Nonsense nonsense = Catalogue::Nonsense::refused);
+    /// One that goes by this clock.
+    explicit Bench(Clock const &clock);
 
     /// The response to a command, as text and as an object.
     std::string respond(std::string_view command);
@@ -59,6 +61,8 @@ class Bench {
     std::vector<std::string> events;
     unsigned int wakes = 0;
 
+    /// NULL to go by the two above.
+    Clock const *clock = nullptr;
     RecordedLog log;
     Store store;
     Engine engine;
