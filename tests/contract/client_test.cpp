@@ -108,17 +108,17 @@ json::Object with(json::Object const &response, std::string const &name,
     return changed;
 }
 
-Client::Client(unsigned char subscribe_events) {
+/// The fake platform takes part from the first handle on.
+static char const *scripted() {
     fake_platform::script();
-    EXPECT_EQ(korvo_core_logging_init("contract tests", &logging_), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(korvo_api_action_engine_initiator_init(nullptr, logging_, &handle_, subscribe_events,
-                                                     "contract tests"),
-              KORVO_CORE_STATUS_NO_ERROR);
+    return "contract tests";
 }
 
+Client::Client(unsigned char subscribe_events) : client_(scripted(), subscribe_events != 0) {}
+
 Client::~Client() {
-    EXPECT_EQ(korvo_api_action_engine_initiator_deinit(handle_), KORVO_CORE_STATUS_NO_ERROR);
-    EXPECT_EQ(korvo_core_logging_deinit(logging_), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(client_.close(), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(client_.closeLogging(), KORVO_CORE_STATUS_NO_ERROR);
 }
 
 void Context::entered() {

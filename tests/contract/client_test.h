@@ -16,6 +16,7 @@
 #include <tuple>
 #include <vector>
 
+#include "client_handle.h"
 #include "expectations.h"
 #include "fake_platform/fake_platform.h"
 #include "json_printing.h"
@@ -72,17 +73,16 @@ class Client {
     Client(Client const &) = delete;
     Client &operator=(Client const &) = delete;
 
-    void *handle() const { return handle_; }
-    fake_platform::LogLine warning(std::string const &text) const { return {logging_, 4, text}; }
-    fake_platform::LogLine error(std::string const &text) const { return {logging_, 3, text}; }
+    void *handle() const { return client_.handle(); }
+    fake_platform::LogLine warning(std::string const &text) const { return {client_.logging(), 4, text}; }
+    fake_platform::LogLine error(std::string const &text) const { return {client_.logging(), 3, text}; }
 
     /// Lines expected alone.
     std::vector<fake_platform::LogLine> onlyWarning(std::string const &text) const { return {warning(text)}; }
     std::vector<fake_platform::LogLine> onlyError(std::string const &text) const { return {error(text)}; }
 
   private:
-    void *logging_ = nullptr;
-    void *handle_ = nullptr;
+    ClientHandle client_;
 };
 
 /// What a callback was told.

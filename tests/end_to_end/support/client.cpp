@@ -3,35 +3,21 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 #include "support/workspace.h"
 
 namespace end_to_end {
 
-Client::Client(Events events, void *shared_messaging) {
+/// The handle is made in this program's folder, where its service is.
+static char const *atHome() {
     Workspace::ofThisProgram();
-    if (korvo_core_logging_init("end_to_end", &logging_) != KORVO_CORE_STATUS_NO_ERROR) {
-        throw std::runtime_error("no logging");
-    }
-    korvo_core_status const status = korvo_api_action_engine_initiator_init(
-        shared_messaging, logging_, &handle_, events == Events::subscribed ? 1 : 0, "end_to_end");
-    if (status != KORVO_CORE_STATUS_NO_ERROR) {
-        (void)korvo_core_logging_deinit(logging_);
-        throw std::runtime_error("no client handle: " + std::string(korvo_core_status_to_string(status)));
-    }
+    return "end_to_end";
 }
 
-Client::~Client() {
-    if (handle_ != nullptr) {
-        (void)korvo_api_action_engine_initiator_deinit(handle_);
-    }
-    (void)korvo_core_logging_deinit(logging_);
-}
+Client::Client(Events events, void *shared_messaging)
+    : client_(atHome(), events == Events::subscribed, shared_messaging) {}
 
 void Client::close() {
-    milliseconds const taken = timeOf([&] { (void)korvo_api_action_engine_initiator_deinit(handle_); });
-    handle_ = nullptr;
+    milliseconds const taken = timeOf([&] { (void)client_.close(); });
     EXPECT_LT(taken.count(), closing.count()) << "milliseconds to close a client handle";
 }
 

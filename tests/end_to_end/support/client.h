@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "client_handle.h"
 #include "korvo_api_action_engine.h"
 #include "processes/limits.h"
 
@@ -22,19 +23,14 @@ class Client {
   public:
     /// With messaging of its own; or with a messaging handle to share, which is closed before the client goes.
     explicit Client(Events events = Events::ignored, void *shared_messaging = nullptr);
-    ~Client();
 
-    Client(Client const &) = delete;
-    Client &operator=(Client const &) = delete;
-
-    void *handle() const { return handle_; }
+    void *handle() const { return client_.handle(); }
 
     /// Closes the client handle now. Takes no longer than closing a handle may.
     void close();
 
   private:
-    void *logging_ = nullptr;
-    void *handle_ = nullptr;
+    ClientHandle client_;
 };
 
 /// What a handler of Action_completed was given.
