@@ -2,6 +2,7 @@
 // Every operation of the service, in every form, over the real messaging.
 #include <gtest/gtest.h>
 
+#include <deque>
 #include <set>
 #include <string>
 
@@ -139,10 +140,10 @@ TEST_P(EveryWay, PassesTheServicesRefusalOn) {
 
 TEST(EveryCancel, WithdrawsNoRegistrationThatStandsAlone) {
     Service const service;
-    static PendingAnswer contexts[54];
+    static std::deque<PendingAnswer> contexts(operations().size());
     static PendingAnswer stranger;
     Client client;
-    PendingAnswer *context = contexts;
+    auto context = contexts.begin();
     for (auto const &[name, called] : operations()) {
         Values const inputs = sampleOf(called->inputs(), Flavour::plain, 1);
         ASSERT_EQ(called->sendAsync(client.handle(), nullptr, inputs, *context), KORVO_CORE_STATUS_NO_ERROR)

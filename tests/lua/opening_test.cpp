@@ -54,11 +54,16 @@ TEST(Opening, AgainMakesAnotherWholeTable) {
     lua_pop(state, 1);
     EXPECT_EQ(luaopen_korvo_api_action_engine(state), 1);
     EXPECT_FALSE(lua_rawequal(state, 1, 2));
-    EXPECT_EQ(
-        state.run(
-            "local count = 0 for _ in next, korvo_api_action_engine do count = count + 1 end return count"),
-        "");
-    EXPECT_EQ(lua_tonumber(state, -1), 493 + 51);
+    EXPECT_EQ(state.run("local function names(module)\n"
+                        "  local found = {}\n"
+                        "  for name in next, module do found[#found + 1] = name end\n"
+                        "  table.sort(found)\n"
+                        "  return table.concat(found, ' ')\n"
+                        "end\n"
+                        "local first = names(package.loaded.korvo_api_action_engine)\n"
+                        "return #first > 0 and names(korvo_api_action_engine) == first"),
+              "");
+    EXPECT_TRUE(lua_toboolean(state, -1));
 }
 
 TEST(Opening, AgainKeepsTheTypesOfPointersThatAreThere) {
