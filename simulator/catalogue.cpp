@@ -5,6 +5,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 #include <string>
+#include <type_traits>
 
 #include "simulator/refused.h"
 #include "simulator/response.h"
@@ -14,6 +15,9 @@ namespace simulator {
 namespace {
 
 using Table = Catalogue::Table;
+
+static_assert(std::is_nothrow_move_assignable_v<Catalogue::Entry>,
+              "what the store has taken is taken over without fail");
 
 std::string text(operations::Member const *row, Values const &values) {
     std::string written;
@@ -144,16 +148,21 @@ std::uint32_t Catalogue::create(Table table, EntryKind const &kind, Values setti
     Entry entry{&kind, std::move(settings), table == Table::actions ? noFilters() : Values(), {}, ""};
     understand(table, entry);
     std::string const written = readableText(kind.get, settingsRow(kind), entry.settings);
-    std::uint32_t const id = table == Table::actions
-                                 ? store_.addAction(kind.type, written, text(filters_row, entry.filters))
-                                 : store_.addTrigger(kind.type, written);
-    insert(table, id, std::move(entry));
-    return id;
+    std::string const filters = table == Table::actions ? text(filters_row, entry.filters) : "";
+    Entries prepared;
+    prepared.emplace(0, std::move(entry));
+    auto node = prepared.extract(prepared.begin());
+    // From here on nothing takes memory: what is in the store is here too.
+    node.key() = table == Table::actions ? store_.addAction(kind.type, written, filters)
+                                         : store_.addTrigger(kind.type, written);
+    ++changeableCounts(table)[kind.type];
+    return changeable(table).insert(std::move(node)).position->first;
 }
 
 void Catalogue::insert(Table table, std::uint32_t id, Entry entry) {
-    ++changeableCounts(table)[entry.kind->type];
+    std::uint32_t const type = entry.kind->type;
     changeable(table).emplace(id, std::move(entry));
+    ++changeableCounts(table)[type];
 }
 
 Catalogue::Entry const &Catalogue::ofKind(Table table, EntryKind const &kind, std::uint32_t id) const {
@@ -179,18 +188,20 @@ void Catalogue::modify(Table table, EntryKind const &kind, std::uint32_t id, Val
     } else {
         understand(table, changed);
     }
+    Entry &place = changeable(table).at(id);
     store_.setSettings(table, id, readableText(kind.get, settingsRow(kind), changed.settings));
-    changeable(table).at(id) = std::move(changed);
+    place = std::move(changed);
 }
 
 void Catalogue::remove(Table table, std::uint32_t id) {
     std::uint32_t const type = at(table, id).kind->type;
+    Pairs &own = table == Table::actions ? by_action_ : by_trigger_;
+    Pairs &others = table == Table::actions ? by_trigger_ : by_action_;
+    std::vector<std::uint32_t> const bound = partners(own, id);
     store_.remove(table, id);
     changeable(table).erase(id);
     --changeableCounts(table)[type];
-    Pairs &own = table == Table::actions ? by_action_ : by_trigger_;
-    Pairs &others = table == Table::actions ? by_trigger_ : by_action_;
-    for (std::uint32_t const partner : partners(own, id)) {
+    for (std::uint32_t const partner : bound) {
         others.erase({partner, id});
         own.erase({id, partner});
     }
@@ -214,9 +225,11 @@ void Catalogue::associate(std::uint32_t trigger_id, std::uint32_t action_id) {
         throw impossible("there are " + std::to_string(most_associations) +
                          " associations already; delete some first");
     }
+    Pairs of_trigger{{trigger_id, action_id}};
+    Pairs of_action{{action_id, trigger_id}};
     store_.addAssociation(trigger_id, action_id);
-    by_trigger_.emplace(trigger_id, action_id);
-    by_action_.emplace(action_id, trigger_id);
+    by_trigger_.merge(of_trigger);
+    by_action_.merge(of_action);
 }
 
 void Catalogue::dissociate(std::uint32_t trigger_id, std::uint32_t action_id) {

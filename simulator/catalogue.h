@@ -22,8 +22,8 @@ namespace simulator {
 /// memory, and reads are answered from there; a change is in the store before it is in memory, so that what a
 /// client was told is there after a restart.
 ///
-/// Changes throw StoreError when the store does not take them, and Refused (status 9) when what they make could not be
-/// read back; then nothing has changed. Functions that are given an identifier throw Refused (status 9) when there is no
+/// Changes throw StoreError when the store does not take them, Refused (status 9) when what they make could not be read
+/// back, and std::bad_alloc; then nothing has changed, neither here nor in the store. Functions that are given an identifier throw Refused (status 9) when there is no
 /// such entry. Not safe to share between threads without a lock.
 class Catalogue {
   public:

@@ -37,21 +37,26 @@ class Deadlines {
         }
     };
 
+    // repeat() and once() throw std::bad_alloc, and then nothing has changed. Nothing else takes memory.
+
     /// Makes the ticket due each `period` after `now`, in place of what it had before. A period of 0 is never due.
     void repeat(Ticket ticket, Time now, std::chrono::seconds period);
 
     /// Makes the ticket due once.
     void once(Ticket ticket, Time when);
 
-    void remove(Ticket ticket);
+    void remove(Ticket ticket) noexcept;
     bool contains(Ticket ticket) const { return entries_.count(ticket) != 0; }
 
     /// When the first ticket is due; nothing when none is.
     std::optional<Time> next() const;
 
-    /// The tickets that are due at `now`, the longest due first. A repeating one that was due several times in the
-    /// meantime is there once: periods that passed while nobody looked are not made up for, and the rhythm stays.
-    std::vector<Ticket> takeDue(Time now);
+    /// The ticket that is longest due at `now`; nothing when none is. A repeating one that was due several times in the
+    /// meantime is given once: periods that passed while nobody looked are not made up for, and the rhythm stays.
+    std::optional<Ticket> takeDue(Time now) noexcept;
+
+    /// Takes what the other one has, of tickets that this one has not.
+    void add(Deadlines &&others) noexcept;
 
   private:
     struct Entry {

@@ -10,9 +10,19 @@
 
 namespace simulator {
 
+namespace {
+
+/// No answer to a command that changes something is longer: it is written when the change is made, and then nothing may
+/// fail any more.
+constexpr std::size_t longest_confirmation = 512;
+
+}  // namespace
+
 Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log,
                        std::function<Engine::Time()> real_time)
-    : engine_(engine), settings_(settings), log_(log), real_time_(std::move(real_time)) {}
+    : engine_(engine), settings_(settings), log_(log), real_time_(std::move(real_time)) {
+    response_.reserve(longest_confirmation);
+}
 
 Dispatcher::Answer Dispatcher::answer(std::string_view command) {
     response_.clear();
@@ -30,11 +40,11 @@ Dispatcher::Answer Dispatcher::answer(std::string_view command) {
             respond();
         }
     } catch (Refused const &refused) {
-        logRefusal(commandName() + " refused: " + refused.what());
         writeStatus(refused.status());
+        logRefusal(refused.what());
     } catch (std::exception const &error) {
-        log_.error(commandName() + " failed: " + error.what());
         writeStatus(KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE);
+        logFailure(error.what());
     }
     return {response_, delay};
 }
@@ -72,19 +82,31 @@ void Dispatcher::writeStatus(std::uint32_t status) {
     response.close();
 }
 
-void Dispatcher::logRefusal(std::string const &why) {
+void Dispatcher::logFailure(char const *why) noexcept {
+    try {
+        log_.error(commandName() + " failed: " + why);
+    } catch (std::exception const &) {
+        // The command is answered; that nobody is told why is no reason to take the answer back.
+    }
+}
+
+void Dispatcher::logRefusal(char const *why) noexcept {
     // A client that sends nothing but nonsense must not fill the log.
     constexpr unsigned int most_a_second = 20;
-    Engine::Time const now = real_time_();
-    if (now - refusals_since_ >= std::chrono::seconds(1)) {
-        if (refusals_ > most_a_second) {
-            log_.warning(std::to_string(refusals_ - most_a_second) + " more commands were refused");
+    try {
+        Engine::Time const now = real_time_();
+        if (now - refusals_since_ >= std::chrono::seconds(1)) {
+            if (refusals_ > most_a_second) {
+                log_.warning(std::to_string(refusals_ - most_a_second) + " more commands were refused");
+            }
+            refusals_since_ = now;
+            refusals_ = 0;
         }
-        refusals_since_ = now;
-        refusals_ = 0;
-    }
-    if (++refusals_ <= most_a_second) {
-        log_.warning(why);
+        if (++refusals_ <= most_a_second) {
+            log_.warning(commandName() + " refused: " + why);
+        }
+    } catch (std::exception const &) {
+        // As above.
     }
 }
 

@@ -44,7 +44,8 @@ class Dispatcher {
     void writeStatus(std::uint32_t status);
     /// For log lines.
     std::string commandName() const;
-    void logRefusal(std::string const &why);
+    void logFailure(char const *why) noexcept;
+    void logRefusal(char const *why) noexcept;
 
     Engine &engine_;
     Settings settings_;

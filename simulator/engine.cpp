@@ -2,6 +2,7 @@
 #include "simulator/engine.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 #include "simulator/json_writer.h"
@@ -58,6 +59,18 @@ std::string describe(std::uint32_t trigger_id, Catalogue::Entry const *trigger,
     return cause == nullptr ? text : text + *cause;
 }
 
+/// The event that tells of a run (JSON).
+std::string completion(Job const &job, bool success) {
+    std::string event;
+    JsonWriter writer(event);
+    writer.text("event", protocol::action_completed::event);
+    writer.number(protocol::action_completed::action_id, job.action_id);
+    writer.text(protocol::action_completed::action_name, job.name());
+    writer.flag(protocol::action_completed::success, success);
+    writer.close();
+    return event;
+}
+
 /// One line for each entry that a person would wait for in vain.
 void warnOfFaults(Catalogue const &catalogue, Log const &log) {
     for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
@@ -77,12 +90,22 @@ void warnOfFaults(Catalogue const &catalogue, Log const &log) {
 
 EngineState::EngineState(Catalogue kept, Time now) : catalogue(std::move(kept)) {
     for (auto const &trigger : catalogue.entries(Table::triggers)) {
-        restartTrigger(trigger.first, now);
+        startTimer(trigger.first, now);
+    }
+    changed_ = true;
+}
+
+void EngineState::restartTrigger(std::uint32_t trigger_id, Time now) noexcept {
+    forgetTrigger(trigger_id);
+    try {
+        startTimer(trigger_id, now);
+    } catch (std::exception const &) {
+        // The trigger itself is stored and answered for.
+        timers_are_missing_ = true;
     }
 }
 
-void EngineState::restartTrigger(std::uint32_t trigger_id, Time now) {
-    forgetTrigger(trigger_id);
+void EngineState::startTimer(std::uint32_t trigger_id, Time now) {
     Catalogue::Entry const &trigger = catalogue.at(Table::triggers, trigger_id);
     if (trigger.kind->type == protocol::reoccurring_timer) {
         deadlines_.repeat(trigger_id, now,
@@ -90,7 +113,16 @@ void EngineState::restartTrigger(std::uint32_t trigger_id, Time now) {
     }
 }
 
-void EngineState::forgetTrigger(std::uint32_t trigger_id) {
+void EngineState::startMissingTimers(Time now) {
+    for (auto const &trigger : catalogue.entries(Table::triggers)) {
+        if (!deadlines_.contains(trigger.first)) {
+            startTimer(trigger.first, now);
+        }
+    }
+    timers_are_missing_ = false;
+}
+
+void EngineState::forgetTrigger(std::uint32_t trigger_id) noexcept {
     deadlines_.remove(trigger_id);
     for (auto followed = followed_.lower_bound({trigger_id, ""});
          followed != followed_.end() && followed->first.first == trigger_id;) {
@@ -144,33 +176,46 @@ EngineState::Injection EngineState::inject(onvif::Event const &event, Time now) 
                          " properties already; the event is left out");
     }
 
+    // All that takes memory is made first, so that an event is taken as a whole or not at all.
     Cause const cause = causeOf(event);
+    std::list<Firing> more_fired;
     for (std::uint32_t const trigger_id : fires) {
-        fired_.push_back({trigger_id, cause});
+        more_fired.push_back({trigger_id, cause});
     }
+    std::uint64_t last_wait = last_wait_;
+    Deadlines more_deadlines;
+    decltype(followed_) more_followed;
+    decltype(waiting_) more_waiting;
     for (std::uint32_t const trigger_id : waits) {
-        auto const seconds =
-            setting<std::uint32_t>(catalogue.at(Table::triggers, trigger_id), "stability_seconds");
-        beginWait({trigger_id, property}, now + std::chrono::seconds(seconds), cause);
+        if (followed_.count({trigger_id, property}) == 0) {
+            auto const seconds =
+                setting<std::uint32_t>(catalogue.at(Table::triggers, trigger_id), "stability_seconds");
+            Deadlines::Ticket const ticket(trigger_id, ++last_wait);
+            more_deadlines.once(ticket, now + std::chrono::seconds(seconds));
+            more_followed.emplace(Followed(trigger_id, property), ticket.wait);
+            more_waiting.emplace(ticket, cause);
+        }
     }
+    std::vector<Followed> ended;
+    ended.reserve(ends.size());
     for (std::uint32_t const trigger_id : ends) {
-        endWait({trigger_id, property});
+        ended.emplace_back(trigger_id, property);
+    }
+
+    fired_.splice(fired_.end(), more_fired);
+    last_wait_ = last_wait;
+    deadlines_.add(std::move(more_deadlines));
+    followed_.merge(more_followed);
+    waiting_.merge(more_waiting);
+    for (Followed const &followed : ended) {
+        endWait(followed);
     }
     changed_ = true;
     injection.fired = static_cast<unsigned int>(fires.size());
     return injection;
 }
 
-void EngineState::beginWait(Followed const &followed, Time when, Cause const &cause) {
-    auto const [place, is_new] = followed_.emplace(followed, last_wait_ + 1);
-    if (is_new) {
-        Deadlines::Ticket const ticket(followed.first, ++last_wait_);
-        deadlines_.once(ticket, when);
-        waiting_[ticket] = cause;
-    }
-}
-
-void EngineState::endWait(Followed const &followed) {
+void EngineState::endWait(Followed const &followed) noexcept {
     auto const found = followed_.find(followed);
     if (found != followed_.end()) {
         Deadlines::Ticket const ticket(followed.first, found->second);
@@ -180,25 +225,28 @@ void EngineState::endWait(Followed const &followed) {
     }
 }
 
-std::optional<EngineState::Firing> EngineState::takeFiring(Time now) {
+EngineState::Firing const *EngineState::nextFiring(Time now) {
+    if (timers_are_missing_) {
+        startMissingTimers(now);
+    }
     // Timers join only when all that has fired is done, so that slow actions let no heap of firings grow.
     if (fired_.empty()) {
-        for (Deadlines::Ticket const &ticket : deadlines_.takeDue(now)) {
-            auto const waiting = waiting_.find(ticket);
-            if (waiting == waiting_.end()) {
-                fired_.push_back({ticket.trigger_id, nullptr});
-            } else {
-                fired_.push_back({ticket.trigger_id, std::move(waiting->second)});
+        for (;;) {
+            std::list<Firing> firing(1);
+            std::optional<Deadlines::Ticket> const ticket = deadlines_.takeDue(now);
+            if (!ticket) {
+                break;
+            }
+            firing.front().trigger_id = ticket->trigger_id;
+            auto const waiting = waiting_.find(*ticket);
+            if (waiting != waiting_.end()) {
+                firing.front().cause = std::move(waiting->second);
                 waiting_.erase(waiting);
             }
+            fired_.splice(fired_.end(), firing);
         }
     }
-    if (fired_.empty()) {
-        return std::nullopt;
-    }
-    Firing firing = std::move(fired_.front());
-    fired_.pop_front();
-    return firing;
+    return fired_.empty() ? nullptr : &fired_.front();
 }
 
 bool EngineState::takeChanged() {
@@ -214,10 +262,15 @@ bool Engine::step() {
     if (runs_.empty()) {
         return takeRuns();
     }
-    Run const run = std::move(runs_.front());
-    runs_.pop_front();
-    if (std::optional<Job> const job = prepare(run)) {
-        publish(*job, surroundings_.run(*job));
+    std::optional<Job> const job = prepare(runs_.front());
+    if (job) {
+        // Both, before the action runs: afterwards nothing may fail that would let it run again.
+        std::string const succeeded = completion(*job, /*success*/ true);
+        std::string const failed = completion(*job, /*success*/ false);
+        runs_.pop_front();
+        surroundings_.publish(surroundings_.run(*job) ? succeeded : failed);
+    } else {
+        runs_.pop_front();
     }
     return true;
 }
@@ -228,16 +281,19 @@ std::optional<Engine::Time> Engine::nextDeadline() {
 
 bool Engine::takeRuns() {
     return state_.with([this](EngineState &state) {
-        std::optional<EngineState::Firing> const firing = state.takeFiring(surroundings_.now());
-        if (!firing) {
+        EngineState::Firing const *const firing = state.nextFiring(surroundings_.now());
+        if (firing == nullptr) {
             return false;
         }
+        std::deque<Run> runs;
         // The trigger may have been deleted since it fired.
         if (state.catalogue.find(Table::triggers, firing->trigger_id) != nullptr) {
             for (std::uint32_t const action_id : state.catalogue.actionsOf(firing->trigger_id)) {
-                runs_.push_back({action_id, firing->trigger_id, firing->cause});
+                runs.push_back({action_id, firing->trigger_id, firing->cause});
             }
         }
+        runs_.swap(runs);
+        state.dropFiring();
         return true;
     });
 }
@@ -266,17 +322,6 @@ std::optional<Job> Engine::prepare(Run const &run) {
         log_.info(held_back);
     }
     return job;
-}
-
-void Engine::publish(Job const &job, bool success) {
-    std::string event;
-    JsonWriter writer(event);
-    writer.text("event", protocol::action_completed::event);
-    writer.number(protocol::action_completed::action_id, job.action_id);
-    writer.text(protocol::action_completed::action_name, job.name());
-    writer.flag(protocol::action_completed::success, success);
-    writer.close();
-    surroundings_.publish(event);
 }
 
 }  // namespace simulator

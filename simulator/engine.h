@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,7 +47,7 @@ class EngineState {
     using Cause = std::shared_ptr<std::string const>;
 
     struct Firing {
-        std::uint32_t trigger_id;
+        std::uint32_t trigger_id = 0;
         Cause cause;
     };
 
@@ -62,10 +63,11 @@ class EngineState {
 
     Catalogue catalogue;
 
-    /// After a trigger was created or modified: its timer starts, or starts anew; what it waited for is forgotten.
-    void restartTrigger(std::uint32_t trigger_id, Time now);
+    /// After a trigger was created or modified: its timer starts, or starts anew; what it waited for is forgotten. Where
+    /// memory is too short for that, the timer starts with the next call of nextFiring().
+    void restartTrigger(std::uint32_t trigger_id, Time now) noexcept;
     /// After a trigger was deleted.
-    void forgetTrigger(std::uint32_t trigger_id);
+    void forgetTrigger(std::uint32_t trigger_id) noexcept;
 
     /// What became of an event.
     struct Injection {
@@ -81,11 +83,13 @@ class EngineState {
     /// filter does not take, or that tells that the property is no more, ends the wait. It fires once, and begins anew only
     /// after such a message. Further messages that fit change nothing.
     ///
-    /// Throws Refused (status 9), and then nothing has changed, while too much waits or is followed.
+    /// Throws Refused (status 9) while too much waits or is followed, and std::bad_alloc; then nothing has changed.
     Injection inject(onvif::Event const &event, Time now);
 
-    /// The trigger that fires next, due timers included; nothing when none does.
-    std::optional<Firing> takeFiring(Time now);
+    /// The trigger that fires next, due timers included, until dropFiring(); NULL when none does. Throws std::bad_alloc,
+    /// and then nothing is lost.
+    Firing const *nextFiring(Time now);
+    void dropFiring() noexcept { fired_.pop_front(); }
     std::optional<Time> nextDeadline() const { return deadlines_.next(); }
 
     /// Whether there is something new to do since the last call.
@@ -95,9 +99,10 @@ class EngineState {
     /// A stable trigger, and a property that it follows.
     using Followed = std::pair<std::uint32_t, std::string>;
 
-    /// After a message that fits, and after one that does not.
-    void beginWait(Followed const &followed, Time when, Cause const &cause);
-    void endWait(Followed const &followed);
+    /// After a message that does not fit.
+    void endWait(Followed const &followed) noexcept;
+    void startTimer(std::uint32_t trigger_id, Time now);
+    void startMissingTimers(Time now);
 
     Deadlines deadlines_;
     /// The properties whose last message fits, and the waits that they began.
@@ -105,7 +110,9 @@ class EngineState {
     /// What began the waits that are not over.
     std::map<Deadlines::Ticket, Cause> waiting_;
     std::uint64_t last_wait_ = 0;
-    std::deque<Firing> fired_;
+    std::list<Firing> fired_;
+    /// Memory was too short to start a timer.
+    bool timers_are_missing_ = false;
     bool changed_ = false;
 };
 
@@ -123,7 +130,7 @@ class Engine {
         /// Publishes an event (JSON), without the engine's lock.
         std::function<void(std::string const &)> publish;
         /// Asks for step() and nextDeadline() on their thread, since there is something new to do. Called on any
-        /// thread, without the engine's lock.
+        /// thread, without the engine's lock. It does not throw.
         std::function<void()> wake;
     };
 
@@ -144,7 +151,7 @@ class Engine {
     }
 
     /// Runs one action that is due, if any, and publishes its completion; false when there is nothing to do until
-    /// nextDeadline() or the next wake(). One thread at a time.
+    /// nextDeadline() or the next wake(). One thread at a time. Throws std::bad_alloc; what was due is still due then.
     bool step();
     std::optional<Time> nextDeadline();
 
@@ -157,7 +164,6 @@ class Engine {
 
     bool takeRuns();
     std::optional<Job> prepare(Run const &run);
-    void publish(Job const &job, bool success);
 
     Surroundings surroundings_;
     Log const &log_;

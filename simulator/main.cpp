@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/signal_set.hpp>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
@@ -11,6 +9,7 @@
 #include "simulator/catalogue.h"
 #include "simulator/folders.h"
 #include "simulator/log.h"
+#include "simulator/loop.h"
 #include "simulator/options.h"
 #include "simulator/runners/runner.h"
 #include "simulator/service.h"
@@ -65,10 +64,8 @@ void serve(simulator::Options const &options) {
     }
     // A reader of our output that is gone is an error of writing, not the end.
     std::signal(SIGPIPE, SIG_IGN);
-    boost::asio::io_context io;
     // Before anything else, so that a signal always ends the program in good order.
-    boost::asio::signal_set signals(io, SIGINT, SIGTERM);
-    signals.async_wait([&io](boost::system::error_code const &, int) { io.stop(); });
+    simulator::Loop loop;
 
     Core const core;
     CoreLogging const logging;
@@ -82,11 +79,10 @@ void serve(simulator::Options const &options) {
         [&clock] { return clock.wall(); }, log);
     auto const nonsense =
         options.lenient ? simulator::Catalogue::Nonsense::kept : simulator::Catalogue::Nonsense::refused;
-    simulator::Service const service(io, logging.handle(), options.target,
-                                     simulator::Catalogue(store, nonsense), options.answers, clock, runner,
-                                     log);
+    simulator::Service service(loop, logging.handle(), options.target, simulator::Catalogue(store, nonsense),
+                               options.answers, clock, runner, log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
-    io.run();
+    service.run();
 }
 
 }  // namespace

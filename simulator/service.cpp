@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/service.h"
 
-#include <boost/asio/post.hpp>
-#include <memory>
+#include <algorithm>
+#include <exception>
 #include <stdexcept>
 #include <utility>
 
@@ -16,16 +16,18 @@ namespace {
 constexpr char const *process_name = "korvo-action-engine-simulator";
 
 /// So many answers are held back at a time; further ones are left out, so that a flood stays bounded.
-constexpr unsigned int most_held_back = 4096;
+constexpr std::size_t most_held_back = 4096;
+
+/// How soon what failed is tried again. Memory that is short is short for a while.
+constexpr std::chrono::milliseconds pause_after_failure{100};
 
 }  // namespace
 
-Service::Service(boost::asio::io_context &io, void *logging, std::string const &target, Catalogue catalogue,
+Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
                  Dispatcher::Settings answers, Clock &clock, runners::Runner &runner, Log const &log)
-    : io_(io),
+    : loop_(loop),
       clock_(clock),
       log_(log),
-      deadline_(io),
       engine_(std::move(catalogue), surroundings(runner), log),
       dispatcher_(engine_, answers, log) {
     char const *const target_text = target.empty() ? nullptr : target.c_str();
@@ -42,8 +44,6 @@ Service::Service(boost::asio::io_context &io, void *logging, std::string const &
                                  target + "\": " + korvo_core_status_to_string(status) +
                                  ". The log says more; is there another one with this target already?");
     }
-    // The store's timers run from now on.
-    wake();
 }
 
 Service::~Service() {
@@ -60,7 +60,7 @@ Engine::Surroundings Service::surroundings(runners::Runner &runner) {
                                  korvo_core_status_to_string(status));
                 }
             },
-            [this] { wake(); }};
+            [this] { loop_.wake(); }};
 }
 
 void Service::onCommand(char **source, char **request_id, char **command, void *context) {
@@ -69,7 +69,7 @@ void Service::onCommand(char **source, char **request_id, char **command, void *
         service.takeCommand(*source, *request_id, *command);
     } catch (std::exception const &error) {
         // No exception may enter the core. Out of memory is all that can bring us here.
-        service.log_.error(std::string("a command was not answered: ") + error.what());
+        service.tell("a command was not answered", error);
     }
 }
 
@@ -87,23 +87,34 @@ void Service::takeCommand(char const *source, char const *request_id, char const
 
 void Service::sendLater(std::string source, std::string request_id, std::string response,
                         std::chrono::milliseconds delay) {
-    if (held_back_ >= most_held_back) {
-        log_.warning("an answer is left out: " + std::to_string(most_held_back) + " are held back already");
-        return;
-    }
-    ++held_back_;
-    auto const when = boost::asio::steady_timer::clock_type::now() + delay;
-    boost::asio::post(io_, [this, when, source = std::move(source), request_id = std::move(request_id),
-                            response = std::move(response)]() mutable {
-        auto const timer = std::make_shared<boost::asio::steady_timer>(io_, when);
-        timer->async_wait([this, timer, source = std::move(source), request_id = std::move(request_id),
-                           response = std::move(response)](boost::system::error_code const &error) {
-            --held_back_;
-            if (!error) {
-                send(source.c_str(), request_id.c_str(), response);
-            }
-        });
+    auto const when = Loop::Clock::now() + delay;
+    bool const kept = held_back_.with([&](HeldAnswers &answers) {
+        if (answers.size() >= most_held_back) {
+            return false;
+        }
+        answers.emplace(when, Held{std::move(source), std::move(request_id), std::move(response)});
+        return true;
     });
+    if (kept) {
+        loop_.wake();
+    } else {
+        log_.warning("an answer is left out: " + std::to_string(most_held_back) + " are held back already");
+    }
+}
+
+void Service::sendDue() {
+    for (;;) {
+        HeldAnswers::node_type const due = held_back_.with([](HeldAnswers &answers) {
+            return !answers.empty() && answers.begin()->first <= Loop::Clock::now()
+                       ? answers.extract(answers.begin())
+                       : HeldAnswers::node_type();
+        });
+        if (due.empty()) {
+            return;
+        }
+        Held const &answer = due.mapped();
+        send(answer.source.c_str(), answer.request_id.c_str(), answer.response);
+    }
 }
 
 void Service::send(char const *source, char const *request_id, std::string const &response) {
@@ -114,46 +125,39 @@ void Service::send(char const *source, char const *request_id, std::string const
     }
 }
 
-void Service::wake() {
-    // One message is enough however much there is to do.
-    if (!woken_.exchange(true)) {
-        boost::asio::post(io_, [this] {
-            woken_ = false;
-            work();
-        });
+void Service::tell(char const *what, std::exception const &error) const noexcept {
+    try {
+        log_.error(std::string(what) + ": " + error.what());
+    } catch (std::exception const &) {
+        // Nobody can be told of it either.
     }
 }
 
-void Service::work() {
-    if (!working_) {
-        working_ = true;
-        workOn();
-    }
-}
-
-void Service::workOn() {
-    // One action at a time, so that signals and held back answers get their turn in between.
-    if (engine_.step()) {
-        boost::asio::post(io_, [this] { workOn(); });
-    } else {
-        working_ = false;
-        waitForDeadline();
-    }
-}
-
-void Service::waitForDeadline() {
+std::optional<Loop::Clock::time_point> Service::nextMoment() {
     auto const next = engine_.nextDeadline();
-    auto const when = next ? clock_.realTimeOf(*next) : std::nullopt;
-    if (!when) {
-        deadline_.cancel();
-        return;
-    }
-    deadline_.expires_at(*when);
-    deadline_.async_wait([this](boost::system::error_code const &error) {
-        if (!error) {
-            work();
+    std::optional<Loop::Clock::time_point> const deadline = next ? clock_.realTimeOf(*next) : std::nullopt;
+    return held_back_.with([&deadline](HeldAnswers const &answers) {
+        if (answers.empty()) {
+            return deadline;
         }
+        auto const first = answers.begin()->first;
+        return std::optional<Loop::Clock::time_point>(deadline ? std::min(*deadline, first) : first);
     });
+}
+
+void Service::run() noexcept {
+    // At once: the store's timers run from now on.
+    std::optional<Loop::Clock::time_point> until = Loop::Clock::now();
+    while (loop_.wait(until)) {
+        try {
+            sendDue();
+            // One action at a time, so that signals and held back answers get their turn in between.
+            until = engine_.step() ? Loop::Clock::now() : nextMoment();
+        } catch (std::exception const &error) {
+            tell("what is due was put off", error);
+            until = Loop::Clock::now() + pause_after_failure;
+        }
+    }
 }
 
 }  // namespace simulator

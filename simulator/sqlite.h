@@ -32,6 +32,8 @@ class Database {
 
     void execute(char const *statements);
     int readNumber(char const *query);
+    /// How many rows the last statement has changed.
+    int changes() const { return sqlite3_changes(handle_.get()); }
     std::int64_t lastInsertId() const { return sqlite3_last_insert_rowid(handle_.get()); }
 
     sqlite3 *handle() const { return handle_.get(); }

@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <limits>
-
 #include "simulator/schema.h"
 
 namespace simulator {
@@ -92,8 +90,12 @@ struct Store::Statements {
         : read_actions(database, "SELECT id, type, settings, filters FROM actions ORDER BY id"),
           read_triggers(database, "SELECT id, type, settings, '' FROM triggers ORDER BY id"),
           read_associations(database, "SELECT trigger_id, action_id FROM associations"),
-          add_action(database, "INSERT INTO actions (type, settings, filters) VALUES (?, ?, ?)"),
-          add_trigger(database, "INSERT INTO triggers (type, settings) VALUES (?, ?)"),
+          add_action(database,
+                     "INSERT INTO actions (type, settings, filters) SELECT ?, ?, ? WHERE 4294967295 > "
+                     "coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'actions'), 0)"),
+          add_trigger(database,
+                      "INSERT INTO triggers (type, settings) SELECT ?, ? WHERE 4294967295 > "
+                      "coalesce((SELECT seq FROM sqlite_sequence WHERE name = 'triggers'), 0)"),
           set_action(database, "UPDATE actions SET settings = ? WHERE id = ?"),
           set_trigger(database, "UPDATE triggers SET settings = ? WHERE id = ?"),
           set_filters(database, "UPDATE actions SET filters = ? WHERE id = ?"),
@@ -168,24 +170,15 @@ void Store::readAssociations(Association const &association) {
     }
 }
 
+// Each change is one statement, and by that a transaction that SQLite itself begins and ends: one that is begun by hand
+// stays open when ending it fails, and all that follows is lost with it.
 std::uint32_t Store::add(sqlite::Statement &statement) {
-    database_.execute("BEGIN");
-    try {
-        statement.run();
-        std::int64_t const id = database_.lastInsertId();
-        if (id > std::numeric_limits<std::uint32_t>::max()) {
-            throw StoreError("the store " + name_ +
-                             " has given out every identifier there is. Start with a new file.");
-        }
-        database_.execute("COMMIT");
-        return static_cast<std::uint32_t>(id);
-    } catch (...) {
-        // Some failures have ended the transaction already.
-        if (sqlite3_get_autocommit(database_.handle()) == 0) {
-            database_.execute("ROLLBACK");
-        }
-        throw;
+    statement.run();
+    if (database_.changes() == 0) {
+        throw StoreError("the store " + name_ +
+                         " has given out every identifier there is. Start with a new file.");
     }
+    return static_cast<std::uint32_t>(database_.lastInsertId());
 }
 
 std::uint32_t Store::addAction(std::uint32_t type, std::string const &settings, std::string const &filters) {

@@ -21,7 +21,23 @@ using Texts = std::vector<std::string>;
 using Numbers = std::vector<std::uint32_t>;
 
 /// The alternatives stand in the order of operations::Kind: number, flag, text, texts, numbers.
-using Value = std::variant<std::uint32_t, bool, std::string, Texts, Numbers>;
+class Value : public std::variant<std::uint32_t, bool, std::string, Texts, Numbers> {
+  public:
+    using variant::variant;
+
+    // The variant's own copy destroys what was never made when the copy of an alternative throws: the library takes one of
+    // texts and vectors for never without a value, which during such a copy it is.
+    Value(Value const &other)
+        : variant(std::visit([](auto const &held) { return variant(held); },
+                             static_cast<variant const &>(other))) {}
+    Value &operator=(Value const &other) {
+        *this = Value(other);
+        return *this;
+    }
+    Value(Value &&) noexcept = default;
+    Value &operator=(Value &&) noexcept = default;
+    ~Value() = default;
+};
 using Values = std::vector<Value>;
 
 /// Reads each member of `row` from the object into `values`, which is emptied first. Other members are passed over.

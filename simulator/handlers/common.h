@@ -4,6 +4,8 @@
 
 // What handlers of actions and of triggers do alike.
 
+#include <exception>
+
 #include "simulator/handlers/call.h"
 
 namespace simulator::handlers {
@@ -39,13 +41,18 @@ inline void writePartners(JsonWriter &response, Catalogue::Entries const &entrie
     response.list(type_name, ids, [&](std::uint32_t id) { return entries.at(id).kind->type; });
 }
 
-/// Says in the log that what a command has made can never fire or run, where that is not refused.
-inline void warnOfFault(Call &call, Catalogue::Table table, std::uint32_t id) {
-    std::string const &fault = call.state.catalogue.at(table, id).fault;
-    if (!fault.empty()) {
-        call.remarks.warnings.push_back(
-            (table == Catalogue::Table::actions ? "action " : "trigger ") + std::to_string(id) +
-            (table == Catalogue::Table::actions ? " never runs: " : " never fires: ") + fault);
+/// Says in the log that what a command has made can never fire or run, where that is not refused. The command is carried
+/// out, so a remark that memory is too short for is left out.
+inline void warnOfFault(Call &call, Catalogue::Table table, std::uint32_t id) noexcept {
+    try {
+        std::string const &fault = call.state.catalogue.at(table, id).fault;
+        if (!fault.empty()) {
+            call.remarks.warnings.push_back(
+                (table == Catalogue::Table::actions ? "action " : "trigger ") + std::to_string(id) +
+                (table == Catalogue::Table::actions ? " never runs: " : " never fires: ") + fault);
+        }
+    } catch (std::exception const &) {
+        call.remarks.warnings.clear();
     }
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,8 +12,23 @@
 namespace simulator::handlers {
 
 namespace {
+
 constexpr Catalogue::Table triggers = Catalogue::Table::triggers;
+
+/// The event is taken, so notes that memory is too short for are left out.
+void noteInjection(Call &call, std::string const &topic, EngineState::Injection injection) noexcept {
+    try {
+        call.remarks.notes.push_back("event " + quoted(topic) + ": " + std::to_string(injection.fired) +
+                                     " triggers fire");
+        for (std::string &missed : injection.missed) {
+            call.remarks.notes.push_back(std::move(missed));
+        }
+    } catch (std::exception const &) {
+        call.remarks.notes.clear();
+    }
 }
+
+}  // namespace
 
 void createTrigger(Call &call) {
     std::uint32_t const id = call.state.catalogue.create(triggers, *call.kind, call.inputsFrom(0));
@@ -70,12 +86,7 @@ void onvifEvent(Call &call) {
         call.remarks.warnings.push_back("an event is passed over: " + fault);
         return;
     }
-    EngineState::Injection injection = call.state.inject(*event, call.now);
-    call.remarks.notes.push_back("event " + quoted(event->topic_text) + ": " +
-                                 std::to_string(injection.fired) + " triggers fire");
-    for (std::string &missed : injection.missed) {
-        call.remarks.notes.push_back(std::move(missed));
-    }
+    noteInjection(call, event->topic_text, call.state.inject(*event, call.now));
 }
 
 }  // namespace simulator::handlers

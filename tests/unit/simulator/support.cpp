@@ -9,7 +9,14 @@
 #include <fstream>
 #include <iterator>
 
+#include "live_blocks/live_blocks.h"
+
 namespace simulator::tests {
+
+void RecordedLog::keep(korvo_core_log_priority priority, std::string const &text) {
+    live_blocks::Unnoticed const own;
+    lines.push_back(std::to_string(priority) + " " + text);
+}
 
 bool RecordedLog::holds(std::string const &part) const {
     return std::any_of(lines.begin(), lines.end(),
@@ -22,10 +29,15 @@ Bench::Bench(std::string const &store_path, Dispatcher::Settings settings, Catal
              {[this] { return clock == nullptr ? now : clock->now(); },
               [this] { return clock == nullptr ? local_time : clock->local(); },
               [this](Job const &job) {
+                  live_blocks::Unnoticed const own;
                   jobs.push_back(job);
                   return actions_succeed;
               },
-              [this](std::string const &event) { events.push_back(event); }, [this] { ++wakes; }},
+              [this](std::string const &event) {
+                  live_blocks::Unnoticed const own;
+                  events.push_back(event);
+              },
+              [this] { ++wakes; }},
              log.log()),
       dispatcher(engine, settings, log.log(), [this] { return now; }) {}
 

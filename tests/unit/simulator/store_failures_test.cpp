@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: Apache-2.0
+// A disk that fails at each of SQLite's calls in turn. What was answered with 0 is there after a restart, what was
+// answered with 9 is not, and the store takes changes again as soon as the disk does.
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "examples.h"
+#include "kept.h"
+#include "support.h"
+
+namespace simulator::tests {
+
+namespace {
+
+/// While one of these lives, SQLite's files are reached through it. Calls of a file that change it can be made to fail.
+class FailingDisk {
+  public:
+    FailingDisk() : real_(sqlite3_vfs_find(nullptr)), own_(*real_) {
+        own_.zName = "failing";
+        own_.pNext = nullptr;
+        own_.szOsFile = static_cast<int>(sizeof(File)) + real_->szOsFile;
+        own_.pAppData = this;
+        own_.xOpen = open;
+        sqlite3_vfs_register(&own_, /*make default*/ 1);
+    }
+    ~FailingDisk() {
+        sqlite3_vfs_unregister(&own_);
+        sqlite3_vfs_register(real_, /*make default*/ 1);
+    }
+    FailingDisk(FailingDisk const &) = delete;
+    FailingDisk &operator=(FailingDisk const &) = delete;
+
+    /// The nth call from here on fails (1 is the next), and so do those after it, `count` in all. 0 ends that.
+    void fail(std::size_t nth, std::size_t count) {
+        until_failure_ = nth;
+        left_to_fail_ = count;
+        failed_ = 0;
+    }
+    std::size_t failed() const { return failed_; }
+
+  private:
+    /// SQLite's structure, the disk, and behind them the real file.
+    struct File {
+        sqlite3_file base;
+        FailingDisk *disk;
+
+        sqlite3_file *real() { return reinterpret_cast<sqlite3_file *>(this + 1); }
+    };
+    static File &at(sqlite3_file *file) { return *reinterpret_cast<File *>(file); }
+
+    bool fails() {
+        if (until_failure_ > 1) {
+            --until_failure_;
+            return false;
+        }
+        if (until_failure_ == 0 || left_to_fail_ == 0) {
+            return false;
+        }
+        --left_to_fail_;
+        ++failed_;
+        return true;
+    }
+
+    static int open(sqlite3_vfs *own, sqlite3_filename name, sqlite3_file *file, int flags, int *given) {
+        auto *const disk = static_cast<FailingDisk *>(own->pAppData);
+        File &opened = *new (file) File{{nullptr}, disk};
+        if (disk->fails()) {
+            return SQLITE_CANTOPEN;
+        }
+        int const result = disk->real_->xOpen(disk->real_, name, opened.real(), flags, given);
+        // Version 1: a store that is open alone needs no shared memory.
+        static sqlite3_io_methods const methods = {
+            1,       close,  read,       write,   truncate, sync,    size,    lock,    unlock, locked,
+            control, sector, properties, nullptr, nullptr,  nullptr, nullptr, nullptr, nullptr};
+        opened.base.pMethods = opened.real()->pMethods == nullptr ? nullptr : &methods;
+        return result;
+    }
+    static int close(sqlite3_file *file) { return at(file).real()->pMethods->xClose(at(file).real()); }
+    static int read(sqlite3_file *file, void *data, int amount, sqlite3_int64 from) {
+        return at(file).real()->pMethods->xRead(at(file).real(), data, amount, from);
+    }
+    static int write(sqlite3_file *file, void const *data, int amount, sqlite3_int64 at_byte) {
+        if (at(file).disk->fails()) {
+            // Half of it got there.
+            (void)at(file).real()->pMethods->xWrite(at(file).real(), data, amount / 2, at_byte);
+            return SQLITE_FULL;
+        }
+        return at(file).real()->pMethods->xWrite(at(file).real(), data, amount, at_byte);
+    }
+    static int truncate(sqlite3_file *file, sqlite3_int64 to) {
+        return at(file).disk->fails() ? SQLITE_IOERR_TRUNCATE
+                                      : at(file).real()->pMethods->xTruncate(at(file).real(), to);
+    }
+    static int sync(sqlite3_file *file, int flags) {
+        return at(file).disk->fails() ? SQLITE_IOERR_FSYNC
+                                      : at(file).real()->pMethods->xSync(at(file).real(), flags);
+    }
+    static int size(sqlite3_file *file, sqlite3_int64 *bytes) {
+        return at(file).real()->pMethods->xFileSize(at(file).real(), bytes);
+    }
+    static int lock(sqlite3_file *file, int kind) {
+        return at(file).real()->pMethods->xLock(at(file).real(), kind);
+    }
+    static int unlock(sqlite3_file *file, int kind) {
+        return at(file).real()->pMethods->xUnlock(at(file).real(), kind);
+    }
+    static int locked(sqlite3_file *file, int *is_locked) {
+        return at(file).real()->pMethods->xCheckReservedLock(at(file).real(), is_locked);
+    }
+    static int control(sqlite3_file *file, int operation, void *argument) {
+        return at(file).real()->pMethods->xFileControl(at(file).real(), operation, argument);
+    }
+    static int sector(sqlite3_file *file) { return at(file).real()->pMethods->xSectorSize(at(file).real()); }
+    static int properties(sqlite3_file *file) {
+        return at(file).real()->pMethods->xDeviceCharacteristics(at(file).real());
+    }
+
+    sqlite3_vfs *real_;
+    sqlite3_vfs own_;
+    std::size_t until_failure_ = 0;
+    std::size_t left_to_fail_ = 0;
+    std::size_t failed_ = 0;
+};
+
+/// The methods that change what the store holds.
+bool changes(std::string const &method) {
+    return method.rfind("Get_", 0) != 0 && method != "__get_target_version__" && method != "Onvif_event";
+}
+
+}  // namespace
+
+TEST(StoreFailures, TheStoreHoldsWhatTheAnswersSaid) {
+    constexpr std::size_t for_ever = 1'000'000;
+    FailingDisk disk;
+    std::size_t failures = 0;
+    std::size_t refusals = 0;
+    for (std::size_t const in_a_row : {std::size_t{1}, std::size_t{2}, std::size_t{3}, for_ever}) {
+        for (Example const &example : examples) {
+            if (!changes(example.method)) {
+                continue;
+            }
+            SCOPED_TRACE(std::string(example.method) + ", failures in a row: " + std::to_string(in_a_row));
+            TemporaryFolder const folder;
+            std::string const path = folder / "store";
+            auto bench = std::make_unique<Bench>(path);
+            for (char const *const command : preparation) {
+                ASSERT_EQ(bench->status(command), 0) << command;
+            }
+            auto const before = keptBy(bench->engine);
+            for (std::size_t nth = 1;; ++nth) {
+                disk.fail(nth, in_a_row);
+                auto const status = bench->status(commandText(example));
+                bool const failed = disk.failed() != 0;
+                disk.fail(0, 0);
+                failures += failed ? 1 : 0;
+                ASSERT_EQ(keptIn(bench->store), keptBy(bench->engine)) << "call " << nth;
+                if (status == 0) {
+                    break;
+                }
+                ++refusals;
+                ASSERT_TRUE(failed);
+                ASSERT_EQ(status, 9);
+                ASSERT_EQ(keptBy(bench->engine), before) << "call " << nth;
+            }
+            ASSERT_EQ(bench->status(R"({"command":"Create_wiper_action","action_name":"later"})"), 0);
+            auto const after = keptBy(bench->engine);
+            bench.reset();
+            EXPECT_EQ(keptIn(path), after);
+        }
+    }
+    EXPECT_GT(failures, 100U);
+    EXPECT_GT(refusals, 100U);
+}
+
+TEST(StoreFailures, AStoreThatFailsWhileItIsOpenedIsWholeAfterwards) {
+    FailingDisk disk;
+    for (std::size_t nth = 1;; ++nth) {
+        SCOPED_TRACE("call " + std::to_string(nth));
+        TemporaryFolder const folder;
+        std::string const path = folder / "store";
+        disk.fail(nth, 1);
+        bool opened = false;
+        try {
+            Store const store(path);
+            opened = true;
+        } catch (StoreError const &) {
+            // The disk works again the next time.
+        }
+        bool const failed = disk.failed() != 0;
+        disk.fail(0, 0);
+        ASSERT_TRUE(opened || failed);
+        {
+            Store store(path);
+            ASSERT_EQ(store.addTrigger(1, "timer"), 1U);
+        }
+        Store again(path);
+        std::size_t found = 0;
+        again.readEntries(Store::Table::triggers, [&found](std::uint32_t, std::uint32_t, std::string_view,
+                                                           std::string_view) { ++found; });
+        ASSERT_EQ(found, 1U);
+        if (!failed) {
+            break;
+        }
+    }
+}
+
+}  // namespace simulator::tests
