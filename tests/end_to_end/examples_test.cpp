@@ -2,8 +2,10 @@
 // The example programs, as a user runs them.
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <string>
+#include <thread>
 
 #include "processes/child.h"
 #include "support/operation.h"
@@ -112,6 +114,47 @@ TEST(RelayOfficeHours, SetsShowsAndRemovesFilters) {
     Client client;
     EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).results,
               (Values{Numbers{}, Numbers{}}));
+}
+
+/// The daemon among the examples, which asks once a second.
+class WatchDaemon : public ::testing::Test {
+  protected:
+    Child daemon_{{std::string(KORVO_EXAMPLES_FOLDER) + "/watch_daemon", {"1"}, {}}};
+
+    void expectToEndAt(int signal) {
+        daemon_.signal(signal);
+        milliseconds const taken = timeOf([&] { EXPECT_EQ(daemon_.wait(), exited(0)); });
+        EXPECT_LT(taken, at_once);
+        EXPECT_EQ(count(daemon_.out().text(), "stopped by signal " + std::to_string(signal) + "\n"), 1U)
+            << daemon_.out().text();
+    }
+};
+
+TEST_F(WatchDaemon, WaitsForTheServiceAndPrintsWhatItDoes) {
+    ASSERT_TRUE(daemon_.out().waitFor("no answer: "));
+    Service const service;
+    ASSERT_TRUE(daemon_.out().waitFor("0 actions\n"));
+    Client client;
+    Values const action = operation("create_wiper_action").send(client.handle(), nullptr, {"wipe"}).results;
+    Values const trigger =
+        operation("create_timer_trigger").send(client.handle(), nullptr, {"every second", 1U}).results;
+    ASSERT_EQ(operation("create_association")
+                  .send(client.handle(), nullptr, {trigger.front(), action.front()})
+                  .status,
+              KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_TRUE(daemon_.out().waitFor("1 actions\n"));
+    EXPECT_TRUE(daemon_.out().waitFor("action 1 \"wipe\" succeeded\n"));
+    expectToEndAt(SIGTERM);
+}
+
+TEST_F(WatchDaemon, EndsAtOnceWhileACallWaits) {
+    Service service;
+    ASSERT_TRUE(daemon_.out().waitFor("0 actions\n"));
+    service.pause();
+    // The next question waits now, or is about to be asked: both have to end.
+    std::this_thread::sleep_for(milliseconds(1'500));
+    expectToEndAt(SIGINT);
+    service.resume();
 }
 
 class WithoutService : public ::testing::TestWithParam<char const *> {};
