@@ -230,3 +230,144 @@ TEST(AsynchronousCalls, OfManyThreadsWhileTheServiceDiesAgainAndAgainAreAllAnswe
     EXPECT_EQ(static_cast<int>(caller.answers.count()), taken.load());
     EXPECT_GE(taken.load(), 500);
 }
+
+namespace {
+
+/// Takes as many commands and checks their identifiers: "0", "1" and so on.
+void expectInOrder(Service &service, int count) {
+    for (int number = 0; number < count; ++number) {
+        Command command;
+        ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR) << number;
+        EXPECT_EQ(command.request_id, std::to_string(number));
+    }
+}
+
+/// A caller whose messaging thread is inside a callback, as long as this lives.
+class InCallback {
+  public:
+    InCallback(Service &service, Caller &caller) : caller_(caller) {
+        caller.at_response = [this](Caller::Answer const &) {
+            begun_.open();
+            EXPECT_TRUE(go_on_.wait());
+        };
+        EXPECT_EQ(caller.send("first", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+        Command first;
+        EXPECT_EQ(service.poll(first), KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_EQ(service.respond(first, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_TRUE(begun_.wait());
+    }
+    ~InCallback() {
+        go_on_.open();
+        EXPECT_TRUE(caller_.answers.take().has_value());
+    }
+    InCallback(InCallback const &) = delete;
+    InCallback &operator=(InCallback const &) = delete;
+
+  private:
+    Caller &caller_;
+    Gate begun_;
+    Gate go_on_;
+};
+
+}  // namespace
+
+TEST(AsynchronousCalls, LeaveInOrderTogetherWithSynchronousOnes) {
+    Service service;
+    Client client;
+    Caller caller(client);
+    constexpr int count = 300;
+    for (int number = 0; number < count; ++number) {
+        std::string const id = std::to_string(number);
+        if (number % 7 != 6) {
+            ASSERT_EQ(caller.send(id, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+        } else {
+            ASSERT_EQ(korvo_core_private_command_send(client.handle(), "sample", "", id.c_str(), "{}", 2,
+                                                      &caller, nullptr),
+                      KORVO_CORE_STATUS_NO_ERROR);
+        }
+    }
+    expectInOrder(service, count);
+}
+
+TEST(AsynchronousCalls, LeaveWhenTheHandleIsClosedAtOnce) {
+    Service service;
+    Client client;
+    Caller caller(client);
+    constexpr int count = 300;
+    for (int number = 0; number < count; ++number) {
+        ASSERT_EQ(caller.send(std::to_string(number), "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    client.close();
+    expectInOrder(service, count);
+}
+
+TEST(AsynchronousCalls, LeaveWhileACallbackTakesLong) {
+    Service service;
+    Client client;
+    Caller caller(client);
+    InCallback const in_callback(service, caller);
+    constexpr int count = 20;
+    for (int number = 0; number < count; ++number) {
+        ASSERT_EQ(caller.send(std::to_string(number), "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    expectInOrder(service, count);
+}
+
+TEST(AsynchronousCalls, LeaveAFullSocketWhileACallbackTakesLong) {
+    Service service;
+    Client client;
+    Caller caller(client);
+    InCallback const in_callback(service, caller);
+    // More than a socket holds, while nobody reads.
+    constexpr int count = 8;
+    for (int number = 0; number < count; ++number) {
+        ASSERT_EQ(caller.send(std::to_string(number), std::string(512 * 1024, 'x')),
+                  KORVO_CORE_STATUS_NO_ERROR);
+    }
+    expectInOrder(service, count);
+}
+
+TEST(AsynchronousCalls, FromInsideACallbackLeaveWhileTheNextOneTakesLong) {
+    Service service;
+    Client client;
+    Caller caller(client);
+    // More callbacks wait than commands would leave at once for.
+    constexpr int count = 10;
+    Gate all_wait;
+    Gate go_on;
+    caller.at_response = [&](Caller::Answer const &answer) {
+        if (answer.id == "0") {
+            EXPECT_TRUE(all_wait.wait());
+        } else if (answer.id == "1") {
+            EXPECT_EQ(caller.send("again", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+        } else if (answer.id == "2") {
+            EXPECT_TRUE(go_on.wait());
+        }
+    };
+    for (int number = 0; number < count; ++number) {
+        ASSERT_EQ(caller.send(std::to_string(number), "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    for (int number = 0; number < count; ++number) {
+        Command command;
+        ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
+        ASSERT_EQ(service.respond(command, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    // A synchronous call reads what came before its own response.
+    ASSERT_EQ(
+        korvo_core_private_command_send(client.handle(), "sample", "", "marker", "{}", 2, &caller, nullptr),
+        KORVO_CORE_STATUS_NO_ERROR);
+    Command marker;
+    ASSERT_EQ(service.poll(marker), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_EQ(service.respond(marker, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    char *response = nullptr;
+    std::size_t length = 0;
+    ASSERT_EQ(korvo_core_private_response_receive(client.handle(), 20000, "marker", &response, &length),
+              KORVO_CORE_STATUS_NO_ERROR);
+    std::free(response);
+    all_wait.open();
+    Command again;
+    EXPECT_EQ(service.poll(again), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(again.request_id, "again");
+    go_on.open();
+    client.close();
+}

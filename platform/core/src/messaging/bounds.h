@@ -28,8 +28,12 @@ constexpr std::size_t waiting_events = 1024;
 constexpr std::size_t waiting_event_bytes = 8 * mebibyte;
 /// Commands that an initiator has taken and the socket has not; beyond that, sending fails at once.
 constexpr std::size_t unsent_command_bytes = 8 * mebibyte;
-/// Commands from inside callbacks gather up to this size, and for as long as the one for others below, while
-/// further callbacks wait.
+/// Answers to asynchronous commands that may be outstanding on a connection, or callbacks that may wait, while the next
+/// such command still leaves on its sender's own thread.
+constexpr std::size_t commands_sent_at_once = 2;
+/// How often the writing thread looks for what callbacks have sent, while they send.
+constexpr std::chrono::milliseconds watching{1};
+/// From here on the sender of such a command writes by itself instead of leaving it to the writing thread.
 constexpr std::size_t gathered_command_bytes = 16 * kibibyte;
 
 /// Bytes for one peer that a service holds back: beyond the first, events for that peer are dropped; beyond

@@ -43,11 +43,14 @@ struct Connection {
     bool is_polled = false;
     unsigned int polled_events = 0;
     std::vector<Waiter *> waiters;
+    /// Commands for callbacks that have been taken and whose responses have not come.
+    std::size_t unanswered = 0;
 
     /// A thread is just writing; it has `outgoing` for itself, and takes what gathers meanwhile with it.
     bool is_sending = false;
-    /// The socket was full: what is in `outgoing` waits for the messaging thread.
+    /// The socket was full: what is in `outgoing` waits for room, and the writing thread's set may hold the socket.
     bool is_blocked = false;
+    bool is_awaiting_room = false;
     /// Frames that were taken and that nobody is writing yet; they come after those in `outgoing`.
     std::string gathered;
 

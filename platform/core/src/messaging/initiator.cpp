@@ -14,6 +14,8 @@ Initiator::Initiator(void *logging, std::string name, RuntimeFolder folder)
 
 void Initiator::close() {
     std::thread thread;
+    std::thread writer;
+    bool is_from_callback = false;
     {
         Hold hold(mutex_, log_);
         is_closing_ = true;
@@ -25,12 +27,22 @@ void Initiator::close() {
         }
         wakeReceivers();
         wakeThread();
-        if (onMessagingThread()) {
-            // Called from inside a callback: the thread ends by itself when the callback returns.
+        nudgeWriter();
+        writer = std::move(writer_);
+        is_from_callback = onMessagingThread();
+        if (is_from_callback) {
+            // The thread ends by itself when the callback returns.
             thread_.detach();
-            return;
+        } else {
+            thread = std::move(thread_);
         }
-        thread = std::move(thread_);
+    }
+    if (writer.joinable()) {
+        // It makes no callbacks and waits for nobody who does.
+        writer.join();
+    }
+    if (is_from_callback) {
+        return;
     }
     if (thread.joinable()) {
         thread.join();

@@ -15,6 +15,8 @@
 // switches that connection's interest off, and on again when it leaves; since epoll looks at the level,
 // nothing is missed.
 //
+// Who writes: initiator_sending.cpp and initiator_writing.cpp.
+//
 // Locks. One mutex guards all bookkeeping, that of the connections too, and is never held during a system call that
 // could wait, or during a callback. Order: connect mutex, mutex.
 
@@ -125,18 +127,31 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     korvo_core_status track(Hold &hold, Connection &connection, std::string_view request_id,
                             Purpose const &purpose, Request *&request) KORVO_REQUIRES(mutex_);
     bool mayGather(Connection const &connection, Route route) const KORVO_REQUIRES(mutex_);
-    WriteResult write(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
-    void finishWriting(Hold &hold, Connection &connection, WriteResult written) KORVO_REQUIRES(mutex_);
-    void requireThread(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
-    void arrangeWriting(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
-    void writeAll(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
-    void writeGathered(Hold &hold) KORVO_REQUIRES(mutex_);
-    void writeBlocked(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
-    void writeControl(Hold &hold, Connection &connection, frame::Type type) KORVO_REQUIRES(mutex_);
-    void writeLast(Hold &hold) KORVO_REQUIRES(mutex_);
+    /// Returns false where nobody would write what has gathered.
+    bool arrangeWriting(Hold &hold) KORVO_REQUIRES(mutex_);
     void end(Request &request) KORVO_REQUIRES(mutex_);
     korvo_core_status fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason)
         KORVO_REQUIRES(mutex_);
+
+    // initiator_writing.cpp
+    ConnectionPointer findGathered() KORVO_REQUIRES(mutex_);
+    WriteResult write(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void finishWriting(Hold &hold, Connection &connection, WriteResult written) KORVO_REQUIRES(mutex_);
+    /// Returns whether there was anything; then the mutex was free meanwhile.
+    bool writeGathered(Hold &hold) KORVO_REQUIRES(mutex_);
+    void writeAll(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void writeBlocked(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void writeControl(Hold &hold, Connection &connection, frame::Type type) KORVO_REQUIRES(mutex_);
+    void writeLast(Hold &hold) KORVO_REQUIRES(mutex_);
+    void waitForRoom(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    void stopWaitingForRoom(Connection &connection) KORVO_REQUIRES(mutex_);
+    /// Returns false where there is no such thread and none can be started.
+    bool wakeWriter(Hold &hold) KORVO_REQUIRES(mutex_);
+    /// Where there is one.
+    void nudgeWriter() KORVO_REQUIRES(mutex_);
+    void runWriter() KORVO_EXCLUDES(mutex_);
+    void waitToWrite(Hold &hold) KORVO_REQUIRES(mutex_);
+    bool hasWorkForWriter() const KORVO_REQUIRES(mutex_) { return hasCallbacks() || blocked_ != 0; }
 
     // initiator_reading.cpp
     // Called with the mutex free; returns with it held.
@@ -154,7 +169,6 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     bool hasCallbacks() const KORVO_REQUIRES(mutex_) {
         return !response_callbacks_.empty() || !event_callbacks_.empty();
     }
-    bool hasWork() const KORVO_REQUIRES(mutex_) { return hasCallbacks() || blocked_ != 0; }
     void startThread(Hold &hold) KORVO_REQUIRES(mutex_);
     void stopPolling() KORVO_REQUIRES(mutex_);
     void watchFolder() KORVO_REQUIRES(mutex_);
@@ -164,7 +178,7 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     void callEvent(Hold &hold, Delivery const &delivery) KORVO_REQUIRES(mutex_);
     template <typename Callback>
     void call(Hold &hold, void *context, Callback callback) KORVO_REQUIRES(mutex_);
-    void handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int events) KORVO_REQUIRES(mutex_);
+    void handleEpollEvent(Hold &hold, std::uint64_t tag) KORVO_REQUIRES(mutex_);
     void wakeThread() KORVO_REQUIRES(mutex_);
     void wakeReceivers() KORVO_REQUIRES(mutex_);
     void waitForCallback(Hold &hold, void const *context) KORVO_REQUIRES(mutex_);
@@ -208,9 +222,19 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     FailureLog failures_ KORVO_GUARDED_BY(mutex_);
     /// Connections whose socket was full.
     unsigned int blocked_ KORVO_GUARDED_BY(mutex_) = 0;
-    /// Since when commands from inside callbacks gather.
-    bool is_gathering_ KORVO_GUARDED_BY(mutex_) = false;
-    Clock::time_point gathering_since_ KORVO_GUARDED_BY(mutex_){};
+
+    /// The writing thread; asleep while it is in epoll_wait(), or about to be, and nobody has woken it.
+    std::thread writer_ KORVO_GUARDED_BY(mutex_);
+    bool writer_is_running_ KORVO_GUARDED_BY(mutex_) = false;
+    bool writer_is_asleep_ KORVO_GUARDED_BY(mutex_) = false;
+    /// It looks by itself within limits::watching, which is enough for what callbacks have sent.
+    bool writer_watches_ KORVO_GUARDED_BY(mutex_) = false;
+    bool callbacks_gather_ KORVO_GUARDED_BY(mutex_) = false;
+    process::Descriptor writer_wake_ KORVO_GUARDED_BY(mutex_);
+    /// What it waits for: being woken, and room in full sockets.
+    Epoll full_ KORVO_GUARDED_BY(mutex_);
+    /// Told whenever a thread is done with writing while the handle is being closed.
+    std::condition_variable written_;
 
     std::thread thread_ KORVO_GUARDED_BY(mutex_);
     std::thread::id thread_id_ KORVO_GUARDED_BY(mutex_);

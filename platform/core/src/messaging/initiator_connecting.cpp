@@ -13,11 +13,9 @@ namespace platform {
 
 namespace {
 
-/// What the messaging thread does on a connection: it reads unless somebody else does, and goes on with what the socket
-/// would not take.
+/// What the messaging thread does on a connection: it reads unless somebody else does.
 unsigned int interestIn(Connection const &connection) {
-    return (connection.has_reader ? 0U : static_cast<unsigned int>(EPOLLIN)) |
-           (connection.is_blocked ? static_cast<unsigned int>(EPOLLOUT) : 0U);
+    return connection.has_reader ? 0U : static_cast<unsigned int>(EPOLLIN);
 }
 
 }  // namespace
@@ -163,6 +161,7 @@ void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
         connection.is_blocked = false;
         --blocked_;
     }
+    stopWaitingForRoom(connection);
     connection.gathered.clear();
     RequestTable::Lost const lost =
         requests_.lose(connection.serial, [this](Request &request) KORVO_REQUIRES(mutex_) {

@@ -100,8 +100,9 @@ void Initiator::waitForCallback(Hold &hold, void const *context) {
     if (onMessagingThread()) {
         return;
     }
-    // Without callbacks it has nothing to do any more, and ends.
+    // Without callbacks neither thread has anything to do any more, and they end.
     wakeThread();
+    nudgeWriter();
     fence_.wait(hold, context);
 }
 
@@ -154,9 +155,11 @@ void Initiator::run() {
     Hold hold(mutex_, log_);
     for (;;) {
         try {
-            deliver(hold);
-            writeGathered(hold);
-            if (is_closing_ || !hasWork()) {
+            do {
+                deliver(hold);
+                // While it writes more may come, its own answers to what it cannot write among that.
+            } while (writeGathered(hold));
+            if (is_closing_ || !hasCallbacks()) {
                 break;
             }
             int const timeout = restoreTimeout();
@@ -169,7 +172,7 @@ void Initiator::run() {
             is_asleep_ = false;
             for (int index = 0; index < count; ++index) {
                 epoll_event const &event = events.at(static_cast<std::size_t>(index));
-                handleEpollEvent(hold, event.data.u64, event.events);
+                handleEpollEvent(hold, event.data.u64);
             }
             restoreSubscriptions(hold);
         } catch (std::exception const &error) {
@@ -181,7 +184,7 @@ void Initiator::run() {
     is_running_ = false;
 }
 
-void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int events) {
+void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag) {
     if (tag == wake_tag) {
         drainWake(wake_);
         return;
@@ -191,14 +194,7 @@ void Initiator::handleEpollEvent(Hold &hold, std::uint64_t tag, unsigned int eve
         return;
     }
     ConnectionPointer const connection = findConnection(tag);
-    if (connection == nullptr) {
-        return;
-    }
-    if ((events & static_cast<unsigned int>(EPOLLOUT)) != 0 && connection->is_blocked) {
-        writeBlocked(hold, *connection);
-    }
-    if ((events & ~static_cast<unsigned int>(EPOLLOUT)) != 0 && connection->is_alive &&
-        !connection->has_reader) {
+    if (connection != nullptr && !connection->has_reader) {
         ReaderRole const role(hold, *this, *connection, true);
         hold.unlock(mutex_);
         (void)read(hold, *connection, MSG_DONTWAIT);
@@ -212,9 +208,6 @@ void Initiator::deliver(Hold &hold) {
         Deliveries::Kind const kind = deliveries_.take(!event_callbacks_.empty(), delivery);
         if (kind == Deliveries::Kind::none) {
             return;
-        }
-        if (is_gathering_ && Clock::now() - gathering_since_ > limits::gathering) {
-            writeGathered(hold);
         }
         if (kind == Deliveries::Kind::event) {
             callEvent(hold, delivery);

@@ -1,27 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-// Initiator: sending commands.
+// Initiator: taking commands.
 //
 // Nobody waits for room in a socket. A command is taken with its row in the table of requests; its frame leaves on the
-// caller's own thread, unless another thread is just writing to the connection or the socket is full: then it gathers,
-// and whoever writes takes it along. A full socket is tried again by whoever next sends or waits on it, and by the
-// messaging thread, which is started for it where there is none. Frames leave in the order in which their commands were taken.
+// caller's own thread, and what has gathered before it leaves with it, so frames leave in the order in which their
+// commands were taken. There are four exceptions, in which a frame gathers:
 //
-// Commands from inside callbacks gather too, as long as further callbacks wait, so that a flight of answers makes one
-// flight of new commands.
-#include <poll.h>
-#include <sys/socket.h>
-
-#include <algorithm>
-#include <cerrno>
+// - Another thread is just writing to the connection: that one takes it along.
+// - The socket is full: it is tried again by whoever next sends or waits on it, and by the writing thread.
+// - Several answers to asynchronous commands are outstanding, and this is one more: the writing thread is woken, once for
+//   all that gathers until it comes.
+// - The same inside a callback, with several further callbacks to make: it leaves when those have been made, or when the
+//   writing thread next looks, which it does from time to time while this goes on. So a callback that takes long holds
+//   up no command.
 
 #include "messaging/initiator.h"
 
 namespace platform {
 
 namespace {
-
-/// How often a sender takes along what others have gathered meanwhile before it leaves that to the messaging thread.
-constexpr int rounds_for_others = 4;
 
 /// Ties a request to the thread that sends it, while both last.
 class Sending {
@@ -79,9 +75,9 @@ korvo_core_status Initiator::send(std::string_view service, std::string_view tar
             return fail(hold, Phase::send, &address,
                         "it reads nothing, and " + std::to_string(unsent) + " bytes wait for it already");
         }
-        bool const gathers = mayGather(*connection, purpose.route);
         // Before the command leaves, since another thread may read the response at once.
         Request *request = nullptr;
+        bool const may_be_left = mayGather(*connection, purpose.route);
         status = track(hold, *connection, request_id, purpose, request);
         if (status != KORVO_CORE_STATUS_NO_ERROR) {
             return status;
@@ -93,8 +89,8 @@ korvo_core_status Initiator::send(std::string_view service, std::string_view tar
             requests_.erase(*request);
             throw;
         }
-        if (gathers) {
-            arrangeWriting(hold, *connection);
+        bool const is_left_to_others = connection->is_sending || connection->is_blocked;
+        if (is_left_to_others || (may_be_left && arrangeWriting(hold))) {
             return KORVO_CORE_STATUS_NO_ERROR;
         }
 
@@ -175,6 +171,10 @@ korvo_core_status Initiator::track(Hold &hold, Connection &connection, std::stri
     Text substitute = is_asynchronous ? Text(purpose.substitute) : Text();
     request = &requests_.add(request_id, connection.serial, connection.address, purpose.route, purpose.owner);
     request->response = std::move(substitute);
+    if (is_asynchronous) {
+        request->unanswered = &connection.unanswered;
+        ++connection.unanswered;
+    }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
@@ -190,154 +190,22 @@ void Initiator::end(Request &request) {
 }
 
 bool Initiator::mayGather(Connection const &connection, Route route) const {
-    return connection.is_sending || connection.is_blocked ||
-           (route == Route::owner_callback && onMessagingThread() && deliveries_.responses() != 0);
+    if (route != Route::owner_callback || connection.gathered.size() >= limits::gathered_command_bytes) {
+        return false;
+    }
+    if (onMessagingThread()) {
+        std::size_t const few = connection.gathered.empty() ? limits::commands_sent_at_once : 1;
+        return deliveries_.responses() >= few;
+    }
+    return connection.unanswered >= limits::commands_sent_at_once;
 }
 
-void Initiator::arrangeWriting(Hold &hold, Connection &connection) {
-    if (connection.is_sending || connection.is_blocked) {
-        // Whoever writes takes it along.
-        return;
-    }
-    if (!is_gathering_) {
-        is_gathering_ = true;
-        gathering_since_ = Clock::now();
-    }
+bool Initiator::arrangeWriting(Hold &hold) {
     if (!onMessagingThread()) {
-        requireThread(hold, connection);
-        wakeThread();
-    } else if (connection.gathered.size() >= limits::gathered_command_bytes) {
-        writeAll(hold, connection);
+        return wakeWriter(hold);
     }
-}
-
-void Initiator::writeGathered(Hold &hold) {
-    if (!is_gathering_) {
-        return;
-    }
-    is_gathering_ = false;
-    std::vector<ConnectionPointer> const connections = connections_;
-    for (ConnectionPointer const &connection : connections) {
-        if (!connection->gathered.empty() && !connection->is_sending && !connection->is_blocked) {
-            writeAll(hold, *connection);
-        }
-    }
-}
-
-void Initiator::writeAll(Hold &hold, Connection &connection) {
-    connection.takeGathered();
-    finishWriting(hold, connection, write(hold, connection));
-}
-
-void Initiator::writeBlocked(Hold &hold, Connection &connection) {
-    connection.is_blocked = false;
-    --blocked_;
-    connection.is_sending = true;
-    finishWriting(hold, connection, write(hold, connection));
-    updateInterest(connection);
-}
-
-void Initiator::writeControl(Hold &hold, Connection &connection, frame::Type type) {
-    frame::append(connection.gathered, type);
-    if (!connection.is_sending && !connection.is_blocked) {
-        writeAll(hold, connection);
-    }
-}
-
-Initiator::WriteResult Initiator::write(Hold &hold, Connection &connection) {
-    hold.unlock(mutex_);
-    std::string &bytes = connection.outgoing;
-    WriteResult result = WriteResult::whole;
-    while (connection.sent < bytes.size() && result == WriteResult::whole) {
-        ssize_t const count = ::send(connection.socket.get(), bytes.data() + connection.sent,
-                                     bytes.size() - connection.sent, MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (count >= 0) {
-            connection.sent += static_cast<std::size_t>(count);
-        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            result = WriteResult::blocked;
-        } else if (errno != EINTR) {
-            result = WriteResult::failed;
-        }
-    }
-    if (result == WriteResult::whole) {
-        bytes.clear();
-        connection.sent = 0;
-        if (bytes.capacity() > 2 * limits::read_buffer) {
-            bytes = std::string();
-        }
-    }
-    hold.lock(mutex_);
-    return result;
-}
-
-void Initiator::finishWriting(Hold &hold, Connection &connection, WriteResult written) {
-    for (int round = 0; round < rounds_for_others && written == WriteResult::whole && connection.is_alive &&
-                        !connection.gathered.empty();
-         ++round) {
-        connection.takeGathered();
-        written = write(hold, connection);
-    }
-    connection.is_sending = false;
-    if (!connection.is_alive) {
-        return;
-    }
-    if (written == WriteResult::failed) {
-        lose(hold, connection, "a command could not be sent");
-    } else if (written == WriteResult::blocked) {
-        connection.is_blocked = true;
-        ++blocked_;
-        requireThread(hold, connection);
-        updateInterest(connection);
-    } else if (!connection.gathered.empty()) {
-        arrangeWriting(hold, connection);
-    }
-}
-
-void Initiator::requireThread(Hold &hold, Connection &connection) {
-    if (is_closing_) {
-        return;
-    }
-    try {
-        startThread(hold);
-    } catch (std::exception const &error) {
-        lose(hold, connection, error.what());
-    }
-}
-
-void Initiator::writeLast(Hold &hold) {
-    Deadline const deadline(static_cast<int>(limits::last_sending.count()));
-    std::vector<ConnectionPointer> const connections = connections_;
-    for (ConnectionPointer const &connection : connections) {
-        if (connection->is_sending || connection->unsent() == 0) {
-            continue;
-        }
-        if (connection->is_blocked) {
-            connection->is_blocked = false;
-            --blocked_;
-        }
-        connection->is_sending = true;
-        WriteResult written = WriteResult::blocked;
-        while (written == WriteResult::blocked && connection->is_alive) {
-            connection->outgoing += connection->gathered;
-            connection->gathered.clear();
-            written = write(hold, *connection);
-            if (written == WriteResult::blocked) {
-                if (deadline.hasPassed()) {
-                    break;
-                }
-                hold.unlock(mutex_);
-                pollfd ready = {connection->socket.get(), POLLOUT, 0};
-                (void)poll(&ready, 1, deadline.remaining());
-                hold.lock(mutex_);
-            }
-        }
-        connection->is_sending = false;
-        std::size_t const unsent = connection->unsent();
-        if (unsent != 0) {
-            hold.warn(std::to_string(unsent) + " bytes of commands for service " +
-                      connection->address->service + " were not sent: the handle was closed");
-        }
-    }
+    callbacks_gather_ = true;
+    return writer_watches_ || wakeWriter(hold);
 }
 
 korvo_core_status Initiator::fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason) {

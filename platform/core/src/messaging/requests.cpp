@@ -68,6 +68,9 @@ void RequestTable::erase(Request &request) {
     if (request.sender != nullptr) {
         request.sender->request = nullptr;
     }
+    if (request.unanswered != nullptr) {
+        --*request.unanswered;
+    }
     if (request.shelf != Request::Shelf::outstanding) {
         shelfOf(request).take(request);
     }

@@ -63,6 +63,8 @@ struct Request
     void const *owner = nullptr;
     Waiter *waiter = nullptr;
     Sender *sender = nullptr;
+    /// Of one for its owner's callback: its connection's count of those, which lives as long as the request does.
+    std::size_t *unanswered = nullptr;
     Shelf shelf = Shelf::outstanding;
     /// Of a kept one, the response. Of an outstanding one for its owner's callback, what the callback gets when no
     /// response can come any more.
