@@ -116,7 +116,6 @@ TEST_P(EveryWay, ReachesEveryOperationAndReadsBackWhatWasCreated) {
     for (auto const &[name, known] : operations()) {
         all.insert(name);
     }
-    EXPECT_EQ(all.size(), 54U);
     EXPECT_EQ(called_, all);
 }
 

@@ -63,7 +63,7 @@ TEST(PublicHeader, IncludesTheCoreHeaderAndNothingElse) {
     EXPECT_EQ(public_header::header().includes, std::vector<std::string>{"\"korvo_core.h\""});
 }
 
-TEST(PublicHeader, DeclaresThe392FunctionsInOrderAndNoOther) {
+TEST(PublicHeader, DeclaresEveryFunctionInOrderAndNoOther) {
     std::vector<std::string> expected = {
         fullName("initiator_init"),
         fullName("initiator_deinit"),
@@ -87,7 +87,6 @@ TEST(PublicHeader, DeclaresThe392FunctionsInOrderAndNoOther) {
           "unregister_default_callbacks"}) {
         expected.push_back(fullName(name));
     }
-    ASSERT_EQ(expected.size(), 392U);
 
     std::vector<std::string> declared;
     for (Declaration const &found : public_header::header().declarations) {

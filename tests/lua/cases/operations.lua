@@ -99,11 +99,6 @@ local function check_sent(row, handle)
     return sent[1]
 end
 
-function tests.there_are_383_forms()
-    check.equal(#functions.forms, 383)
-    check.equal(#functions.operations, 55)
-end
-
 function tests.send_forms_send_and_give_the_results()
     for _, row in ipairs(rows("send", "send_with_timeout")) do
         client.with(function(handle)
