@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The part of the base class that turns JSON values into messages and messages into JSON values.
+#include <pthread.h>
+
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -20,30 +23,61 @@ struct Free {
 
 constexpr std::size_t large_buffer = 64 * 1024;
 
-/// The text of a thread's last command; its memory serves the next one.
+/// What a thread keeps from one command to the next. A variable of the thread's own would not do: where memory is short the
+/// C library ends the process when it has to note the variable's destructor.
+struct Kept {
+    /// The text of the last command; its memory serves the next one.
+    std::string command;
+    /// The method of the last asynchronous command, and what its callback gets when no response can come any more.
+    std::string method;
+    std::string substitute;
+};
+
+/// Throws std::bad_alloc.
+Kept &keptByThread() {
+    static pthread_key_t const key = [] {
+        pthread_key_t made = 0;
+        if (pthread_key_create(&made, [](void *kept) { delete static_cast<Kept *>(kept); }) != 0) {
+            throw std::bad_alloc();
+        }
+        return made;
+    }();
+    auto *kept = static_cast<Kept *>(pthread_getspecific(key));
+    if (kept == nullptr) {
+        auto made = std::make_unique<Kept>();
+        if (pthread_setspecific(key, made.get()) != 0) {
+            throw std::bad_alloc();
+        }
+        kept = made.release();
+    }
+    return *kept;
+}
+
 std::string &commandBuffer() {
-    thread_local std::string buffer;
+    std::string &buffer = keptByThread().command;
     buffer.clear();
     if (buffer.capacity() > large_buffer) {
-        buffer.shrink_to_fit();
+        buffer = std::string();
     }
     return buffer;
 }
 
-/// What the callback of an asynchronous call gets when no response can come any more. Valid until the thread's next call.
+/// Valid until the thread's next call.
 char const *substituteFor(std::string const &method) {
-    thread_local std::string last_method;
-    thread_local std::string text;
-    if (text.empty() || method != last_method) {
+    Kept &kept = keptByThread();
+    if (kept.substitute.empty() || method != kept.method) {
         json::Object response;
         response["command"] = json::String(method);
         response["status"] = json::Number(static_cast<double>(KORVO_CORE_STATUS_IPC_FAILED));
-        text.clear();
+        // Empty until it is whole.
+        kept.substitute.clear();
+        kept.method = method;
+        std::string text;
         // What was just written into the command can be written here.
         (void)json_text::write(response, text);
-        last_method = method;
+        kept.substitute = std::move(text);
     }
-    return text.c_str();
+    return kept.substitute.c_str();
 }
 
 char const *printable(char const *text) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "live_blocks/live_blocks.h"
 
+#include <dlfcn.h>
+#include <pthread.h>
+
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -46,6 +49,13 @@ std::atomic<bool> recording{false};
 thread_local bool recorded_thread = false;
 thread_local std::size_t until_failure = 0;
 thread_local bool has_failed = false;
+
+// Of FailingAllocations: which of the recorded threads' allocations fail, from `first_failing` on and before `failing_end`.
+std::atomic<bool> are_failing{false};
+std::atomic<std::size_t> counted{0};
+std::atomic<std::size_t> failed_so_far{0};
+std::size_t first_failing = 0;
+std::size_t failing_end = 0;
 
 class Busy {
   public:
@@ -116,13 +126,46 @@ void installHooks() {
 
 void installHooks() {}
 
-bool failsNow() {
+bool failsInProcess() {
+    if (!recorded_thread || !are_failing.load(std::memory_order_acquire)) {
+        return false;
+    }
+    std::size_t const number = counted.fetch_add(1) + 1;
+    if (number < first_failing || number >= failing_end) {
+        return false;
+    }
+    failed_so_far.fetch_add(1);
+    return true;
+}
+
+bool failsInThread() {
     if (until_failure == 0 || --until_failure != 0) {
         return false;
     }
     has_failed = true;
+    return true;
+}
+
+bool failsNow() {
+    if (!failsInThread() && !failsInProcess()) {
+        return false;
+    }
     errno = ENOMEM;
     return true;
+}
+
+/// What a new thread runs, with what it has from the one that started it.
+struct Start {
+    void *(*function)(void *);
+    void *argument;
+    bool recorded;
+};
+
+void *begin(void *block) {
+    Start const start = *static_cast<Start *>(block);
+    __libc_free(block);
+    recorded_thread = start.recorded;
+    return start.function(start.argument);
 }
 
 #endif
@@ -205,6 +248,22 @@ void stopFailing() {
     until_failure = 0;
 }
 
+FailingAllocations::FailingAllocations(std::size_t nth, std::size_t count) {
+    counted = 0;
+    failed_so_far = 0;
+    first_failing = nth;
+    failing_end = count > SIZE_MAX - nth ? SIZE_MAX : nth + count;
+    are_failing.store(true, std::memory_order_release);
+}
+
+void FailingAllocations::stop() {
+    are_failing = false;
+}
+
+std::size_t FailingAllocations::failed() const {
+    return failed_so_far;
+}
+
 }  // namespace live_blocks
 
 #if !defined(KORVO_SANITIZER_ALLOCATOR)
@@ -244,6 +303,23 @@ __attribute__((visibility("default"))) void *realloc(void *block, std::size_t si
 __attribute__((visibility("default"))) void free(void *block) {
     noteRelease(block);
     __libc_free(block);
+}
+
+// A thread is recorded when the one that starts it is.
+__attribute__((visibility("default"))) int pthread_create(pthread_t *thread, pthread_attr_t const *attributes,
+                                                          void *(*function)(void *), void *argument) {
+    static auto const create =
+        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    void *const block = failsNow() ? nullptr : __libc_malloc(sizeof(Start));
+    if (block == nullptr) {
+        return EAGAIN;
+    }
+    *static_cast<Start *>(block) = {function, argument, recorded_thread};
+    int const failure = create(thread, attributes, begin, block);
+    if (failure != 0) {
+        __libc_free(block);
+    }
+    return failure;
 }
 
 }  // extern "C"

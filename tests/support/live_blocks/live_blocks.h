@@ -5,6 +5,7 @@
 // Which heap blocks a piece of code leaves behind, and allocations that fail.
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace live_blocks {
@@ -14,8 +15,8 @@ struct Block {
     std::size_t size;
 };
 
-/// Records the blocks that the calling thread allocates from here on, and forgets those that any thread
-/// frees. One recording at a time.
+/// Records the blocks that the calling thread allocates from here on, and the threads that it starts meanwhile, and
+/// forgets those that any thread frees. One recording at a time.
 class Recording {
   public:
     Recording();
@@ -30,8 +31,8 @@ class Recording {
     std::size_t allocations() const;
 };
 
-/// While one of these lives, the calling thread's allocations are neither recorded nor made to fail: for allocators of
-/// the test's own, whose blocks are nobody's leak.
+/// While one of these lives, the calling thread's allocations are neither recorded nor made to fail: for allocators and
+/// callbacks of the test's own, whose blocks are nobody's leak.
 class Unnoticed {
   public:
     Unnoticed();
@@ -66,6 +67,24 @@ bool failNth(std::size_t nth, Code const &code) {
     stopFailing();
     return detail::hasFailed();
 }
+
+/// As many in a row as there are.
+constexpr std::size_t for_ever = SIZE_MAX;
+
+/// While one of these lives, allocations fail: `count` in a row, from the nth on (1 is the first). Those of all threads
+/// that are being recorded are counted together, of others none. One at a time, and only where canFail().
+class FailingAllocations {
+  public:
+    FailingAllocations(std::size_t nth, std::size_t count);
+    ~FailingAllocations() { stop(); }
+    FailingAllocations(FailingAllocations const &) = delete;
+    FailingAllocations &operator=(FailingAllocations const &) = delete;
+
+    /// Lets all succeed from here on.
+    void stop();
+    /// How many have failed so far.
+    std::size_t failed() const;
+};
 
 }  // namespace live_blocks
 

@@ -120,6 +120,8 @@ std::string errorText(int number) {
     return std::generic_category().message(number);
 }
 
+ErrorText::ErrorText(int number) noexcept : text_(strerror_r(number, buffer_.data(), buffer_.size())) {}
+
 }  // namespace platform
 
 using namespace platform;

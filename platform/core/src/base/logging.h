@@ -2,6 +2,7 @@
 #ifndef KORVO_PLATFORM_LOGGING_H
 #define KORVO_PLATFORM_LOGGING_H
 
+#include <array>
 #include <string>
 
 #include "korvo_core.h"
@@ -25,6 +26,17 @@ class Log {
 
 /// The text of errno value `number`.
 std::string errorText(int number);
+
+/// The same where nothing may be allocated.
+class ErrorText {
+  public:
+    explicit ErrorText(int number) noexcept;
+    char const *get() const { return text_; }
+
+  private:
+    std::array<char, 64> buffer_{};
+    char const *text_;
+};
 
 }  // namespace platform
 

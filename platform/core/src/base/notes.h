@@ -2,12 +2,14 @@
 #ifndef KORVO_PLATFORM_NOTES_H
 #define KORVO_PLATFORM_NOTES_H
 
+#include <cstdarg>
 #include <cstdint>
 #include <mutex>
+#include <new>
 #include <string>
-#include <utility>
 #include <vector>
 
+#include "base/log_record.h"
 #include "base/logging.h"
 #include "base/mutex.h"
 
@@ -46,7 +48,17 @@ class KORVO_SCOPED_CAPABILITY Hold {
     /// For condition variables.
     std::unique_lock<std::mutex> &mutex() { return lock_; }
 
-    void warn(std::string text) { notes_.push_back(std::move(text)); }
+    /// Notes a line. One that memory is too short for is left out: it must not fail the work that it tells of.
+    void warn(char const *format, ...) noexcept KORVO_CORE_PRINTF(2, 3) {
+        va_list arguments;
+        va_start(arguments, format);
+        try {
+            notes_.push_back(log_record::format(format, arguments));
+        } catch (std::bad_alloc const &) {
+            // Written nowhere, as the log itself does with what it cannot write.
+        }
+        va_end(arguments);
+    }
 
   private:
     void writeNotes() noexcept {
@@ -69,7 +81,7 @@ class DropCounter {
         ++total_;
         return (total_ & (total_ - 1)) == 0;
     }
-    std::uint64_t total() const { return total_; }
+    unsigned long long total() const { return total_; }
 
   private:
     std::uint64_t total_ = 0;

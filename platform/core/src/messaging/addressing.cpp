@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "messaging/addressing.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
 
 #include "base/text.h"
 
@@ -97,6 +99,25 @@ process::Descriptor RuntimeFolder::open(Log const &log) const {
         return {};
     }
     return folder;
+}
+
+std::optional<std::vector<std::string>> RuntimeFolder::names(Log const &log) const {
+    // Not by std::filesystem, whose iterators end the process when memory is short.
+    struct Close {
+        void operator()(DIR *folder) const { (void)closedir(folder); }
+    };
+    std::unique_ptr<DIR, Close> const folder(opendir(path_.c_str()));
+    std::vector<std::string> names;
+    errno = folder != nullptr ? 0 : errno;
+    while (dirent const *const entry = folder != nullptr ? readdir(folder.get()) : nullptr) {
+        names.emplace_back(entry->d_name);
+        errno = 0;
+    }
+    if (errno != 0) {
+        log.warning("cannot read the runtime folder %s: %s", path_.c_str(), ErrorText(errno).get());
+        return std::nullopt;
+    }
+    return names;
 }
 
 std::optional<sockaddr_un> RuntimeFolder::address(process::Descriptor const &folder,

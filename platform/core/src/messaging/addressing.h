@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/logging.h"
 #include "base/process.h"
@@ -26,6 +27,9 @@ class RuntimeFolder {
     /// when anybody else could put sockets into it: it must belong to the user, and only the user may write
     /// to it.
     process::Descriptor open(Log const &log) const;
+
+    /// The names of what is in it; nothing, and logs why, when it cannot be read.
+    std::optional<std::vector<std::string>> names(Log const &log) const;
 
     /// The address of socket `name` in the folder that `folder` was opened on.
     std::optional<sockaddr_un> address(process::Descriptor const &folder, std::string const &name) const;

@@ -58,8 +58,12 @@ constexpr std::chrono::milliseconds failure_pause{1000};
 constexpr std::size_t told_failures = 64;
 /// How long a response waits at most for others of the same batch.
 constexpr std::chrono::microseconds gathering{500};
-/// Pause before a subscription is made again on a connection that did not live longer than this.
+/// Pause before a subscription is made again on a connection that did not live longer than this, and after a failure;
+/// the longest that it grows to while failures follow each other.
 constexpr std::chrono::milliseconds reconnect_pause{1000};
+constexpr std::chrono::milliseconds longest_reconnect_pause{30'000};
+/// How long the messaging thread rests when memory is too short for its work.
+constexpr std::chrono::milliseconds failure_rest{10};
 
 }  // namespace platform::limits
 

@@ -29,7 +29,7 @@ std::string nameOf(Address const *peer) {
 }  // namespace
 
 void FailureLog::tell(Hold &hold, Phase phase, Address const *peer, std::string_view reason,
-                      Clock::time_point now) {
+                      Clock::time_point now) noexcept try {
     if (repetitions_.size() >= limits::told_failures) {
         tellRest(hold);
         repetitions_.clear();
@@ -42,23 +42,25 @@ void FailureLog::tell(Hold &hold, Phase phase, Address const *peer, std::string_
         ++repetition.untold;
         return;
     }
-    std::string line = "a call failed with status 4 while " + std::string(doing(phase)) + ", " + name + ": " +
-                       std::string(reason);
-    if (!is_first) {
-        line += " (" + std::to_string(repetition.total) + " so far, " + std::to_string(repetition.untold) +
-                " of them not told)";
+    int const length = static_cast<int>(reason.size());
+    if (is_first) {
+        hold.warn("a call failed with status 4 while %s, %s: %.*s", doing(phase), name.c_str(), length,
+                  reason.data());
+    } else {
+        hold.warn("a call failed with status 4 while %s, %s: %.*s (%llu so far, %llu of them not told)",
+                  doing(phase), name.c_str(), length, reason.data(), repetition.total, repetition.untold);
     }
-    hold.warn(std::move(line));
     repetition.told = now;
     repetition.untold = 0;
+} catch (std::bad_alloc const &) {
+    // Not told; the call itself has its status.
 }
 
-void FailureLog::tellRest(Hold &hold) {
+void FailureLog::tellRest(Hold &hold) noexcept {
     for (auto &[key, repetition] : repetitions_) {
         if (repetition.untold != 0) {
-            hold.warn("calls failed with status 4 while " + std::string(doing(key.first)) + ", " +
-                      key.second + ": " + std::to_string(repetition.untold) + " more since the last line, " +
-                      std::to_string(repetition.total) + " in all");
+            hold.warn("calls failed with status 4 while %s, %s: %llu more since the last line, %llu in all",
+                      doing(key.first), key.second.c_str(), repetition.untold, repetition.total);
             repetition.untold = 0;
         }
     }

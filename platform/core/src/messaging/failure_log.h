@@ -18,21 +18,21 @@ namespace platform {
 enum class Phase { connect, send, wait, read };
 
 /// Tells of each call that ends with status 4 why, in which phase and with whom; of those that follow within a second of
-/// one alike, their number. It has no lock of its own.
+/// one alike, their number. What memory is too short for is not told. It has no lock of its own.
 class FailureLog {
   public:
     /// `peer` is NULL where nobody knows it any more.
     void tell(Hold &hold, Phase phase, Address const *peer, std::string_view reason,
-              Clock::time_point now = Clock::now());
+              Clock::time_point now = Clock::now()) noexcept;
 
     /// Tells of those that have only been counted.
-    void tellRest(Hold &hold);
+    void tellRest(Hold &hold) noexcept;
 
   private:
     struct Repetition {
         Clock::time_point told{};
-        std::uint64_t total = 0;
-        std::uint64_t untold = 0;
+        unsigned long long total = 0;
+        unsigned long long untold = 0;
     };
 
     /// By phase and peer.

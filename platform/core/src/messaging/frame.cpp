@@ -15,6 +15,13 @@ constexpr char magic_first = 'K';
 constexpr char magic_second = 'V';
 constexpr char version = 1;
 
+/// Afterwards `size` bytes can be appended and nothing fails in the middle of a frame.
+void makeRoom(std::string &out, std::size_t size) {
+    if (out.capacity() - out.size() < size) {
+        out.reserve(std::max(out.size() + size, 2 * out.capacity()));
+    }
+}
+
 void appendLength(std::string &out, std::size_t length) {
     for (unsigned int shift = 0; shift < 32; shift += 8) {
         out += static_cast<char>((length >> shift) & 0xff);
@@ -70,9 +77,7 @@ std::size_t sizeOf(std::string_view first, std::string_view second) {
 
 void append(std::string &out, Type type, std::string_view first, std::string_view second) {
     std::size_t const size = sizeOf(first, second);
-    if (out.capacity() - out.size() < size) {
-        out.reserve(std::max(out.size() + size, 2 * out.capacity()));
-    }
+    makeRoom(out, size);
     appendHeader(out, type, size - header_size);
     appendLength(out, first.size());
     out += first;
@@ -81,6 +86,7 @@ void append(std::string &out, Type type, std::string_view first, std::string_vie
 }
 
 void append(std::string &out, Type type) {
+    makeRoom(out, header_size);
     appendHeader(out, type, 0);
 }
 

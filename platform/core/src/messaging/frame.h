@@ -44,7 +44,7 @@ std::size_t sizeOf(std::string_view first, std::string_view second);
 /// Appends a frame with two texts, which must fit. Throws std::bad_alloc and changes nothing then.
 void append(std::string &out, Type type, std::string_view first, std::string_view second);
 
-/// Appends a frame without texts.
+/// Appends a frame without texts; likewise.
 void append(std::string &out, Type type);
 
 /// Cuts a stream of bytes into frames. Whoever reads the stream asks for space(), fills a part of it, says

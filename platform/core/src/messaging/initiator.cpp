@@ -21,8 +21,7 @@ void Initiator::close() {
         is_closing_ = true;
         writeLast(hold);
         failures_.tellRest(hold);
-        while (!connections_.empty()) {
-            ConnectionPointer const connection = connections_.back();
+        while (ConnectionPointer const connection = connectionAfter(0)) {
             lose(hold, *connection, "the initiator closes it");
         }
         wakeReceivers();

@@ -20,12 +20,12 @@
 // Locks. One mutex guards all bookkeeping, that of the connections too, and is never held during a system call that
 // could wait, or during a callback. Order: connect mutex, mutex.
 
+#include <chrono>
 #include <condition_variable>
-#include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
-#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -94,12 +94,17 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
         void *context;
     };
 
+    struct Subscription {
+        /// When to look for the service's sockets without being told that there is a new one.
+        Clock::time_point due = Clock::time_point::max();
+        /// What is added to a time of failure; doubled by each that follows another.
+        std::chrono::milliseconds pause = limits::reconnect_pause;
+    };
+
     /// A subscription whose connection is gone.
     struct LostSubscription {
         std::string service;
         Clock::time_point since;
-        /// When to try again without being told that the service is back.
-        Clock::time_point due;
     };
 
     using ConnectionPointer = std::shared_ptr<Connection>;
@@ -108,6 +113,8 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     ConnectionPointer findConnection(Address const &address) KORVO_REQUIRES(mutex_);
     ConnectionPointer findConnection(std::string_view socket_name) KORVO_REQUIRES(mutex_);
     ConnectionPointer findConnection(std::uint64_t serial) KORVO_REQUIRES(mutex_);
+    /// The one with the next higher serial number, or NULL: for walks during which connections come and go.
+    ConnectionPointer connectionAfter(std::uint64_t serial) const KORVO_REQUIRES(mutex_);
     // With status 4 `problem` says why.
     korvo_core_status connect(Address const &address, ConnectionPointer &connection, std::string &problem)
         KORVO_EXCLUDES(mutex_);
@@ -116,9 +123,11 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
         KORVO_EXCLUDES(mutex_);
     process::Descriptor openSocket(std::string const &socket_name, Address const &address,
                                    korvo_core_status &status, std::string &problem);
-    void watch(Connection &connection, bool wanted) KORVO_REQUIRES(mutex_);
-    void updateInterest(Connection &connection) KORVO_REQUIRES(mutex_);
-    void lose(Hold &hold, Connection &connection, char const *reason) KORVO_REQUIRES(mutex_);
+    /// False, with errno, when the messaging thread cannot watch it.
+    bool watch(Connection &connection) KORVO_REQUIRES(mutex_);
+    void updateInterest(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
+    /// Nothing here needs memory: whatever waits for the connection is told, whenever it ends.
+    void lose(Hold &hold, Connection &connection, char const *reason) noexcept KORVO_REQUIRES(mutex_);
     void adoptSubscription(Hold &hold, Connection &connection) KORVO_REQUIRES(mutex_);
 
     // initiator_sending.cpp
@@ -129,7 +138,7 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     bool mayGather(Connection const &connection, Route route) const KORVO_REQUIRES(mutex_);
     /// Returns false where nobody would write what has gathered.
     bool arrangeWriting(Hold &hold) KORVO_REQUIRES(mutex_);
-    void end(Request &request) KORVO_REQUIRES(mutex_);
+    void end(Request &request) noexcept KORVO_REQUIRES(mutex_);
     korvo_core_status fail(Hold &hold, Phase phase, Address const *peer, std::string_view reason)
         KORVO_REQUIRES(mutex_);
 
@@ -162,8 +171,13 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     void routeResponse(Hold &hold, Connection &connection, frame::Frame const &frame) KORVO_REQUIRES(mutex_);
     void routeEvent(Hold &hold, Connection &connection, frame::Frame const &frame) KORVO_REQUIRES(mutex_);
     void keep(Hold &hold, Request &request, Text response) KORVO_REQUIRES(mutex_);
-    void queueResponse(Hold &hold, Delivery response, Text substitute) KORVO_REQUIRES(mutex_);
-    static void setReceiveTimeout(Connection &connection, int timeout);
+    void queueResponse(Hold &hold, DeliveryPlace response, Text substitute) KORVO_REQUIRES(mutex_);
+    void loseKept(Hold &hold, Request &request) KORVO_REQUIRES(mutex_);
+    void loseEvent(Hold &hold, char const *reason) KORVO_REQUIRES(mutex_);
+    /// Where a response to the request will wait for its callback.
+    static DeliveryPlace placeFor(Request const &request);
+    /// False when the socket does not take it.
+    static bool setReceiveTimeout(Connection &connection, int timeout);
 
     // initiator_delivering.cpp
     bool hasCallbacks() const KORVO_REQUIRES(mutex_) {
@@ -188,8 +202,10 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
 
     // initiator_subscribing.cpp
     bool startWatch(bool anew) KORVO_EXCLUDES(mutex_);
-    void scan(std::string const &service) KORVO_EXCLUDES(mutex_);
-    void attach(std::string const &service, std::string const &socket_name) KORVO_EXCLUDES(mutex_);
+    void scan(std::string const &service) noexcept KORVO_EXCLUDES(mutex_);
+    /// False when it failed for a reason that may pass.
+    bool attach(std::string const &service, std::string const &socket_name) KORVO_EXCLUDES(mutex_);
+    void scanLater(std::string_view service) KORVO_REQUIRES(mutex_);
     void handleFolderChange(Hold &hold) KORVO_REQUIRES(mutex_);
     void restoreSubscriptions(Hold &hold) KORVO_REQUIRES(mutex_);
     int restoreTimeout() const KORVO_REQUIRES(mutex_);
@@ -219,6 +235,7 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     DropCounter dropped_responses_ KORVO_GUARDED_BY(mutex_);
     DropCounter dropped_events_ KORVO_GUARDED_BY(mutex_);
     DropCounter dropped_requests_ KORVO_GUARDED_BY(mutex_);
+    DropCounter pauses_ KORVO_GUARDED_BY(mutex_);
     FailureLog failures_ KORVO_GUARDED_BY(mutex_);
     /// Connections whose socket was full.
     unsigned int blocked_ KORVO_GUARDED_BY(mutex_) = 0;
@@ -253,7 +270,10 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     process::Descriptor receivers_wake_;
 
     FolderWatch watch_ KORVO_GUARDED_BY(mutex_);
-    std::set<std::string> subscriptions_ KORVO_GUARDED_BY(mutex_);
+    /// The folder is gone, and so is the watch; it is started again with the next look at it.
+    bool watch_is_over_ KORVO_GUARDED_BY(mutex_) = false;
+    std::map<std::string, Subscription, std::less<>> subscriptions_ KORVO_GUARDED_BY(mutex_);
+    /// By the names of their sockets.
     std::map<std::string, LostSubscription> lost_subscriptions_ KORVO_GUARDED_BY(mutex_);
 };
 

@@ -39,6 +39,16 @@ Initiator::ConnectionPointer Initiator::findConnection(std::string_view socket_n
     return nullptr;
 }
 
+Initiator::ConnectionPointer Initiator::connectionAfter(std::uint64_t serial) const {
+    ConnectionPointer next;
+    for (ConnectionPointer const &connection : connections_) {
+        if (connection->serial > serial && (next == nullptr || connection->serial < next->serial)) {
+            next = connection;
+        }
+    }
+    return next;
+}
+
 Initiator::ConnectionPointer Initiator::findConnection(std::uint64_t serial) {
     for (ConnectionPointer const &connection : connections_) {
         if (connection->serial == serial) {
@@ -84,12 +94,17 @@ korvo_core_status Initiator::connectByName(std::string const &socket_name,
     auto const made = std::make_shared<Connection>(std::move(socket), serial, socket_name, std::move(address),
                                                    knows_target);
     Hold hold(mutex_, log_);
+    // What can fail comes first: afterwards others know the connection.
+    if (connections_.size() == connections_.capacity()) {
+        connections_.reserve(2 * connections_.size() + 4);
+    }
     bool const subscribe = subscriptions_.count(made->address->service) != 0;
     if (subscribe) {
         // Before anybody else can use the connection, so that no event that a command causes comes too early.
         writeControl(hold, *made, frame::Type::subscribe);
     }
     if (is_closing_ || !made->is_alive) {
+        lose(hold, *made, "the handle was closed");
         problem = is_closing_ ? "the handle was closed" : "the connection was lost at once";
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
@@ -98,8 +113,11 @@ korvo_core_status Initiator::connectByName(std::string const &socket_name,
         made->is_subscribed = true;
         adoptSubscription(hold, *made);
     }
-    if (is_running_) {
-        watch(*made, true);
+    if (is_running_ && !made->is_polled && !watch(*made)) {
+        ErrorText const reason(errno);
+        lose(hold, *made, reason.get());
+        problem = std::string("the socket cannot be watched: ") + reason.get();
+        return KORVO_CORE_STATUS_IPC_FAILED;
     }
     wakeReceivers();
     connection = made;
@@ -149,12 +167,15 @@ process::Descriptor Initiator::openSocket(std::string const &socket_name, Addres
     return socket;
 }
 
-void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
+void Initiator::lose(Hold &hold, Connection &connection, char const *reason) noexcept {
     if (!connection.is_alive) {
         return;
     }
     connection.is_alive = false;
-    watch(connection, false);
+    if (connection.is_polled) {
+        connection.is_polled = false;
+        (void)epoll_.remove(connection.socket.get());
+    }
     // Wakes whoever reads or writes the socket now; the descriptor itself is closed by its last user.
     (void)shutdown(connection.socket.get(), SHUT_RDWR);
     if (connection.is_blocked) {
@@ -176,20 +197,30 @@ void Initiator::lose(Hold &hold, Connection &connection, char const *reason) {
     std::string const &service = connection.address->service;
     if (!is_closing_) {
         if (lost.for_callbacks != 0) {
-            hold.warn("lost the connection to service " + service + " (" + reason + "): the responses to " +
-                      std::to_string(lost.for_callbacks) + " asynchronous requests will not come");
+            hold.warn(
+                "lost the connection to service %s (%s): the responses to %u asynchronous requests will not "
+                "come",
+                service.c_str(), reason, lost.for_callbacks);
         }
         if (lost.for_anyone != 0) {
-            hold.warn("lost the connection to service " + service + " (" + reason + "): the responses to " +
-                      std::to_string(lost.for_anyone) + " requests of no object will not come");
+            hold.warn(
+                "lost the connection to service %s (%s): the responses to %u requests of no object will not "
+                "come",
+                service.c_str(), reason, lost.for_anyone);
         }
-        if (connection.is_subscribed && subscriptions_.count(service) != 0) {
-            hold.warn("lost the connection to service " + service + " (" + reason +
-                      "): its events are missed until it is back");
+        auto const subscription = subscriptions_.find(service);
+        if (connection.is_subscribed && subscription != subscriptions_.end()) {
+            hold.warn("lost the connection to service %s (%s): its events are missed until it is back",
+                      service.c_str(), reason);
             auto const now = Clock::now();
             auto const due =
                 now - connection.made < limits::reconnect_pause ? now + limits::reconnect_pause : now;
-            lost_subscriptions_[connection.socket_name] = LostSubscription{service, now, due};
+            subscription->second.due = std::min(subscription->second.due, due);
+            try {
+                lost_subscriptions_.insert_or_assign(connection.socket_name, LostSubscription{service, now});
+            } catch (std::bad_alloc const &) {
+                // Then nobody is told how long events were missed.
+            }
             wakeThread();
         }
     }
@@ -207,28 +238,25 @@ void Initiator::adoptSubscription(Hold &hold, Connection &connection) {
         return;
     }
     auto const gap = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lost->second.since);
-    hold.warn("subscribed again to service " + lost->second.service + "; its events of the last " +
-              std::to_string(gap.count()) + " ms were missed");
+    hold.warn("subscribed again to service %s; its events of the last %lld ms were missed",
+              lost->second.service.c_str(), static_cast<long long>(gap.count()));
     lost_subscriptions_.erase(lost);
 }
 
-void Initiator::watch(Connection &connection, bool wanted) {
-    if (wanted == connection.is_polled) {
-        return;
-    }
-    if (!wanted) {
-        connection.is_polled = !epoll_.remove(connection.socket.get());
-        return;
-    }
+bool Initiator::watch(Connection &connection) {
     connection.polled_events = interestIn(connection);
     connection.is_polled = epoll_.add(connection.socket.get(), connection.serial, connection.polled_events);
+    return connection.is_polled;
 }
 
-void Initiator::updateInterest(Connection &connection) {
+void Initiator::updateInterest(Hold &hold, Connection &connection) {
     unsigned int const events = interestIn(connection);
-    if (connection.is_polled && events != connection.polled_events &&
-        epoll_.change(connection.socket.get(), connection.serial, events)) {
-        connection.polled_events = events;
+    if (!connection.is_polled || events == connection.polled_events) {
+        return;
+    }
+    connection.polled_events = events;
+    if (!epoll_.change(connection.socket.get(), connection.serial, events)) {
+        lose(hold, connection, ErrorText(errno).get());
     }
 }
 

@@ -70,12 +70,10 @@ korvo_core_status Initiator::setResponseCallback(ResponseCallback callback, void
     last_response_context_ = context;
     // What came while nobody was there to take it.
     while (Request *const request = requests_.firstForAnyone()) {
-        Delivery delivery;
-        delivery.address = request->address;
-        delivery.first = Text(request->id);
-        delivery.body = std::move(request->response);
+        DeliveryPlace place = placeFor(*request);
+        place->body = std::move(request->response);
         requests_.erase(*request);
-        queueResponse(hold, std::move(delivery), Text());
+        queueResponse(hold, std::move(place), Text());
     }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
@@ -116,20 +114,20 @@ void Initiator::startThread(Hold &hold) {
     }
     process::Descriptor wake = makeWake();
     epoll_.open();
-    if (!epoll_.add(wake.get(), wake_tag, EPOLLIN)) {
-        epoll_.close();
-        throw std::system_error(errno, std::generic_category(), "epoll");
-    }
     wake_ = std::move(wake);
-    for (ConnectionPointer const &connection : connections_) {
-        watch(*connection, true);
-    }
-    watchFolder();
-
     try {
+        if (!epoll_.add(wake_.get(), wake_tag, EPOLLIN)) {
+            throw std::system_error(errno, std::generic_category(), "epoll");
+        }
+        for (ConnectionPointer const &connection : connections_) {
+            if (!watch(*connection)) {
+                throw std::system_error(errno, std::generic_category(), "epoll");
+            }
+        }
+        watchFolder();
         thread_ = startWorker("korvo-messaging", [self = shared_from_this()] { self->run(); });
-    } catch (std::system_error const &error) {
-        hold.warn("cannot start a thread for callbacks: " + std::string(error.what()));
+    } catch (std::exception const &error) {
+        hold.warn("cannot start a thread for callbacks: %s", error.what());
         stopPolling();
         throw;
     }
@@ -176,8 +174,15 @@ void Initiator::run() {
             }
             restoreSubscriptions(hold);
         } catch (std::exception const &error) {
+            // What could not be done is still there to be done; without the pause this would be all that it does.
             hold.ensureLocked();
-            hold.warn(std::string("a message was lost: ") + error.what());
+            if (pauses_.count()) {
+                hold.warn("the messaging thread pauses, since it cannot do its work: %s (%llu times so far)",
+                          error.what(), pauses_.total());
+            }
+            hold.unlock(mutex_);
+            std::this_thread::sleep_for(limits::failure_rest);
+            hold.lock(mutex_);
         }
     }
     stopPolling();
@@ -210,7 +215,11 @@ void Initiator::deliver(Hold &hold) {
             return;
         }
         if (kind == Deliveries::Kind::event) {
-            callEvent(hold, delivery);
+            try {
+                callEvent(hold, delivery);
+            } catch (std::bad_alloc const &) {
+                loseEvent(hold, "memory is too short for events");
+            }
         } else {
             callResponse(hold, std::move(delivery));
         }
@@ -227,8 +236,8 @@ void Initiator::callResponse(Hold &hold, Delivery delivery) {
     ResponseCallback const callback = registration->callback;
     void *const context = registration->context;
     call(hold, context, [&] {
-        LentText service(delivery.address->service);
-        LentText target(delivery.address->target);
+        LentText service(std::move(delivery.service));
+        LentText target(std::move(delivery.target));
         LentText request_id(std::move(delivery.first));
         LentText response(std::move(delivery.body));
         callback(service.address(), target.address(), request_id.address(), response.address(), context);
@@ -242,10 +251,10 @@ void Initiator::callEvent(Hold &hold, Delivery const &delivery) {
         if (is_closing_ || find(event_callbacks_, context) == event_callbacks_.end()) {
             continue;
         }
+        LentText service(delivery.address->service);
+        LentText source(delivery.first.view());
+        LentText event(delivery.body.view());
         call(hold, context, [&, callback = callback, context = context] {
-            LentText service(delivery.address->service);
-            LentText source(delivery.first.view());
-            LentText event(delivery.body.view());
             callback(service.address(), source.address(), event.address(), context);
         });
     }

@@ -48,27 +48,27 @@ korvo_core_status Initiator::receive(std::string_view request_id, int timeout, T
     RegisteredWaiter registered(hold, *request, *connection);
     Waiter &waiter = registered.waiter;
     bool is_over = false;
+    // The full time-out is mostly what the socket has from the last call, and then costs no system call. Who has waited
+    // for another thread's reading has only the rest of it.
+    int wait = timeout;
     while (waiter.state == Waiter::State::waiting && !is_over) {
         if (connection->has_reader) {
             is_over = deadline.hasPassed();
             if (!is_over) {
                 deadline.wait(waiter.condition, hold.mutex());
+                wait = deadline.remaining();
+                is_over = wait == 0;
             }
             continue;
         }
         ReaderRole const role(hold, *this, *connection);
-        // The full time-out is mostly what the socket has from the last call, and then costs no system call.
-        int wait = timeout;
         int reads = 0;
         while (waiter.state == Waiter::State::waiting && !is_over) {
             ReadResult result = ReadResult::nothing;
-            if (connection->is_blocked) {
+            if (connection->is_blocked || !(deadline.isPoll() || setReceiveTimeout(*connection, wait))) {
                 result = writeAndRead(hold, *connection, wait);
             } else {
                 hold.unlock(mutex_);
-                if (!deadline.isPoll()) {
-                    setReceiveTimeout(*connection, wait);
-                }
                 result = read(hold, *connection, deadline.isPoll() ? MSG_DONTWAIT : 0);
             }
             if (waiter.state == Waiter::State::waiting) {
@@ -83,6 +83,9 @@ korvo_core_status Initiator::receive(std::string_view request_id, int timeout, T
         response = std::move(waiter.response);
         return KORVO_CORE_STATUS_NO_ERROR;
     }
+    if (waiter.state == Waiter::State::out_of_memory) {
+        return KORVO_CORE_STATUS_ALLOC_FAILED;
+    }
     if (waiter.state == Waiter::State::lost) {
         return fail(hold, Phase::read, address.get(),
                     is_closing_ ? "the handle was closed" : "the connection was lost");
@@ -94,7 +97,10 @@ korvo_core_status Initiator::receive(std::string_view request_id, int timeout, T
 }
 
 Initiator::ReadResult Initiator::writeAndRead(Hold &hold, Connection &connection, int timeout) {
-    pollfd ready = {connection.socket.get(), POLLIN | POLLOUT, 0};
+    pollfd ready = {connection.socket.get(), POLLIN, 0};
+    if (connection.is_blocked) {
+        ready.events |= POLLOUT;
+    }
     hold.unlock(mutex_);
     (void)poll(&ready, 1, timeout);
     hold.lock(mutex_);
@@ -203,7 +209,7 @@ Initiator::ReadResult Initiator::read(Hold &hold, Connection &connection, int fl
         return ReadResult::nothing;
     }
     if (count <= 0) {
-        lose(hold, connection, count == 0 ? "it was closed" : errorText(failure).c_str());
+        lose(hold, connection, count == 0 ? "it was closed" : ErrorText(failure).get());
         return ReadResult::lost;
     }
     connection.decoder.filled(static_cast<std::size_t>(count));
@@ -211,13 +217,19 @@ Initiator::ReadResult Initiator::read(Hold &hold, Connection &connection, int fl
     for (;;) {
         switch (connection.decoder.next(frame)) {
             case frame::Decoder::Result::frame:
-                route(hold, connection, frame);
+                try {
+                    route(hold, connection, frame);
+                } catch (std::bad_alloc const &) {
+                    // The frames behind it are other callers'.
+                    hold.warn("service %s sent what memory is too short for; dropped",
+                              connection.address->service.c_str());
+                }
                 break;
             case frame::Decoder::Result::incomplete:
                 return ReadResult::some;
             case frame::Decoder::Result::broken:
-                hold.warn("service " + connection.address->service +
-                          " sent a broken frame: " + connection.decoder.problem());
+                hold.warn("service %s sent a broken frame: %s", connection.address->service.c_str(),
+                          connection.decoder.problem());
                 lose(hold, connection, "it sent a broken frame");
                 return ReadResult::lost;
         }
@@ -230,7 +242,7 @@ void Initiator::route(Hold &hold, Connection &connection, frame::Frame const &fr
     } else if (frame.type == frame::Type::event) {
         routeEvent(hold, connection, frame);
     } else {
-        hold.warn("service " + connection.address->service + " sent what only initiators send; ignored");
+        hold.warn("service %s sent what only initiators send; ignored", connection.address->service.c_str());
     }
 }
 
@@ -239,44 +251,88 @@ void Initiator::routeResponse(Hold &hold, Connection &connection, frame::Frame c
     // Only the service that was asked may answer.
     if (request == nullptr || request->connection != connection.serial) {
         if (dropped_unknown_.count()) {
-            hold.warn("service " + connection.address->service +
-                      " answered a request that is unknown, or known no " + "longer; dropped (" +
-                      std::to_string(dropped_unknown_.total()) + " so far)");
+            hold.warn(
+                "service %s answered a request that is unknown, or known no longer; dropped (%llu so far)",
+                connection.address->service.c_str(), dropped_unknown_.total());
         }
         return;
     }
     if (Waiter *const waiter = request->waiter) {
-        waiter->response = Text(frame.second);
-        waiter->state = Waiter::State::answered;
+        try {
+            waiter->response = Text(frame.second);
+            waiter->state = Waiter::State::answered;
+        } catch (std::bad_alloc const &) {
+            waiter->state = Waiter::State::out_of_memory;
+        }
         waiter->condition.notify_one();
         requests_.erase(*request);
         return;
     }
     if (request->shelf == Request::Shelf::kept) {
         if (dropped_unknown_.count()) {
-            hold.warn("service " + connection.address->service + " answered a request twice; dropped (" +
-                      std::to_string(dropped_unknown_.total()) + " so far)");
+            hold.warn("service %s answered a request twice; dropped (%llu so far)",
+                      connection.address->service.c_str(), dropped_unknown_.total());
         }
         return;
     }
     bool const is_for_anyone = request->route == Route::anyone;
     if (request->route == Route::receiver || (is_for_anyone && response_callbacks_.empty())) {
-        keep(hold, *request, Text(frame.second));
+        try {
+            keep(hold, *request, Text(frame.second));
+        } catch (std::bad_alloc const &) {
+            loseKept(hold, *request);
+        }
         if (is_for_anyone) {
             receivers_.notify_one();
             wakeReceivers();
         }
         return;
     }
-    Delivery delivery;
-    delivery.route = request->route;
-    delivery.owner = request->owner;
-    delivery.address = request->address;
-    delivery.first = Text(frame.first);
-    delivery.body = Text(frame.second);
+    if (is_for_anyone) {
+        try {
+            DeliveryPlace place = placeFor(*request);
+            place->body = Text(frame.second);
+            requests_.erase(*request);
+            queueResponse(hold, std::move(place), Text());
+        } catch (std::bad_alloc const &) {
+            loseKept(hold, *request);
+        }
+        return;
+    }
+    DeliveryPlace place = std::move(request->place);
     Text substitute = std::move(request->response);
     requests_.erase(*request);
-    queueResponse(hold, std::move(delivery), std::move(substitute));
+    try {
+        place->body = Text(frame.second);
+    } catch (std::bad_alloc const &) {
+        hold.warn("service %s sent a response that memory is too short for; its callback gets status 4",
+                  connection.address->service.c_str());
+        place->body = std::move(substitute);
+        deliveries_.putSubstitute(std::move(place));
+        wakeThread();
+        return;
+    }
+    queueResponse(hold, std::move(place), std::move(substitute));
+}
+
+void Initiator::loseKept(Hold &hold, Request &request) {
+    if (request.route == Route::anyone) {
+        ++receiver_losses_;
+    }
+    hold.warn("service %s sent a response that memory is too short for; dropped",
+              request.address->service.c_str());
+    requests_.erase(request);
+}
+
+DeliveryPlace Initiator::placeFor(Request const &request) {
+    Delivery delivery;
+    delivery.route = request.route;
+    delivery.owner = request.owner;
+    delivery.address = request.address;
+    delivery.first = Text(request.id);
+    delivery.service = Text(request.address->service);
+    delivery.target = Text(request.address->target);
+    return DeliveryPlace(std::move(delivery));
 }
 
 void Initiator::routeEvent(Hold &hold, Connection &connection, frame::Frame const &frame) {
@@ -284,15 +340,27 @@ void Initiator::routeEvent(Hold &hold, Connection &connection, frame::Frame cons
     if (!connection.is_subscribed) {
         return;
     }
-    Delivery event;
-    event.address = connection.address;
-    event.first = Text(frame.first);
-    event.body = Text(frame.second);
-    if (deliveries_.putEvent(std::move(event))) {
+    DeliveryPlace place;
+    try {
+        Delivery event;
+        event.address = connection.address;
+        event.first = Text(frame.first);
+        event.body = Text(frame.second);
+        place = DeliveryPlace(std::move(event));
+    } catch (std::bad_alloc const &) {
+        loseEvent(hold, "memory is too short for events");
+        return;
+    }
+    if (deliveries_.putEvent(std::move(place))) {
         wakeThread();
-    } else if (dropped_events_.count()) {
-        hold.warn("events come faster than the callbacks take them; dropped (" +
-                  std::to_string(dropped_events_.total()) + " so far)");
+    } else {
+        loseEvent(hold, "events come faster than the callbacks take them");
+    }
+}
+
+void Initiator::loseEvent(Hold &hold, char const *reason) {
+    if (dropped_events_.count()) {
+        hold.warn("%s; dropped (%llu so far)", reason, dropped_events_.total());
     }
 }
 
@@ -302,31 +370,32 @@ void Initiator::keep(Hold &hold, Request &request, Text response) {
         tell = dropped_kept_.count() || tell;
     }
     if (tell) {
-        hold.warn("responses are not received; the oldest were dropped (" +
-                  std::to_string(dropped_kept_.total()) + " so far)");
+        hold.warn("responses are not received; the oldest were dropped (%llu so far)", dropped_kept_.total());
     }
 }
 
-void Initiator::queueResponse(Hold &hold, Delivery response, Text substitute) {
+void Initiator::queueResponse(Hold &hold, DeliveryPlace response, Text substitute) {
     if (!deliveries_.putResponse(std::move(response), std::move(substitute)) && dropped_responses_.count()) {
-        hold.warn("responses come faster than the callbacks take them; dropped (" +
-                  std::to_string(dropped_responses_.total()) + " so far)");
+        hold.warn("responses come faster than the callbacks take them; dropped (%llu so far)",
+                  dropped_responses_.total());
     }
     wakeThread();
 }
 
-void Initiator::setReceiveTimeout(Connection &connection, int timeout) {
+bool Initiator::setReceiveTimeout(Connection &connection, int timeout) {
     if (connection.receive_timeout == timeout) {
-        return;
+        return true;
     }
     timeval value = {};
     if (timeout > 0) {
         value.tv_sec = timeout / 1000;
         value.tv_usec = (timeout % 1000) * 1000;
     }
-    if (setsockopt(connection.socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value) == 0) {
-        connection.receive_timeout = timeout < 0 ? -1 : timeout;
+    if (setsockopt(connection.socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value) != 0) {
+        return false;
     }
+    connection.receive_timeout = timeout < 0 ? -1 : timeout;
+    return true;
 }
 
 }  // namespace platform

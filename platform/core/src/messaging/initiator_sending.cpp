@@ -160,8 +160,10 @@ korvo_core_status Initiator::track(Hold &hold, Connection &connection, std::stri
                         "threads wait for as many responses as can be waited for");
         }
         if (dropped_requests_.count()) {
-            hold.warn("more requests are unanswered than can be kept track of; the oldest were given up (" +
-                      std::to_string(dropped_requests_.total()) + " so far)");
+            hold.warn(
+                "more requests are unanswered than can be kept track of; the oldest were given up (%llu so "
+                "far)",
+                dropped_requests_.total());
         }
         if (oldest->route == Route::owner_callback) {
             end(*oldest);
@@ -169,23 +171,27 @@ korvo_core_status Initiator::track(Hold &hold, Connection &connection, std::stri
         requests_.erase(*oldest);
     }
     Text substitute = is_asynchronous ? Text(purpose.substitute) : Text();
-    request = &requests_.add(request_id, connection.serial, connection.address, purpose.route, purpose.owner);
-    request->response = std::move(substitute);
+    Request &added =
+        requests_.add(request_id, connection.serial, connection.address, purpose.route, purpose.owner);
     if (is_asynchronous) {
-        request->unanswered = &connection.unanswered;
+        try {
+            // With it, ending the call needs no memory any more.
+            added.place = placeFor(added);
+        } catch (...) {
+            requests_.erase(added);
+            throw;
+        }
+        added.response = std::move(substitute);
+        added.unanswered = &connection.unanswered;
         ++connection.unanswered;
     }
+    request = &added;
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-void Initiator::end(Request &request) {
-    Delivery delivery;
-    delivery.route = Route::owner_callback;
-    delivery.owner = request.owner;
-    delivery.address = request.address;
-    delivery.first = Text(request.id);
-    delivery.body = std::move(request.response);
-    deliveries_.putSubstitute(std::move(delivery));
+void Initiator::end(Request &request) noexcept {
+    request.place->body = std::move(request.response);
+    deliveries_.putSubstitute(std::move(request.place));
     wakeThread();
 }
 

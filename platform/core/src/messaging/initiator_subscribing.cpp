@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Initiator: subscriptions, which outlive the connections that they are made on.
-#include <filesystem>
-#include <limits>
+#include <algorithm>
+#include <optional>
 
 #include "messaging/initiator.h"
 
@@ -10,6 +10,7 @@ namespace platform {
 korvo_core_status Initiator::subscribe(std::string_view service) {
     std::string const name(service);
     bool is_watching = false;
+    bool is_over = false;
     {
         Hold hold(mutex_, log_);
         if (is_closing_) {
@@ -18,15 +19,16 @@ korvo_core_status Initiator::subscribe(std::string_view service) {
         if (subscriptions_.count(name) != 0) {
             return KORVO_CORE_STATUS_NO_ERROR;
         }
-        is_watching = watch_.descriptor() >= 0;
+        is_over = watch_is_over_;
+        is_watching = watch_.descriptor() >= 0 && !is_over;
     }
     // Watched before it is looked at, so that no service slips through in between.
-    if (!is_watching && !startWatch(false)) {
+    if (!is_watching && !startWatch(is_over)) {
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     {
         Hold hold(mutex_, log_);
-        subscriptions_.insert(name);
+        subscriptions_.emplace(name, Subscription());
     }
     scan(name);
     return KORVO_CORE_STATUS_NO_ERROR;
@@ -37,22 +39,22 @@ korvo_core_status Initiator::unsubscribe(std::string_view service) {
     if (is_closing_) {
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
-    if (subscriptions_.erase(std::string(service)) == 0) {
-        hold.warn("cannot unsubscribe from service " + std::string(service) + ": it is not subscribed to");
+    auto const subscription = subscriptions_.find(service);
+    if (subscription == subscriptions_.end()) {
+        hold.warn("cannot unsubscribe from service %.*s: it is not subscribed to",
+                  static_cast<int>(service.size()), service.data());
         return KORVO_CORE_STATUS_INVALID_PARAMS;
     }
+    subscriptions_.erase(subscription);
     for (auto lost = lost_subscriptions_.begin(); lost != lost_subscriptions_.end();) {
         lost = lost->second.service == service ? lost_subscriptions_.erase(lost) : std::next(lost);
     }
-    std::vector<ConnectionPointer> subscribed;
-    for (ConnectionPointer const &connection : connections_) {
+    for (ConnectionPointer connection = connectionAfter(0); connection != nullptr;
+         connection = connectionAfter(connection->serial)) {
         if (connection->is_subscribed && connection->address->service == service) {
             connection->is_subscribed = false;
-            subscribed.push_back(connection);
+            writeControl(hold, *connection, frame::Type::unsubscribe);
         }
-    }
-    for (ConnectionPointer const &connection : subscribed) {
-        writeControl(hold, *connection, frame::Type::unsubscribe);
     }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
@@ -65,28 +67,38 @@ bool Initiator::startWatch(bool anew) {
     Hold hold(mutex_, log_);
     if (anew || watch_.descriptor() < 0) {
         watch_ = std::move(watch);
+        watch_is_over_ = false;
         watchFolder();
     }
     return true;
 }
 
-void Initiator::scan(std::string const &service) {
-    std::vector<std::string> names;
-    std::error_code failure;
-    std::filesystem::directory_iterator entry(folder_.path(), failure);
-    while (!failure && entry != std::filesystem::directory_iterator()) {
-        std::string name = entry->path().filename().string();
-        if (isSocketOf(name, service)) {
-            names.push_back(std::move(name));
+void Initiator::scan(std::string const &service) noexcept {
+    bool is_done = false;
+    try {
+        std::optional<std::vector<std::string>> const names = folder_.names(log_);
+        is_done = names.has_value();
+        if (is_done) {
+            for (std::string const &name : *names) {
+                is_done = (!isSocketOf(name, service) || attach(service, name)) && is_done;
+            }
         }
-        entry.increment(failure);
+    } catch (std::exception const &error) {
+        log_.warning("cannot look for the sockets of service %s: %s", service.c_str(), error.what());
+        is_done = false;
     }
-    for (std::string const &name : names) {
-        attach(service, name);
+    Hold hold(mutex_, log_);
+    if (!is_done) {
+        scanLater(service);
+        return;
+    }
+    auto const subscription = subscriptions_.find(service);
+    if (subscription != subscriptions_.end()) {
+        subscription->second.pause = limits::reconnect_pause;
     }
 }
 
-void Initiator::attach(std::string const &service, std::string const &socket_name) {
+bool Initiator::attach(std::string const &service, std::string const &socket_name) {
     ConnectionPointer connection;
     auto const address = std::make_shared<Address const>(Address{service, ""});
     std::string problem;
@@ -94,64 +106,100 @@ void Initiator::attach(std::string const &service, std::string const &socket_nam
     Hold hold(mutex_, log_);
     if (status == KORVO_CORE_STATUS_IPC_FAILED) {
         (void)fail(hold, Phase::connect, address.get(), problem);
+        return false;
     }
     if (status != KORVO_CORE_STATUS_NO_ERROR || !connection->is_alive || connection->is_subscribed ||
         subscriptions_.count(service) == 0) {
-        return;
+        return true;
     }
     connection->is_subscribed = true;
+    try {
+        writeControl(hold, *connection, frame::Type::subscribe);
+    } catch (...) {
+        hold.ensureLocked();
+        connection->is_subscribed = false;
+        throw;
+    }
     adoptSubscription(hold, *connection);
-    writeControl(hold, *connection, frame::Type::subscribe);
+    return true;
+}
+
+void Initiator::scanLater(std::string_view service) {
+    auto const subscription = subscriptions_.find(service);
+    if (subscription == subscriptions_.end()) {
+        return;
+    }
+    auto &[due, pause] = subscription->second;
+    due = std::min(due, Clock::now() + pause);
+    pause = std::min(2 * pause, limits::longest_reconnect_pause);
+    wakeThread();
 }
 
 void Initiator::handleFolderChange(Hold &hold) {
-    FolderWatch::Change const change = watch_.look();
-    std::set<std::string> const services = subscriptions_;
-    hold.unlock(mutex_);
-    bool look_at_all = change.is_incomplete;
-    if (change.is_over) {
-        log_.warning("the runtime folder %s was removed; made again", folder_.path().c_str());
-        look_at_all = startWatch(true);
-    }
-    for (std::string const &service : services) {
-        if (look_at_all) {
-            scan(service);
+    try {
+        FolderWatch::Change const change = watch_.look();
+        if (change.is_over) {
+            hold.warn("the runtime folder %s was removed; made again", folder_.path().c_str());
+            watch_is_over_ = true;
         }
-        for (std::string const &name : change.names) {
-            if (isSocketOf(name, service)) {
-                attach(service, name);
+        if (change.is_over || change.is_incomplete) {
+            for (auto &entry : subscriptions_) {
+                entry.second.due = Clock::now();
             }
         }
+        for (std::string const &name : change.names) {
+            for (auto &[service, subscription] : subscriptions_) {
+                if (isSocketOf(name, service)) {
+                    subscription.due = Clock::now();
+                }
+            }
+        }
+    } catch (std::bad_alloc const &) {
+        // Nobody knows what has changed.
+        for (auto &entry : subscriptions_) {
+            scanLater(entry.first);
+        }
     }
-    hold.lock(mutex_);
 }
 
 void Initiator::restoreSubscriptions(Hold &hold) {
-    if (lost_subscriptions_.empty()) {
-        return;
-    }
-    std::vector<std::pair<std::string, std::string>> due;
+    std::vector<std::string> due;
     auto const now = Clock::now();
-    for (auto &[socket_name, lost] : lost_subscriptions_) {
-        if (lost.due <= now) {
-            // Later ones are made when the service's socket appears.
-            lost.due = Clock::time_point::max();
-            due.emplace_back(lost.service, socket_name);
+    for (auto const &[service, subscription] : subscriptions_) {
+        if (subscription.due <= now) {
+            due.push_back(service);
         }
     }
     if (due.empty()) {
         return;
     }
+    if (watch_is_over_) {
+        // First, so that no service slips through in between.
+        hold.unlock(mutex_);
+        bool const is_watching = startWatch(true);
+        hold.lock(mutex_);
+        for (std::string const &service : due) {
+            if (!is_watching) {
+                scanLater(service);
+            }
+        }
+    }
+    for (std::string const &service : due) {
+        auto const subscription = subscriptions_.find(service);
+        if (subscription != subscriptions_.end() && subscription->second.due <= now) {
+            subscription->second.due = Clock::time_point::max();
+        }
+    }
     hold.unlock(mutex_);
-    for (auto const &[service, socket_name] : due) {
-        attach(service, socket_name);
+    for (std::string const &service : due) {
+        scan(service);
     }
     hold.lock(mutex_);
 }
 
 int Initiator::restoreTimeout() const {
     auto next = Clock::time_point::max();
-    for (auto const &entry : lost_subscriptions_) {
+    for (auto const &entry : subscriptions_) {
         next = std::min(next, entry.second.due);
     }
     if (next == Clock::time_point::max()) {

@@ -175,7 +175,7 @@ bool Initiator::wakeWriter(Hold &hold) {
         writer_ = startWorker("korvo-sending", [self = shared_from_this()] { self->runWriter(); });
     } catch (std::exception const &error) {
         full_.close();
-        hold.warn("cannot start a thread that sends: " + std::string(error.what()));
+        hold.warn("cannot start a thread that sends: %s", error.what());
         return false;
     }
     writer_is_running_ = true;
@@ -201,7 +201,7 @@ void Initiator::runWriter() {
             waitToWrite(hold);
         } catch (std::exception const &error) {
             hold.ensureLocked();
-            hold.warn(std::string("a command was lost: ") + error.what());
+            hold.warn("a command was lost: %s", error.what());
         }
     }
     for (ConnectionPointer const &connection : connections_) {
@@ -239,8 +239,8 @@ void Initiator::waitToWrite(Hold &hold) {
 
 void Initiator::writeLast(Hold &hold) {
     Deadline const deadline(static_cast<int>(limits::last_sending.count()));
-    std::vector<ConnectionPointer> const connections = connections_;
-    for (ConnectionPointer const &connection : connections) {
+    for (ConnectionPointer connection = connectionAfter(0); connection != nullptr;
+         connection = connectionAfter(connection->serial)) {
         // Whoever is just writing waits for nobody, and does not take the rest along any more.
         while (connection->is_sending && connection->is_alive && !deadline.hasPassed()) {
             deadline.wait(written_, hold.mutex());
@@ -255,9 +255,14 @@ void Initiator::writeLast(Hold &hold) {
         connection->is_sending = true;
         WriteResult written = WriteResult::blocked;
         while (written == WriteResult::blocked && connection->is_alive) {
-            connection->outgoing += connection->gathered;
-            connection->gathered.clear();
+            if (connection->outgoing.empty()) {
+                connection->takeGathered();
+            }
             written = write(hold, *connection);
+            if (written == WriteResult::whole && !connection->gathered.empty()) {
+                written = WriteResult::blocked;
+                continue;
+            }
             if (written == WriteResult::blocked) {
                 if (deadline.hasPassed()) {
                     break;
@@ -271,8 +276,8 @@ void Initiator::writeLast(Hold &hold) {
         connection->is_sending = false;
         std::size_t const unsent = connection->unsent();
         if (unsent != 0) {
-            hold.warn(std::to_string(unsent) + " bytes of commands for service " +
-                      connection->address->service + " were not sent: the handle was closed");
+            hold.warn("%zu bytes of commands for service %s were not sent: the handle was closed", unsent,
+                      connection->address->service.c_str());
         }
     }
 }

@@ -10,14 +10,14 @@ Initiator::ReaderRole::ReaderRole(Hold &hold, Initiator &initiator, Connection &
     : hold_(hold), initiator_(initiator), connection_(connection) {
     connection_.has_reader = true;
     if (!by_messaging_thread) {
-        initiator_.updateInterest(connection_);
+        initiator_.updateInterest(hold_, connection_);
     }
 }
 
 Initiator::ReaderRole::~ReaderRole() {
     hold_.ensureLocked();
     connection_.has_reader = false;
-    initiator_.updateInterest(connection_);
+    initiator_.updateInterest(hold_, connection_);
     for (Waiter *const waiter : connection_.waiters) {
         if (waiter->state == Waiter::State::waiting) {
             waiter->condition.notify_one();

@@ -46,7 +46,7 @@ Request *RequestTable::oldestUnattended() {
     return nullptr;
 }
 
-unsigned int RequestTable::keep(Request &request, Text response) {
+unsigned int RequestTable::keep(Request &request, Text response) noexcept {
     request.unlink();
     request.response = std::move(response);
     request.shelf = Request::Shelf::kept;
@@ -64,7 +64,7 @@ Request *RequestTable::firstForAnyone() {
     return kept_for_anyone_.list.empty() ? nullptr : &kept_for_anyone_.list.front();
 }
 
-void RequestTable::erase(Request &request) {
+void RequestTable::erase(Request &request) noexcept {
     if (request.sender != nullptr) {
         request.sender->request = nullptr;
     }

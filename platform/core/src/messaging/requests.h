@@ -13,14 +13,9 @@
 
 #include "base/text.h"
 #include "messaging/bounds.h"
+#include "messaging/delivery.h"
 
 namespace platform {
-
-/// Where a connection leads.
-struct Address {
-    std::string service;
-    std::string target;
-};
 
 struct Request;
 
@@ -34,21 +29,17 @@ struct Sender {
 
 /// A thread that waits for one response.
 struct Waiter {
-    enum class State { waiting, answered, lost };
+    enum class State {
+        waiting,
+        answered,
+        lost,
+        /// It was answered, and memory was too short for the response.
+        out_of_memory,
+    };
 
     std::condition_variable condition;
     State state = State::waiting;
     Text response;
-};
-
-/// Whom the response to a request is for.
-enum class Route {
-    /// Sent by command_send(): the last registered response callback, or whoever receives next.
-    anyone,
-    /// Sent for an object: kept until it is received by its identifier.
-    receiver,
-    /// Sent for an object as an asynchronous one: the object's callback.
-    owner_callback,
 };
 
 /// One command that was sent, from then until its response has been taken.
@@ -69,6 +60,8 @@ struct Request
     /// Of a kept one, the response. Of an outstanding one for its owner's callback, what the callback gets when no
     /// response can come any more.
     Text response;
+    /// Of one for its owner's callback.
+    DeliveryPlace place;
 };
 
 /// The requests of one initiator. It has no lock of its own: the initiator's mutex guards it.
@@ -87,13 +80,14 @@ class RequestTable {
     Request *oldestUnattended();
 
     /// Keeps the response of an outstanding request until it is taken. Returns how many older ones had to go.
-    unsigned int keep(Request &request, Text response);
+    unsigned int keep(Request &request, Text response) noexcept;
 
     /// The oldest kept response that is for anyone, or NULL.
     Request *firstForAnyone();
-    void erase(Request &request);
+    void erase(Request &request) noexcept;
     /// What was outstanding on a connection is erased, and its waiters and senders are told. What was for callbacks and
-    /// has been sent is handed to `end` before; other requests that nobody waits for are counted.
+    /// has been sent is handed to `end` before; other requests that nobody waits for are counted. Throws what `end` does
+    /// and nothing else.
     struct Lost {
         unsigned int for_anyone = 0;
         unsigned int for_callbacks = 0;

@@ -90,8 +90,8 @@ Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std
         std::size_t const more = first.size() + second.size();
         if (type == frame::Type::event && waiting != 0 && waiting + more > limits::outgoing_event_bytes) {
             if (peer->dropped_events.count()) {
-                hold.warn("an initiator of service " + service_ + " does not read its events; dropped " +
-                          std::to_string(peer->dropped_events.total()) + " so far");
+                hold.warn("an initiator of service %s does not read its events; dropped %llu so far",
+                          service_.c_str(), peer->dropped_events.total());
             }
             return PassResult::done;
         }

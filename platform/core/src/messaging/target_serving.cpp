@@ -87,7 +87,7 @@ void Target::startThread(Hold &hold) {
         thread_ = startWorker("korvo-service", [self = shared_from_this()] { self->run(); });
     } catch (std::exception const &error) {
         callback_ = nullptr;
-        hold.warn("cannot start a thread for commands: " + std::string(error.what()));
+        hold.warn("cannot start a thread for commands: %s", error.what());
         throw;
     }
     thread_id_ = thread_.get_id();
@@ -116,7 +116,7 @@ void Target::run() {
             hold.lock(mutex_);
         } catch (std::exception const &error) {
             hold.ensureLocked();
-            hold.warn(std::string("a command was lost: ") + error.what());
+            hold.warn("a command was lost: %s", error.what());
         }
     }
     is_serving_ = false;
@@ -208,9 +208,8 @@ void Target::acceptPeers() {
         Hold hold(mutex_, log_);
         if (peers_.size() >= limits::peers) {
             if (refused_peers_.count()) {
-                hold.warn("refused an initiator: service " + service_ + " has " +
-                          std::to_string(limits::peers) + " already; " +
-                          std::to_string(refused_peers_.total()) + " refused so far");
+                hold.warn("refused an initiator: service %s has %zu already; %llu refused so far",
+                          service_.c_str(), limits::peers, refused_peers_.total());
             }
             continue;
         }
@@ -218,7 +217,7 @@ void Target::acceptPeers() {
         auto const peer =
             std::make_shared<Peer>(std::move(connected), number, source_prefix_ + std::to_string(number));
         if (!epoll_.add(peer->socket.get(), number, EPOLLIN)) {
-            hold.warn("refused an initiator: " + errorText(errno));
+            hold.warn("refused an initiator: %s", errorText(errno).c_str());
             continue;
         }
         peers_.emplace(number, peer);

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/rounds.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <thread>
+
+namespace torture {
+
+namespace {
+
+/// Far more allocations than any work makes.
+constexpr std::size_t most_rounds = 20'000;
+
+/// A round takes milliseconds; whoever is so late does not come any more.
+constexpr unsigned int seconds_of_a_round = 60;
+
+/// What is being done, for those who can allocate nothing to say it.
+std::array<char, 200> current{};
+
+void tellAndDie(int signal) {
+    static constexpr char crashed[] = "\ntorture: it crashed, or hung, in round: ";
+    (void)!write(STDOUT_FILENO, crashed, sizeof crashed - 1);
+    (void)!write(STDOUT_FILENO, current.data(), std::strlen(current.data()));
+    (void)!write(STDOUT_FILENO, "\n", 1);
+    (void)std::signal(signal, SIG_DFL);
+    (void)raise(signal);
+}
+
+void watchForTheEnd() {
+    for (int const signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) {
+        (void)std::signal(signal, tellAndDie);
+    }
+}
+
+std::string patternOf(std::size_t count) {
+    return count == live_blocks::for_ever ? "all from there on" : std::to_string(count) + " in a row";
+}
+
+/// Takes what may stay out of what has stayed.
+std::vector<std::size_t> unexpected(std::vector<live_blocks::Block> const &left, Leavings leavings) {
+    std::vector<std::size_t> sizes;
+    for (live_blocks::Block const &block : left) {
+        auto const allowed = std::find(leavings.begin(), leavings.end(), block.size);
+        if (allowed != leavings.end()) {
+            leavings.erase(allowed);
+        } else {
+            sizes.push_back(block.size);
+        }
+    }
+    return sizes;
+}
+
+/// Tells at the end how much was tried.
+class Tally : public ::testing::Environment {
+  public:
+    void TearDown() override { std::printf("torture: %zu rounds, %zu failures\n", rounds, failures); }
+
+    std::size_t rounds = 0;
+    std::size_t failures = 0;
+};
+
+Tally *const tally = static_cast<Tally *>(::testing::AddGlobalTestEnvironment(new Tally));
+
+/// Whether anything failed.
+bool doRound(std::string const &what, std::function<void(Fault &)> const &round, Leavings const &leavings,
+             std::size_t nth, std::size_t count) {
+    (void)std::snprintf(current.data(), current.size(), "%s, allocation %zu, %s", what.c_str(), nth,
+                        patternOf(count).c_str());
+    SCOPED_TRACE(current.data());
+    Fault fault(nth, count);
+    (void)alarm(seconds_of_a_round);
+    live_blocks::Recording recording;
+    std::thread([&] { round(fault); }).join();
+    std::vector<live_blocks::Block> const left = recording.end();
+    (void)alarm(0);
+    EXPECT_EQ(unexpected(left, leavings), std::vector<std::size_t>{})
+        << "bytes of blocks that were left behind";
+    for (live_blocks::Block const &block : left) {
+        std::free(block.address);
+    }
+    ++tally->rounds;
+    tally->failures += fault.failed();
+    return fault.failed() != 0;
+}
+
+}  // namespace
+
+bool isLong() {
+    char const *const wanted = std::getenv("KORVO_TORTURE");
+    return wanted != nullptr && std::string(wanted) == "long";
+}
+
+void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
+                         Leavings const &leavings) {
+    watchForTheEnd();
+    // What is made once and stays: caches of stacks, and what the C library knows of the time zone.
+    {
+        std::time_t const now = std::time(nullptr);
+        std::tm local{};
+        (void)localtime_r(&now, &local);
+        Fault none(most_rounds, 1);
+        std::thread([&] { round(none); }).join();
+    }
+    if (char const *const only = std::getenv("KORVO_TORTURE_ONLY")) {
+        char *end = nullptr;
+        std::size_t const nth = std::strtoul(only, &end, 10);
+        std::size_t const count = std::strtoul(end, nullptr, 10);
+        (void)doRound(what, round, leavings, nth, count == 0 ? live_blocks::for_ever : count);
+        return;
+    }
+    for (std::size_t const count : {std::size_t{1}, std::size_t{2}, std::size_t{3}, live_blocks::for_ever}) {
+        std::size_t const step = count == 1 || isLong() ? 1 : count == live_blocks::for_ever ? 3 : 7;
+        std::size_t nth = 1;
+        while (nth < most_rounds && doRound(what, round, leavings, nth, count) &&
+               !::testing::Test::HasFailure()) {
+            nth += step;
+        }
+        EXPECT_GT(nth, 1U) << what << ": no allocation was made to fail";
+        EXPECT_LT(nth, most_rounds) << what << ": allocations go on failing";
+        if (::testing::Test::HasFailure()) {
+            return;
+        }
+    }
+}
+
+}  // namespace torture

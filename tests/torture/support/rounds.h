@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef KORVO_TESTS_TORTURE_ROUNDS_H
+#define KORVO_TESTS_TORTURE_ROUNDS_H
+
+// Work that is done again and again while one more allocation succeeds each time.
+//
+// A round that fails the test, crashes or hangs is named with the number of its allocation, and
+// KORVO_TORTURE_ONLY="<nth> <count>" with --gtest_filter repeats it alone. KORVO_TORTURE=long looks at every allocation
+// in every pattern; without it the rarer patterns look at a part of them.
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "live_blocks/live_blocks.h"
+
+namespace torture {
+
+/// What fails in a round.
+class Fault {
+  public:
+    Fault(std::size_t nth, std::size_t count) : nth_(nth), count_(count) {}
+
+    /// From here on allocations are counted, and fail, until stop().
+    void start() { failing_.emplace(nth_, count_); }
+    void stop() {
+        if (failing_) {
+            failing_->stop();
+        }
+    }
+    std::size_t failed() const { return failing_ ? failing_->failed() : 0; }
+    bool isForEver() const { return count_ == live_blocks::for_ever; }
+
+    /// Whether all has failed that is going to.
+    bool isOver() const { return failed() >= count_; }
+
+  private:
+    std::size_t nth_;
+    std::size_t count_;
+    std::optional<live_blocks::FailingAllocations> failing_;
+};
+
+/// Blocks that a round may leave: sizes, each as often as it stands there.
+using Leavings = std::vector<std::size_t>;
+
+/// Does `round` for the first allocation, the second and so on, until one in which nothing failed; and so with one
+/// failure, two and three in a row, and one without end. Each round is a thread of its own; what it has allocated must be
+/// free at its end, but for `leavings`.
+void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
+                         Leavings const &leavings = {});
+
+bool isLong();
+
+}  // namespace torture
+
+#endif
