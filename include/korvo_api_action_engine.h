@@ -36,8 +36,8 @@
  * callback that is just running, then waits until the calls that other threads are inside have returned, and
  * takes the rest down afterwards, so no message and no call meets a half-gone handle. The development
  * platform ends calls that wait for a response when their messaging is closed: they return 4, within 100 ms.
- * A camera's platform need not; deinit then lasts as long as their time-outs do. Call it from no callback of
- * that handle, and hold no lock that a callback of yours waits for.
+ * A camera's platform need not; deinit then lasts as long as their time-outs do. From a callback of that
+ * handle it does nothing but log an error; and hold no lock that a callback of yours waits for.
  *
  * Stopping handles that SHARE a messaging handle is different. At deinit the library touches nothing of a
  * shared messaging handle: it neither unsubscribes from events nor takes back the entry points that it
@@ -180,7 +180,7 @@
  *     each other;
  *   - an event handler neither registers nor unregisters event handlers: such a call changes nothing and
  *     logs an error;
- *   - initiator_deinit may not be called.
+ *   - initiator_deinit destroys nothing: it logs an error and returns 0, and the handle stays usable.
  * A slow callback keeps later responses and events of its handle waiting. A callback that throws a C++
  * exception is cut short there and logged like a failed reading (see "Log lines").
  *
@@ -366,12 +366,14 @@ KORVO_API_ACTION_ENGINE_EXPORT korvo_core_status korvo_api_action_engine_initiat
 /*
  * Ends a client handle and frees it, with everything registered on it; NULL is allowed and does nothing.
  * Messaging of its own is closed first, and a callback that is just running is waited for. Shared messaging
- * is not touched: close it BEFORE this call (see the head of this file). Never called from a callback of the
- * handle.
+ * is not touched: close it BEFORE this call (see the head of this file).
+ * On purpose: from inside a callback or handler of the handle it ends and frees nothing, logs an error and
+ * returns 0; the handle stays usable and is ended later, from elsewhere.
  *
  * Statuses
  *   always 0.
  * Log lines (error)
+ *   "korvo_api_action_engine_initiator_deinit does nothing: it was called from inside a callback of its handle"
  *   "~korvoInitiatorInterfaces: failed call to initiator deinit (<status>)"  the messaging could not be
  *       closed; the handle is gone nevertheless.
  */

@@ -97,6 +97,18 @@ void IAction_engineInitiator::subclassEventDispatch(char const *source, char con
     }
 }
 
+bool IAction_engineInitiator::refusesInCallback(char const *function) noexcept {
+    if (delivering_.load(std::memory_order_relaxed) != std::this_thread::get_id()) {
+        return false;
+    }
+    try {
+        IPC_LOG_ERR("%s does nothing: it was called from inside a callback of its handle", function);
+    } catch (...) {
+        // The handle stays, whether or not that can be told.
+    }
+    return true;
+}
+
 void IAction_engineInitiator::logException(char const *function) noexcept {
     try {
         IPC_LOG_ERR("Threw an exception in function %s", function);

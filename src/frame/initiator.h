@@ -15,6 +15,7 @@
 #include <list>
 #include <map>
 #include <string_view>
+#include <thread>
 #include <utility>
 
 #include "frame/callback_registry.h"
@@ -58,6 +59,27 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
       private:
         IAction_engineInitiator &initiator_;
     };
+
+    /// Stands for a message that the messaging layer is just delivering to the object on this thread, which it does with
+    /// one at a time.
+    class Delivery {
+      public:
+        explicit Delivery(IAction_engineInitiator &initiator) noexcept
+            : initiator_(initiator),
+              before_(initiator.delivering_.exchange(std::this_thread::get_id(), std::memory_order_relaxed)) {
+        }
+        ~Delivery() { initiator_.delivering_.store(before_, std::memory_order_relaxed); }
+
+        Delivery(Delivery const &) = delete;
+        Delivery &operator=(Delivery const &) = delete;
+
+      private:
+        IAction_engineInitiator &initiator_;
+        std::thread::id const before_;
+    };
+
+    /// Whether the caller is inside a callback of the object. If so that is logged: `function` does nothing then.
+    bool refusesInCallback(char const *function) noexcept;
 
     void subclassResponseDispatch(char const *method, char *target, char *request_id,
                                   json::Object &response) override;
@@ -140,6 +162,7 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
     pid_t const process_ = getpid();
     std::atomic<unsigned int> visits_{0};
     std::atomic<bool> is_ending_{false};
+    std::atomic<std::thread::id> delivering_{std::thread::id()};
 };
 
 #endif

@@ -24,7 +24,12 @@ korvo_core_status korvo_api_action_engine_initiator_init(void *messaging_handle,
 }
 
 korvo_core_status korvo_api_action_engine_initiator_deinit(void *handle) noexcept {
-    delete static_cast<IAction_engineInitiator *>(handle);
+    auto *const initiator = static_cast<IAction_engineInitiator *>(handle);
+    // On purpose: 0, since no caller looks at the status of an end. The callback goes on using the handle, and so do those
+    // that it returns to.
+    if (initiator == nullptr || !initiator->refusesInCallback("korvo_api_action_engine_initiator_deinit")) {
+        delete initiator;
+    }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 

@@ -6,17 +6,20 @@
 namespace messaging_entries {
 
 void response(char **service, char **target, char **request_id, char **response, void *context) noexcept {
+    auto &initiator = *static_cast<IAction_engineInitiator *>(context);
+    IAction_engineInitiator::Delivery const delivery(initiator);
     try {
-        static_cast<IAction_engineInitiator *>(context)->initiatorResponseCallback(service, target,
-                                                                                   request_id, response);
+        initiator.initiatorResponseCallback(service, target, request_id, response);
     } catch (...) {
         // The messaging layer is not made for exceptions, and who reads messages has nobody to hand one to.
     }
 }
 
 void event(char **service, char **source, char **event, void *context) noexcept {
+    auto &initiator = *static_cast<IAction_engineInitiator *>(context);
+    IAction_engineInitiator::Delivery const delivery(initiator);
     try {
-        static_cast<IAction_engineInitiator *>(context)->initiatorCallback(service, source, event);
+        initiator.initiatorCallback(service, source, event);
     } catch (...) {
         // As above.
     }

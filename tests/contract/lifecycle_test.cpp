@@ -308,6 +308,47 @@ TEST_F(Lifecycle, AMessageThatArrivesWhileMessagingIsClosedMeetsAWholeObject) {
     EXPECT_EQ(name, "the last one");
 }
 
+TEST_F(Lifecycle, DeinitInsideACallbackOfItsHandleDestroysNothingAndSaysSo) {
+    Context context;
+    Client const client(1);
+    fake_platform::LogLine const told = client.error(
+        "korvo_api_action_engine_initiator_deinit does nothing: it was called from inside a callback of its "
+        "handle");
+
+    context.during = [&] {
+        EXPECT_EQ(korvo_api_action_engine_initiator_deinit(client.handle()), KORVO_CORE_STATUS_NO_ERROR);
+    };
+    std::string const request_id = sendAsync(client, "get_actions", Callback::first, context);
+    fake_platform::deliverResponse(sample_target, request_id, responseOf(expectation("get_actions")));
+    EXPECT_EQ(context.calls.size(), 1U);
+    EXPECT_EQ(fake_platform::logLines(), std::vector<fake_platform::LogLine>{told});
+    EXPECT_EQ(fake_platform::openMessagingHandles(), 1U);
+
+    korvo_api_action_engine_action_completed_register_event_handler(
+        client.handle(),
+        [](unsigned int, char const *, unsigned char, char const *, void *handle) {
+            EXPECT_EQ(korvo_api_action_engine_initiator_deinit(handle), KORVO_CORE_STATUS_NO_ERROR);
+        },
+        client.handle());
+    json::Object event;
+    event["event"] = json::String("Action_completed");
+    event["action_id"] = json::Number(1);
+    event["action_name"] = json::String("door");
+    event["success"] = json::Boolean(true);
+    fake_platform::deliverEvent(sample_target, event);
+    EXPECT_EQ(fake_platform::logLines(), (std::vector<fake_platform::LogLine>{told, told}));
+    EXPECT_EQ(fake_platform::openMessagingHandles(), 1U);
+
+    // It serves as before; another handle may be ended from its callbacks.
+    context.during = nullptr;
+    EXPECT_TRUE(isUuid(sendAsync(client, "get_actions", Callback::first, context)));
+    auto *const other = new Client;
+    context.during = [&] { delete other; };
+    fake_platform::deliverResponse(sample_target, request_id, responseOf(expectation("get_actions")),
+                                   client.handle());
+    EXPECT_EQ(context.calls.size(), 2U);
+}
+
 TEST_F(Lifecycle, DeinitEndsCallsThatWaitAndLetsThemOut) {
     fake_platform::reset();
     constexpr int callers = 4;
