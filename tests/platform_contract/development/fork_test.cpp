@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 #include "development/child_process.h"
 #include "support/ends.h"
@@ -124,6 +127,32 @@ TEST(ForkedChild, HoldsNeitherConnectionsNorNamesOfItsParent) {
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
     Service again;
     EXPECT_EQ(client.send("next", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+}
+
+TEST(ForkedChild, KeepsNoSocketThatWasBeingMade) {
+    Service service;
+    service.answerWith([](Command const &command) { return command.command; });
+    std::atomic<bool> is_over{false};
+    std::thread connecting([&] {
+        while (!is_over) {
+            Client client;
+            (void)client.send("id", "{}");
+        }
+    });
+    int kept = 0;
+    for (int round = 0; round < 300; ++round) {
+        kept += resultInChild([] {
+            int sockets = 0;
+            for (int descriptor = STDERR_FILENO + 1; descriptor < 256; ++descriptor) {
+                struct stat found = {};
+                sockets += fstat(descriptor, &found) == 0 && S_ISSOCK(found.st_mode) ? 1 : 0;
+            }
+            return sockets;
+        });
+    }
+    is_over = true;
+    connecting.join();
+    EXPECT_EQ(kept, 0);
 }
 
 TEST(ForkedChild, OfACallbackEndsWithoutTouchingTheParentsHandle) {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -12,6 +13,7 @@
 
 #include "development/child_process.h"
 #include "development/raw_socket.h"
+#include "korvo_core_private.h"
 #include "messaging/addressing.h"
 #include "messaging/frame.h"
 #include "support/ends.h"
@@ -235,6 +237,83 @@ TEST(BrokenService, MayAnswerWhatWasNotAskedWithoutHarm) {
     ASSERT_EQ(client.receive(response), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(response.response, "{\"n\":2}");
     EXPECT_EQ(client.receive(response, 0), KORVO_CORE_STATUS_IPC_FAILED);
+}
+
+TEST(TalkingService, MakesNoCallLongerThanItsTimeout) {
+    // Whole frames that are for nobody, and one byte after the other of a frame that never ends.
+    for (bool const by_the_byte : {false, true}) {
+        FakeService const service;
+        Client client;
+        ASSERT_EQ(client.send("id", "{}", "broken", ""), KORVO_CORE_STATUS_NO_ERROR);
+        RawSocket const peer = service.accept();
+        ASSERT_FALSE(peer.receive().empty());
+        std::atomic<bool> is_over{false};
+        std::thread talker([&] {
+            std::string const frame = frameOf(frame::Type::response, "another id", std::string(100'000, ' '));
+            auto const end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+            for (std::size_t place = 0; !is_over && std::chrono::steady_clock::now() < end; ++place) {
+                (void)peer.send(by_the_byte ? frame.substr(place % 50'000, 1) : frame);
+                if (by_the_byte) {
+                    std::this_thread::sleep_for(Milliseconds(1));
+                }
+            }
+        });
+        auto const start = std::chrono::steady_clock::now();
+        char *response = nullptr;
+        std::size_t length = 0;
+        EXPECT_EQ(korvo_core_private_response_receive(client.handle(), 200, "id", &response, &length),
+                  KORVO_CORE_STATUS_IPC_FAILED);
+        Response any;
+        EXPECT_EQ(client.receive(any, 200), KORVO_CORE_STATUS_IPC_FAILED);
+        EXPECT_LT(since(start), Milliseconds(8000)) << (by_the_byte ? "bytes" : "frames");
+        is_over = true;
+        client.close();
+        talker.join();
+    }
+}
+
+TEST(SilentService, LeavesAThreadThatTakesOverReadingTheRestOfItsTime) {
+    FakeService const service;
+    Client client;
+    for (char const *const id : {"first", "second"}) {
+        ASSERT_EQ(
+            korvo_core_private_command_send(client.handle(), "broken", "", id, "{}", 2, nullptr, nullptr),
+            KORVO_CORE_STATUS_NO_ERROR);
+    }
+    auto const time_of_receive = [&](char const *id, int timeout) {
+        auto const start = std::chrono::steady_clock::now();
+        char *response = nullptr;
+        std::size_t length = 0;
+        EXPECT_EQ(korvo_core_private_response_receive(client.handle(), timeout, id, &response, &length),
+                  KORVO_CORE_STATUS_IPC_FAILED);
+        return since(start);
+    };
+    // The first one reads for both, and leaves half a second before the second one's time is up.
+    std::thread first([&] { (void)time_of_receive("first", 2500); });
+    std::this_thread::sleep_for(Milliseconds(100));
+    EXPECT_LT(time_of_receive("second", 3000), Milliseconds(4500));
+    first.join();
+}
+
+TEST(BusyService, IsSubscribedToAsSoonAsItTakesConnections) {
+    FakeService const service;
+    std::vector<RawSocket> queue;
+    for (int waiting = 0; waiting < 9; ++waiting) {
+        queue.push_back(RawSocket::connect(socketPath("broken", "")));
+    }
+    Client client;
+    client.collectEvents();
+    ASSERT_EQ(client.subscribe("broken"), KORVO_CORE_STATUS_NO_ERROR);
+    for (RawSocket const &waiting : queue) {
+        EXPECT_TRUE(waiting.isOpen());
+        (void)service.accept();
+    }
+    // Nothing has told the client that there is room now.
+    RawSocket const peer = service.accept();
+    ASSERT_TRUE(peer.send(frameOf(frame::Type::event, "s", "{\"event\":\"Late\"}")));
+    auto const event = client.events.take();
+    ASSERT_TRUE(event.has_value());
+    EXPECT_EQ(event->event, "{\"event\":\"Late\"}");
 }
 
 TEST(BrokenService, CannotAnswerForAnotherOne) {

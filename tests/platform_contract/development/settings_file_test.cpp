@@ -83,6 +83,45 @@ std::vector<korvo_core_status> statusesOfAll() {
 
 }  // namespace
 
+TEST_F(SettingsFile, IsNotWrittenWhereOthersCanWrite) {
+    ASSERT_EQ(IntSetting::set("key", 1), done);
+    for (mode_t const open_mode : {0770U, 0707U}) {
+        ASSERT_EQ(chmod(folder_.path().c_str(), open_mode), 0);
+        EXPECT_EQ(IntSetting::set("key", 2), unusable) << open_mode;
+        EXPECT_EQ(intOf("key"), 1);
+    }
+    ASSERT_EQ(chmod(folder_.path().c_str(), 0700), 0);
+    EXPECT_EQ(IntSetting::set("key", 2), done);
+}
+
+TEST_F(SettingsFile, OfAnotherUserIsNotUsed) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root gives files away";
+    }
+    ASSERT_EQ(IntSetting::set("key", 1), done);
+    ASSERT_EQ(chown(folder_.settings().c_str(), 65534, 65534), 0);
+    forgetSettings();
+    int number = 0;
+    EXPECT_EQ(IntSetting::get("key", number), unusable);
+    ASSERT_EQ(chown(folder_.settings().c_str(), 0, 0), 0);
+    ASSERT_EQ(chown(folder_.path().c_str(), 65534, 65534), 0);
+    EXPECT_EQ(IntSetting::set("key", 2), unusable);
+    ASSERT_EQ(chown(folder_.path().c_str(), 0, 0), 0);
+    EXPECT_EQ(IntSetting::set("key", 2), done);
+}
+
+TEST_F(SettingsFile, IsNeverWrittenIntoAFileThatSomebodyElseHasMade) {
+    ASSERT_EQ(IntSetting::set("key", 1), done);
+    int const planted =
+        open((folder_.settings() + ".new").c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    ASSERT_GE(planted, 0);
+    EXPECT_EQ(IntSetting::set("key", 2), done);
+    char byte = 0;
+    EXPECT_EQ(pread(planted, &byte, 1, 0), 0);
+    EXPECT_EQ(close(planted), 0);
+    EXPECT_EQ(modeOf(folder_.settings()), 0600U);
+}
+
 TEST_F(SettingsFile, IsMadeByInitForTheUserAlone) {
     EXPECT_FALSE(std::filesystem::exists(folder_.path()));
     ASSERT_EQ(korvo_core_settings_init(), done);

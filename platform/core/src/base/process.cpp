@@ -104,6 +104,28 @@ Descriptor::Descriptor(int descriptor) : descriptor_(descriptor), generation_(ge
     }
 }
 
+Descriptor::Registration::Registration() KORVO_NO_ANALYSIS {
+    State &shared = state();
+    shared.mutex.lock();
+    if (shared.descriptors.size() < shared.descriptors.capacity()) {
+        return;
+    }
+    try {
+        shared.descriptors.reserve(2 * shared.descriptors.size() + 16);
+    } catch (...) {
+        shared.mutex.unlock();
+        throw;
+    }
+}
+
+Descriptor::Registration::~Registration() KORVO_NO_ANALYSIS {
+    state().mutex.unlock();
+}
+
+void Descriptor::Registration::add(int descriptor) noexcept KORVO_NO_ANALYSIS {
+    state().descriptors.push_back(descriptor);
+}
+
 Descriptor::Descriptor(Descriptor &&other) noexcept
     : descriptor_(std::exchange(other.descriptor_, -1)), generation_(other.generation_) {}
 

@@ -52,7 +52,33 @@ class Descriptor {
     explicit operator bool() const { return descriptor_ >= 0; }
     void reset() noexcept;
 
+    /// Takes the descriptor that `make` makes, with no fork in between: a child that is forked at any moment closes it.
+    /// `make` is a system call that does not wait. errno is that of the call. Throws std::bad_alloc.
+    template <typename Make>
+    static Descriptor madeBy(Make const &make) {
+        Registration registration;
+        return Descriptor(make(), registration);
+    }
+
   private:
+    /// Keeps forks away while it lives.
+    class Registration {
+      public:
+        Registration();
+        ~Registration();
+        Registration(Registration const &) = delete;
+        Registration &operator=(Registration const &) = delete;
+
+        void add(int descriptor) noexcept;
+    };
+
+    Descriptor(int descriptor, Registration &registration) noexcept
+        : descriptor_(descriptor), generation_(generation()) {
+        if (descriptor_ >= 0) {
+            registration.add(descriptor_);
+        }
+    }
+
     int descriptor_ = -1;
     unsigned int generation_ = 0;
 };

@@ -11,7 +11,7 @@
 namespace platform {
 
 process::Descriptor makeWake() {
-    process::Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    auto wake = process::Descriptor::madeBy([] { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); });
     if (!wake) {
         throw std::system_error(errno, std::generic_category(), "eventfd");
     }

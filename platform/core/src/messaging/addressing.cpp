@@ -77,7 +77,7 @@ process::Descriptor RuntimeFolder::open(Log const &log) const {
         return {};
     }
     int const flags = O_PATH | O_DIRECTORY | O_CLOEXEC | (shared_parent_ ? O_NOFOLLOW : 0);
-    process::Descriptor folder(::open(path_.c_str(), flags));
+    auto folder = process::Descriptor::madeBy([&] { return ::open(path_.c_str(), flags); });
     struct stat found = {};
     if (!folder || fstat(folder.get(), &found) != 0) {
         log.error("cannot open the runtime folder %s: %s; name another one in KORVO_RUNTIME_DIR",

@@ -7,7 +7,7 @@
 namespace platform {
 
 void Epoll::open() {
-    process::Descriptor epoll(epoll_create1(EPOLL_CLOEXEC));
+    auto epoll = process::Descriptor::madeBy([] { return epoll_create1(EPOLL_CLOEXEC); });
     if (!epoll) {
         throw std::system_error(errno, std::generic_category(), "epoll");
     }

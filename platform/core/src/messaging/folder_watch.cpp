@@ -14,7 +14,7 @@ bool FolderWatch::start(RuntimeFolder const &folder, Log const &log) {
     if (!folder.open(log)) {
         return false;
     }
-    process::Descriptor inotify(inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    auto inotify = process::Descriptor::madeBy([] { return inotify_init1(IN_CLOEXEC | IN_NONBLOCK); });
     // Sockets are moved into place when they are ready to be connected to.
     if (!inotify || inotify_add_watch(inotify.get(), folder.path().c_str(),
                                       IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR) < 0) {

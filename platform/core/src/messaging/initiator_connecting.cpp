@@ -137,7 +137,8 @@ process::Descriptor Initiator::openSocket(std::string const &socket_name, Addres
         problem = "the path of the runtime folder " + folder_.path() + " is too long for sockets";
         return {};
     }
-    process::Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    auto socket = process::Descriptor::madeBy(
+        [] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); });
     if (!socket) {
         problem = "cannot make a socket: " + errorText(errno);
         return {};

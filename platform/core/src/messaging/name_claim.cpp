@@ -38,7 +38,8 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
         return false;
     }
     (void)unlinkat(folder_.get(), unfinished.c_str(), 0);
-    process::Descriptor listener(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    auto listener = process::Descriptor::madeBy(
+        [] { return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); });
     if (!listener ||
         bind(listener.get(), reinterpret_cast<sockaddr const *>(&*address), sizeof *address) != 0 ||
         listen(listener.get(), SOMAXCONN) != 0 ||
@@ -55,8 +56,10 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
 bool NameClaim::lock(std::string const &owner, Log const &log) {
     std::string const lock_name = socket_name_ + lock_suffix;
     for (;;) {
-        process::Descriptor file(openat(folder_.get(), lock_name.c_str(),
-                                        O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+        auto file = process::Descriptor::madeBy([&] {
+            return openat(folder_.get(), lock_name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
+                          S_IRUSR | S_IWUSR);
+        });
         if (!file) {
             log.error("%s cannot make its lock file: %s", owner.c_str(), errorText(errno).c_str());
             return false;

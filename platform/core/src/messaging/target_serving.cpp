@@ -186,8 +186,8 @@ void Target::serve(int timeout) {
 
 void Target::acceptPeers() {
     for (unsigned int accepted = 0; accepted < limits::accepted_at_once; ++accepted) {
-        process::Descriptor connected(
-            accept4(claim_.listener(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        auto connected = process::Descriptor::madeBy(
+            [&] { return accept4(claim_.listener(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK); });
         if (!connected) {
             if (errno == EAGAIN || errno == EWOULDBLOCK) {
                 return;

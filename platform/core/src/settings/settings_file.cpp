@@ -73,7 +73,8 @@ bool isSameTime(timespec const &left, timespec const &right) {
 
 std::shared_ptr<Snapshot const> Snapshot::read(std::string const &path) {
     // Without waiting: the name may be that of a pipe.
-    process::Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    auto file =
+        process::Descriptor::madeBy([&] { return open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK); });
     if (!file) {
         if (errno == ENOENT) {
             return std::make_shared<Snapshot>(Document(), process::Descriptor());
@@ -86,6 +87,9 @@ std::shared_ptr<Snapshot const> Snapshot::read(std::string const &path) {
     }
     if (!S_ISREG(before.st_mode)) {
         throw failure("read", path, "it is no file");
+    }
+    if (before.st_uid != geteuid() && before.st_uid != 0) {
+        throw failure("use", path, "it belongs to user " + std::to_string(before.st_uid));
     }
     std::string const text = readAll(file.get(), path);
     try {
@@ -120,8 +124,10 @@ bool Snapshot::isCurrent(std::string const &path) const {
 WriteLock::WriteLock(std::string folder, std::string name)
     : folder_path_(std::move(folder)), name_(std::move(name)), folder_(openStateFolder(folder_path_)) {
     std::string const lock_name = name_ + lock_suffix;
-    lock_ = process::Descriptor(
-        openat(folder_.get(), lock_name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, for_the_user));
+    lock_ = process::Descriptor::madeBy([&] {
+        return openat(folder_.get(), lock_name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
+                      for_the_user);
+    });
     if (!lock_) {
         throw failure("make or open", path(lock_name));
     }
@@ -139,8 +145,12 @@ WriteLock::~WriteLock() {
 
 process::Descriptor WriteLock::replace(std::string_view text) {
     std::string const unfinished = name_ + unfinished_suffix;
-    process::Descriptor file(openat(folder_.get(), unfinished.c_str(),
-                                    O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, for_the_user));
+    // What a crash has left; whoever else had made it could read what is written into it.
+    (void)unlinkat(folder_.get(), unfinished.c_str(), 0);
+    auto file = process::Descriptor::madeBy([&] {
+        return openat(folder_.get(), unfinished.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
+                      for_the_user);
+    });
     if (!file) {
         throw failure("make", path(unfinished));
     }

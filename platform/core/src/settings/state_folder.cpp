@@ -46,7 +46,9 @@ int makeFolder(std::string const &path) {
     if (mkdir(path.c_str(), S_IRWXU) != 0) {
         return errno == EEXIST ? 0 : errno;
     }
-    process::Descriptor const parent(open((path + "/..").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    std::string const above = path + "/..";
+    auto const parent =
+        process::Descriptor::madeBy([&] { return open(above.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (parent) {
         (void)fsync(parent.get());
     }
@@ -91,11 +93,27 @@ std::string stateFolder() {
 
 process::Descriptor openStateFolder(std::string const &path) {
     int const why_missing = makeFolders(path);
-    process::Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    auto folder =
+        process::Descriptor::madeBy([&] { return open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
     if (!folder) {
         int const failure = errno == ENOENT && why_missing != 0 ? why_missing : errno;
         throw std::runtime_error("cannot make or open the state folder " + path + ": " + errorText(failure) +
                                  "; create it, or name another one in KORVO_STATE_DIR");
+    }
+    struct stat found = {};
+    if (fstat(folder.get(), &found) != 0) {
+        throw std::runtime_error("cannot look at the state folder " + path + ": " + errorText(errno));
+    }
+    if (found.st_uid != geteuid()) {
+        throw std::runtime_error("refused the state folder " + path + ": it belongs to user " +
+                                 std::to_string(found.st_uid) + " and not to user " +
+                                 std::to_string(geteuid()) +
+                                 ", who runs this process; name another one in KORVO_STATE_DIR");
+    }
+    if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        throw std::runtime_error("refused the state folder " + path +
+                                 ": others can write to it; run \"chmod 700\" on it, or name another one in "
+                                 "KORVO_STATE_DIR");
     }
     return folder;
 }
