@@ -144,7 +144,14 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
         AnyCallbackRegistry *registry;
     };
 
-    std::map<std::string_view, Method> methods_;
+    /// Nearly always the lengths decide.
+    struct ByLength {
+        bool operator()(std::string_view left, std::string_view right) const {
+            return left.size() != right.size() ? left.size() < right.size() : left < right;
+        }
+    };
+
+    std::map<std::string_view, Method, ByLength> methods_;
 
   public:
     // Each registry with its mutex; the exported forms insert and cancel.

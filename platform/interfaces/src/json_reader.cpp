@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "json_reader.h"
 
+#include <array>
 #include <boost/json/basic_parser_impl.hpp>
 #include <memory>
 #include <utility>
-#include <vector>
 
 #include "element_memory.h"
 #include "exact_number.h"
@@ -24,7 +24,7 @@ class Builder {
     static constexpr std::size_t max_key_size = longest_text;
     static constexpr std::size_t max_string_size = longest_text;
 
-    explicit Builder(json::Object &root) : root_(root) { open_.reserve(8); }
+    explicit Builder(json::Object &root) : root_(root) {}
 
     std::string const &why() const { return why_; }
 
@@ -35,20 +35,20 @@ class Builder {
         if (hasTooManyContainers(code)) {
             return false;
         }
-        if (open_.empty()) {
-            open_.push_back({&root_, nullptr});
+        if (depth_ == 0) {
+            open({&root_, nullptr});
             return true;
         }
         json::UnknownElement *const element = put<json::Object>(code);
         if (element == nullptr) {
             return false;
         }
-        open_.push_back({&element->ConvertTo<json::Object>(), nullptr});
+        open({&element->ConvertTo<json::Object>(), nullptr});
         return true;
     }
 
     bool on_object_end(std::size_t, bj::error_code &) {
-        open_.pop_back();
+        --depth_;
         return true;
     }
 
@@ -60,12 +60,12 @@ class Builder {
         if (element == nullptr) {
             return false;
         }
-        open_.push_back({nullptr, &element->ConvertTo<json::Array>()});
+        open({nullptr, &element->ConvertTo<json::Array>()});
         return true;
     }
 
     bool on_array_end(std::size_t, bj::error_code &) {
-        open_.pop_back();
+        --depth_;
         return true;
     }
 
@@ -140,13 +140,13 @@ class Builder {
     /// Adds a T made from `value` to the innermost open value; NULL when it was refused.
     template <typename T, typename... Value>
     json::UnknownElement *put(bj::error_code &code, Value &&...value) {
-        if (open_.empty()) {
+        if (depth_ == 0) {
             (void)refuse("it is no object", code);
             return nullptr;
         }
         std::unique_ptr<json::UnknownElement::Imp> made(memory_.make<T>(std::forward<Value>(value)...));
-        json::UnknownElement *const element = open_.back().array != nullptr
-                                                  ? &open_.back().array->Emplace(made.get())
+        json::UnknownElement *const element = innermost().array != nullptr
+                                                  ? &innermost().array->Emplace(made.get())
                                                   : putMember(made.get(), code);
         if (element != nullptr) {
             (void)made.release();
@@ -156,16 +156,21 @@ class Builder {
 
     json::UnknownElement *putMember(json::UnknownElement::Imp *value, bj::error_code &code) {
         try {
-            return &open_.back().object->Emplace(std::exchange(key_, std::string()), value);
+            return &innermost().object->Emplace(std::exchange(key_, std::string()), value);
         } catch (json::Exception const &error) {
             (void)refuse(error.what(), code);
             return nullptr;
         }
     }
 
+    /// The parser refuses deeper nesting before it tells of it.
+    void open(Open value) { open_.at(depth_++) = value; }
+    Open const &innermost() const { return open_.at(depth_ - 1); }
+
     json::Object &root_;
     ElementMemory memory_;
-    std::vector<Open> open_;
+    std::array<Open, deepest_nesting + 1> open_;
+    std::size_t depth_ = 0;
     std::string key_;
     std::string text_;
     std::string number_;

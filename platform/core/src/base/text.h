@@ -2,12 +2,14 @@
 #ifndef KORVO_PLATFORM_TEXT_H
 #define KORVO_PLATFORM_TEXT_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace platform {
 
@@ -59,6 +61,44 @@ class LentText {
 
   private:
     char *pointer_;
+};
+
+/// Lends copies of texts to callbacks, one after the other, and uses the block again that no callback has taken. For one
+/// thread at a time.
+class ReusedText {
+  public:
+    ReusedText() = default;
+    ~ReusedText() { std::free(pointer_); }
+
+    ReusedText(ReusedText const &) = delete;
+    ReusedText &operator=(ReusedText const &) = delete;
+
+    /// A copy of `view`, which the callback may change, and may take by setting the pointer to NULL. Valid until the next
+    /// call; throws std::bad_alloc.
+    char **lend(std::string_view view) {
+        if (pointer_ == nullptr || pointer_ != lent_ || room_ <= view.size() || room_ > most_kept) {
+            std::free(std::exchange(pointer_, nullptr));
+            room_ = std::max(view.size() + 1, least);
+            pointer_ = lent_ = static_cast<char *>(std::malloc(room_));
+            if (pointer_ == nullptr) {
+                throw std::bad_alloc();
+            }
+        }
+        if (!view.empty()) {
+            std::memcpy(pointer_, view.data(), view.size());
+        }
+        pointer_[view.size()] = '\0';
+        return &pointer_;
+    }
+
+  private:
+    static constexpr std::size_t least = 64;
+    static constexpr std::size_t most_kept = 4096;
+
+    char *pointer_ = nullptr;
+    /// What the pointer was when it was lent.
+    char *lent_ = nullptr;
+    std::size_t room_ = 0;
 };
 
 /// The text, or an empty one for NULL.

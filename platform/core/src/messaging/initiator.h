@@ -261,6 +261,11 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     Epoll epoll_ KORVO_GUARDED_BY(mutex_);
     process::Descriptor wake_ KORVO_GUARDED_BY(mutex_);
     CallbackFence fence_ KORVO_GUARDED_BY(mutex_);
+    // Used by the messaging thread only.
+    ReusedText lent_service_;
+    ReusedText lent_source_;
+    ReusedText lent_event_;
+    std::vector<Registration<EventCallback>> called_;
 
     /// Threads in receiveAny(): one of them reads for all.
     std::condition_variable receivers_;

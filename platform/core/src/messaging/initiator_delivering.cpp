@@ -245,18 +245,17 @@ void Initiator::callResponse(Hold &hold, Delivery delivery) {
 }
 
 void Initiator::callEvent(Hold &hold, Delivery const &delivery) {
-    auto const registrations = event_callbacks_;
-    for (auto const &[callback, context] : registrations) {
-        // A callback may have unregistered one that comes after it.
+    // A callback may register and unregister others.
+    called_ = event_callbacks_;
+    for (auto const &[callback, context] : called_) {
         if (is_closing_ || find(event_callbacks_, context) == event_callbacks_.end()) {
             continue;
         }
-        LentText service(delivery.address->service);
-        LentText source(delivery.first.view());
-        LentText event(delivery.body.view());
-        call(hold, context, [&, callback = callback, context = context] {
-            callback(service.address(), source.address(), event.address(), context);
-        });
+        char **const service = lent_service_.lend(delivery.address->service);
+        char **const source = lent_source_.lend(delivery.first.view());
+        char **const event = lent_event_.lend(delivery.body.view());
+        call(hold, context,
+             [&, callback = callback, context = context] { callback(service, source, event, context); });
     }
 }
 

@@ -102,10 +102,12 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void serveWithoutWaiting() KORVO_EXCLUDES(mutex_);
     void acceptPeers() KORVO_EXCLUDES(mutex_);
     void readPeer(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
+    void handleRead(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
     void handle(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
     void handleCommand(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
     void subscribe(PeerPointer const &peer, bool wanted) KORVO_EXCLUDES(mutex_);
-    void call(Hold &hold, Command command) KORVO_REQUIRES(mutex_);
+    void call(Hold &hold, std::string_view source, std::string_view request_id, std::string_view command)
+        KORVO_REQUIRES(mutex_);
     void startThread(Hold &hold) KORVO_REQUIRES(mutex_);
     void run() KORVO_EXCLUDES(mutex_);
     bool onOwnThread() const KORVO_REQUIRES(mutex_) {
@@ -147,6 +149,11 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     std::vector<PeerPointer> gathered_;
     Clock::time_point gathering_since_{};
     bool is_accepting_ = true;
+    /// The peer whose commands it is just handling.
+    PeerPointer handled_;
+    ReusedText lent_source_;
+    ReusedText lent_request_id_;
+    ReusedText lent_command_;
 
     Mutex mutex_;
     bool is_closing_ KORVO_GUARDED_BY(mutex_) = false;

@@ -224,6 +224,10 @@ void Target::drop(PeerPointer const &peer, char const *reason) {
 }
 
 Target::PeerPointer Target::findPeer(std::string_view source) {
+    if (isServingThread() && handled_ != nullptr && handled_->source == source) {
+        // Mostly a command is answered at once. Whether the initiator is still there is seen when it is sent to.
+        return handled_;
+    }
     if (source.size() <= source_prefix_.size() || source.substr(0, source_prefix_.size()) != source_prefix_) {
         return nullptr;
     }

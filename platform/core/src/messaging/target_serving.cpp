@@ -104,9 +104,9 @@ void Target::run() {
         try {
             // What came while nobody was there to take it.
             while (!commands_.empty() && callback_ != nullptr && !is_closing_) {
-                Command command = std::move(commands_.front());
+                Command const command = std::move(commands_.front());
                 commands_.pop_front();
-                call(hold, std::move(command));
+                call(hold, command.source.view(), command.request_id.view(), command.command.view());
             }
             if (is_closing_ || callback_ == nullptr) {
                 break;
@@ -137,6 +137,8 @@ void Target::serveWithoutWaiting() {
 
 void Target::serve(int timeout) {
     serving_thread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+    // An exception may have left it.
+    handled_ = nullptr;
     flushGathered();
     std::array<epoll_event, 32> events;
     if (!is_accepting_) {
@@ -235,6 +237,13 @@ void Target::readPeer(PeerPointer const &peer) {
         return;
     }
     peer->decoder.filled(static_cast<std::size_t>(count));
+    handled_ = peer;
+    handleRead(peer);
+    handled_ = nullptr;
+    flushGathered();
+}
+
+void Target::handleRead(PeerPointer const &peer) {
     frame::Frame frame;
     for (;;) {
         frame::Decoder::Result const result = peer->decoder.next(frame);
@@ -252,7 +261,6 @@ void Target::readPeer(PeerPointer const &peer) {
             flushGathered();
         }
     }
-    flushGathered();
 }
 
 void Target::handle(PeerPointer const &peer, frame::Frame const &frame) {
@@ -275,28 +283,28 @@ void Target::handle(PeerPointer const &peer, frame::Frame const &frame) {
 }
 
 void Target::handleCommand(PeerPointer const &peer, frame::Frame const &frame) {
-    Command command{Text(peer->source), Text(frame.first), Text(frame.second)};
     Hold hold(mutex_, log_);
     if (is_closing_) {
         return;
     }
     if (callback_ != nullptr) {
-        call(hold, std::move(command));
+        call(hold, peer->source, frame.first, frame.second);
     } else {
-        commands_.push_back(std::move(command));
+        commands_.push_back(Command{Text(peer->source), Text(frame.first), Text(frame.second)});
     }
 }
 
 /// With a callback registered; the mutex is free during the callback.
-void Target::call(Hold &hold, Command command) {
+void Target::call(Hold &hold, std::string_view source, std::string_view request_id,
+                  std::string_view command) {
     CommandCallback const callback = callback_;
     void *const context = context_;
     hold.unlock(mutex_);
+    char **const lent_source = lent_source_.lend(source);
+    char **const lent_request_id = lent_request_id_.lend(request_id);
+    char **const lent_command = lent_command_.lend(command);
     try {
-        LentText source(std::move(command.source));
-        LentText request_id(std::move(command.request_id));
-        LentText text(std::move(command.command));
-        callback(source.address(), request_id.address(), text.address(), context);
+        callback(lent_source, lent_request_id, lent_command, context);
     } catch (std::exception const &error) {
         log_.error("a command callback threw an exception: %s", error.what());
     } catch (...) {
