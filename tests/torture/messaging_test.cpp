@@ -2,120 +2,18 @@
 // The initiator's end of the messaging, while memory runs out at each place of its work in turn.
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <map>
-#include <mutex>
-#include <set>
+#include <optional>
 #include <string>
+#include <thread>
+#include <vector>
 
-#include "korvo_core.h"
-#include "korvo_core_private.h"
-#include "support/peer.h"
+#include "support/initiator.h"
 #include "support/rounds.h"
 #include "support/workspace.h"
 
 namespace torture {
 
 namespace {
-
-using end_to_end::long_timeout_ms;
-using end_to_end::milliseconds;
-using end_to_end::patience;
-
-constexpr auto done = KORVO_CORE_STATUS_NO_ERROR;
-constexpr auto lost = KORVO_CORE_STATUS_IPC_FAILED;
-
-constexpr char command[] = "a command";
-constexpr char substitute[] = "nothing came";
-
-bool isShortage(korvo_core_status status) {
-    return status == KORVO_CORE_STATUS_ALLOC_FAILED || status == lost;
-}
-
-/// An initiator with what its callbacks got. Nothing of its own fails or is recorded.
-class Initiator {
-  public:
-    ~Initiator() { close(); }
-
-    korvo_core_status open() { return korvo_core_ipc_initiator_init(nullptr, "torture", &handle_, 0); }
-    void close() {
-        if (handle_ != nullptr) {
-            EXPECT_EQ(korvo_core_ipc_deinit(std::exchange(handle_, nullptr)), done);
-        }
-    }
-    void openOrDie() { ASSERT_EQ(open(), done); }
-
-    void *handle() const { return handle_; }
-
-    korvo_core_status registerForResponses() {
-        return korvo_core_ipc_initiator_response_receive_callback(handle_, takeResponse, this);
-    }
-    korvo_core_status registerForEvents() {
-        return korvo_core_ipc_initiator_event_receive_callback(handle_, takeEvent, this);
-    }
-    korvo_core_status subscribe() { return korvo_core_ipc_initiator_event_subscribe(handle_, Peer::service); }
-
-    korvo_core_status sendAsynchronously(char const *request_id) {
-        return korvo_core_private_command_send(handle_, Peer::service, "", request_id, command,
-                                               sizeof command - 1, this, substitute);
-    }
-    /// A whole synchronous call.
-    korvo_core_status exchange(char const *request_id) {
-        korvo_core_status status = korvo_core_private_command_send(
-            handle_, Peer::service, "", request_id, command, sizeof command - 1, this, nullptr);
-        return status == done ? receive(request_id) : status;
-    }
-    korvo_core_status receive(char const *request_id) {
-        char *response = nullptr;
-        std::size_t length = 0;
-        korvo_core_status const status =
-            korvo_core_private_response_receive(handle_, long_timeout_ms, request_id, &response, &length);
-        if (status == done) {
-            EXPECT_STREQ(response, command);
-            std::free(response);
-        }
-        return status;
-    }
-
-    /// Waits for so many callbacks with this identifier.
-    bool waitForResponse(char const *request_id, milliseconds limit = patience) {
-        live_blocks::Unnoticed const unnoticed;
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, limit, [&] { return responses_[request_id].size() == 1; });
-    }
-    std::vector<std::string> responses(char const *request_id) {
-        live_blocks::Unnoticed const unnoticed;
-        std::lock_guard<std::mutex> const lock(mutex_);
-        return responses_[request_id];
-    }
-    bool waitForEvent(char const *event, milliseconds limit = patience) {
-        live_blocks::Unnoticed const unnoticed;
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, limit, [&] { return events_.count(event) != 0; });
-    }
-
-  private:
-    static void takeResponse(char **, char **, char **request_id, char **response, void *context) {
-        live_blocks::Unnoticed const unnoticed;
-        auto &self = *static_cast<Initiator *>(context);
-        std::lock_guard<std::mutex> const lock(self.mutex_);
-        self.responses_[*request_id].emplace_back(*response);
-        self.changed_.notify_all();
-    }
-    static void takeEvent(char **, char **, char **event, void *context) {
-        live_blocks::Unnoticed const unnoticed;
-        auto &self = *static_cast<Initiator *>(context);
-        std::lock_guard<std::mutex> const lock(self.mutex_);
-        self.events_.insert(*event);
-        self.changed_.notify_all();
-    }
-
-    void *handle_ = nullptr;
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    std::map<std::string, std::vector<std::string>> responses_;
-    std::set<std::string> events_;
-};
 
 class MessagingWithoutMemory : public ::testing::Test {
   protected:
@@ -126,28 +24,6 @@ class MessagingWithoutMemory : public ::testing::Test {
         setenv("KORVO_LOG_LEVEL", "warning", 1);
         (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
         peer_.emplace();
-    }
-
-    /// The next calls of every kind are served.
-    void expectUsable(Initiator &initiator) const {
-        live_blocks::Unnoticed const unnoticed;
-        EXPECT_EQ(initiator.exchange("afterwards"), done);
-        EXPECT_EQ(initiator.registerForResponses(), done);
-        EXPECT_EQ(initiator.sendAsynchronously("called back"), done);
-        EXPECT_TRUE(initiator.waitForResponse("called back")) << "no callback afterwards";
-        EXPECT_EQ(initiator.responses("called back"), std::vector<std::string>{command});
-    }
-    /// Events arrive, or do again as soon as the subscription has been made again.
-    void expectEvents(Initiator &initiator) const {
-        live_blocks::Unnoticed const unnoticed;
-        EXPECT_EQ(initiator.registerForEvents(), done);
-        auto const end = end_to_end::Clock::now() + patience;
-        bool came = false;
-        while (!came && end_to_end::Clock::now() < end) {
-            peer_->publish("again");
-            came = initiator.waitForEvent("again", milliseconds(20));
-        }
-        EXPECT_TRUE(came) << "no events afterwards";
     }
 
     /// Without memory that comes back nothing can be read; afterwards everything is.
@@ -174,7 +50,7 @@ TEST_F(MessagingWithoutMemory, OpensAndClosesOrTellsThatItCannot) {
             expectUsable(initiator);
         }
         if (called == done) {
-            expectEvents(initiator);
+            expectEvents(initiator, *peer_);
         }
         initiator.close();
     });
@@ -254,12 +130,12 @@ TEST_F(MessagingWithoutMemory, DeliversTheEventsThatComeAfterwards) {
         initiator.openOrDie();
         EXPECT_EQ(initiator.registerForEvents(), done);
         EXPECT_EQ(initiator.subscribe(), done);
-        expectEvents(initiator);
+        expectEvents(initiator, *peer_);
         fault.start();
         peer_->publish("during");
-        auto const end = end_to_end::Clock::now() + (fault.isForEver() ? milliseconds(20) : patience);
+        auto const end = processes::Clock::now() + (fault.isForEver() ? milliseconds(20) : patience);
         while (!initiator.waitForEvent("during", milliseconds(1)) && !fault.isOver() &&
-               end_to_end::Clock::now() < end) {
+               processes::Clock::now() < end) {
         }
         fault.stop();
         if (fault.failed() == 0) {
@@ -304,7 +180,7 @@ TEST_F(MessagingWithoutMemory, EndsEveryCallOfALostConnectionAndWorksOnANewOne) 
         EXPECT_TRUE(back == done || (fault.failed() != 0 && isShortage(back))) << back;
         fault.stop();
         expectUsable(initiator);
-        expectEvents(initiator);
+        expectEvents(initiator, *peer_);
     });
 }
 

@@ -33,13 +33,12 @@ class QuietAnswer : public Receiver {
   public:
     void entered() override { unnoticed_.emplace(); }
     void called(char const *, korvo_core_status status, Values results, int) override {
-        {
-            std::lock_guard<std::mutex> const lock(mutex_);
-            ++count_;
-            answer_ = Answer{status, status == done ? std::move(results) : Values()};
-            changed_.notify_all();
-        }
+        std::lock_guard<std::mutex> const lock(mutex_);
+        ++count_;
+        answer_ = Answer{status, status == done ? std::move(results) : Values()};
+        // Who waits may end this object as soon as the mutex is free.
         unnoticed_.reset();
+        changed_.notify_all();
     }
 
     /// Waits for the callback, or until `is_over`.

@@ -213,6 +213,10 @@ std::size_t Recording::allocations() const {
     return seen;
 }
 
+bool isRecorded() {
+    return recorded_thread;
+}
+
 Unnoticed::Unnoticed() : recorded_(recorded_thread), until_failure_(until_failure) {
     recorded_thread = false;
     until_failure = 0;

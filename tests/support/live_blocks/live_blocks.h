@@ -31,6 +31,9 @@ class Recording {
     std::size_t allocations() const;
 };
 
+/// Whether the calling thread is being recorded: for others who make what it does fail.
+bool isRecorded();
+
 /// While one of these lives, the calling thread's allocations are neither recorded nor made to fail: for allocators and
 /// callbacks of the test's own, whose blocks are nobody's leak.
 class Unnoticed {

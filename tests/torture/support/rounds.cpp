@@ -6,12 +6,15 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <thread>
+
+#include "emulator/emulator.h"
 
 namespace torture {
 
@@ -35,9 +38,27 @@ void tellAndDie(int signal) {
     (void)raise(signal);
 }
 
-void watchForTheEnd() {
+void prepare() {
     for (int const signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) {
         (void)std::signal(signal, tellAndDie);
+    }
+    // What the C library knows of the time zone is kept, too.
+    std::time_t const now = std::time(nullptr);
+    std::tm local{};
+    (void)localtime_r(&now, &local);
+    // So are stacks, as many as threads have lived at once.
+    std::array<std::thread, 4> threads;
+    std::atomic<bool> are_all_there{false};
+    for (std::thread &thread : threads) {
+        thread = std::thread([&] {
+            while (!are_all_there) {
+                std::this_thread::yield();
+            }
+        });
+    }
+    are_all_there = true;
+    for (std::thread &thread : threads) {
+        thread.join();
     }
 }
 
@@ -70,16 +91,12 @@ class Tally : public ::testing::Environment {
 
 Tally *const tally = static_cast<Tally *>(::testing::AddGlobalTestEnvironment(new Tally));
 
-/// Whether anything failed.
-bool doRound(std::string const &what, std::function<void(Fault &)> const &round, Leavings const &leavings,
-             std::size_t nth, std::size_t count) {
-    (void)std::snprintf(current.data(), current.size(), "%s, allocation %zu, %s", what.c_str(), nth,
-                        patternOf(count).c_str());
+void watch(std::string const &what, std::function<void()> const &work, Leavings const &leavings) {
+    (void)std::snprintf(current.data(), current.size(), "%s", what.c_str());
     SCOPED_TRACE(current.data());
-    Fault fault(nth, count);
     (void)alarm(seconds_of_a_round);
     live_blocks::Recording recording;
-    std::thread([&] { round(fault); }).join();
+    std::thread(work).join();
     std::vector<live_blocks::Block> const left = recording.end();
     (void)alarm(0);
     EXPECT_EQ(unexpected(left, leavings), std::vector<std::size_t>{})
@@ -88,11 +105,25 @@ bool doRound(std::string const &what, std::function<void(Fault &)> const &round,
         std::free(block.address);
     }
     ++tally->rounds;
+}
+
+/// Whether anything failed.
+bool doRound(std::string const &what, std::function<void(Fault &)> const &round, Leavings const &leavings,
+             std::size_t nth, std::size_t count) {
+    Fault fault(nth, count);
+    watch(
+        what + ", allocation " + std::to_string(nth) + ", " + patternOf(count), [&] { round(fault); },
+        leavings);
     tally->failures += fault.failed();
     return fault.failed() != 0;
 }
 
 }  // namespace
+
+void doOnce(std::string const &what, std::function<bool()> const &work) {
+    prepare();
+    watch(what, [&] { tally->failures += work() ? 1U : 0U; }, {});
+}
 
 bool isLong() {
     char const *const wanted = std::getenv("KORVO_TORTURE");
@@ -101,12 +132,9 @@ bool isLong() {
 
 void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
                          Leavings const &leavings) {
-    watchForTheEnd();
-    // What is made once and stays: caches of stacks, and what the C library knows of the time zone.
+    prepare();
+    // What is made once and stays, such as caches of stacks.
     {
-        std::time_t const now = std::time(nullptr);
-        std::tm local{};
-        (void)localtime_r(&now, &local);
         Fault none(most_rounds, 1);
         std::thread([&] { round(none); }).join();
     }
@@ -118,7 +146,12 @@ void failEveryAllocation(std::string const &what, std::function<void(Fault &)> c
         return;
     }
     for (std::size_t const count : {std::size_t{1}, std::size_t{2}, std::size_t{3}, live_blocks::for_ever}) {
-        std::size_t const step = count == 1 || isLong() ? 1 : count == live_blocks::for_ever ? 3 : 7;
+        // The emulator takes ten times as long, and meets the same code.
+        std::size_t const step = isLong()                         ? 1
+                                 : emulator::present              ? 11
+                                 : count == 1                     ? 1
+                                 : count == live_blocks::for_ever ? 3
+                                                                  : 7;
         std::size_t nth = 1;
         while (nth < most_rounds && doRound(what, round, leavings, nth, count) &&
                !::testing::Test::HasFailure()) {

@@ -51,6 +51,10 @@ using Leavings = std::vector<std::size_t>;
 void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
                          Leavings const &leavings = {});
 
+/// Does `work` once, in a thread of its own that is watched like a round above, and must leave nothing. It gives whether
+/// anything failed.
+void doOnce(std::string const &what, std::function<bool()> const &work);
+
 bool isLong();
 
 }  // namespace torture

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/system_calls.h"
+
+#include <dlfcn.h>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+
+#include "live_blocks/live_blocks.h"
+
+namespace torture {
+
+namespace {
+
+std::atomic<bool> is_armed{false};
+std::atomic<std::size_t> left{0};
+std::atomic<bool> has_failed{false};
+char const *function_that_fails = "";
+int error_of_it = 0;
+
+bool isTheOne(char const *function) {
+    if (!is_armed.load(std::memory_order_acquire) || !live_blocks::isRecorded() ||
+        std::string_view(function) != function_that_fails || left.fetch_sub(1) != 1) {
+        return false;
+    }
+    has_failed = true;
+    return true;
+}
+
+/// The C library's own function.
+template <typename Function>
+Function *next(char const *name, Function *) {
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+}
+
+template <typename Call>
+auto callOrFail(char const *function, Call const &call) {
+    if (isTheOne(function)) {
+        errno = error_of_it;
+        return decltype(call()){-1};
+    }
+    return call();
+}
+
+/// Of send and recv.
+template <typename Call>
+ssize_t callOrFail(char const *function, std::size_t size, Call const &call) {
+    if (!isTheOne(function)) {
+        return call(size);
+    }
+    if (error_of_it == one_byte) {
+        return call(std::min<std::size_t>(size, 1));
+    }
+    errno = error_of_it;
+    return -1;
+}
+
+}  // namespace
+
+FailingCall::FailingCall(char const *function, int error, std::size_t nth) {
+    function_that_fails = function;
+    error_of_it = error;
+    left = nth;
+    has_failed = false;
+    is_armed.store(true, std::memory_order_release);
+}
+
+void FailingCall::stop() {
+    is_armed = false;
+}
+
+bool FailingCall::hasFailed() const {
+    return torture::has_failed;
+}
+
+}  // namespace torture
+
+#define REPLACE(name, parameters, ...)                                                              \
+    __attribute__((visibility("default"))) int name parameters noexcept {                           \
+        static auto *const original = torture::next(#name, static_cast<decltype(name) *>(nullptr)); \
+        return torture::callOrFail(#name, [&] { return original(__VA_ARGS__); });                   \
+    }
+
+#pragma GCC diagnostic ignored "-Wmissing-declarations"
+
+extern "C" {
+
+REPLACE(socket, (int domain, int type, int protocol), domain, type, protocol)
+REPLACE(epoll_create1, (int flags), flags)
+REPLACE(epoll_ctl, (int set, int operation, int descriptor, epoll_event *event), set, operation, descriptor,
+        event)
+REPLACE(eventfd, (unsigned int value, int flags), value, flags)
+REPLACE(inotify_init1, (int flags), flags)
+REPLACE(inotify_add_watch, (int set, char const *path, std::uint32_t mask), set, path, mask)
+#if __WORDSIZE == 64  // Elsewhere these names stand for other functions, by the width of times.
+REPLACE(getsockopt, (int descriptor, int level, int option, void *value, socklen_t *size), descriptor, level,
+        option, value, size)
+REPLACE(setsockopt, (int descriptor, int level, int option, void const *value, socklen_t size), descriptor,
+        level, option, value, size)
+REPLACE(fstat, (int descriptor, struct stat *found), descriptor, found)
+#endif
+REPLACE(mkdir, (char const *path, mode_t mode), path, mode)
+#undef REPLACE
+
+// These may be cancelled, and so are not declared as never throwing.
+
+__attribute__((visibility("default"))) int connect(int descriptor, sockaddr const *address, socklen_t size) {
+    static auto *const original = torture::next("connect", &connect);
+    return torture::callOrFail("connect", [&] { return original(descriptor, address, size); });
+}
+
+__attribute__((visibility("default"))) int poll(pollfd *descriptors, nfds_t count, int timeout) {
+    static auto *const original = torture::next("poll", &poll);
+    return torture::callOrFail("poll", [&] { return original(descriptors, count, timeout); });
+}
+
+__attribute__((visibility("default"))) int epoll_wait(int set, epoll_event *events, int most, int timeout) {
+    static auto *const original = torture::next("epoll_wait", &epoll_wait);
+    return torture::callOrFail("epoll_wait", [&] { return original(set, events, most, timeout); });
+}
+
+__attribute__((visibility("default"))) ssize_t send(int descriptor, void const *bytes, size_t size,
+                                                    int flags) {
+    static auto *const original = torture::next("send", &send);
+    return torture::callOrFail("send", size,
+                               [&](size_t part) { return original(descriptor, bytes, part, flags); });
+}
+
+__attribute__((visibility("default"))) ssize_t recv(int descriptor, void *bytes, size_t size, int flags) {
+    static auto *const original = torture::next("recv", &recv);
+    return torture::callOrFail("recv", size,
+                               [&](size_t part) { return original(descriptor, bytes, part, flags); });
+}
+
+}  // extern "C"
