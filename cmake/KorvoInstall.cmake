@@ -119,7 +119,8 @@ if(KORVO_LUA)
 endif()
 if(KORVO_PLATFORM STREQUAL "development")
   korvo_install_documents(platform ${KORVO_PLATFORM_PACKAGE}
-    docs/development-platform.md docs/configuration-sample.json)
+    docs/development-platform.md docs/configuration-sample.json docs/service.md docs/simulator-control.md
+    docs/catalogue-format.md)
   install(FILES simulator/README.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${KORVO_PLATFORM_PACKAGE}
     RENAME action-engine-simulator.md COMPONENT platform)
 endif()

@@ -242,6 +242,56 @@ void Catalogue::dissociate(std::uint32_t trigger_id, std::uint32_t action_id) {
     by_action_.erase({action_id, trigger_id});
 }
 
+void Catalogue::replace(Contents contents) {
+    Store::Rows rows;
+    Counts action_counts{};
+    Counts trigger_counts{};
+    for (Table const table : {Table::actions, Table::triggers}) {
+        Entries &entries = table == Table::actions ? contents.actions : contents.triggers;
+        if (entries.size() > most_entries) {
+            throw impossible("there are " + std::to_string(entries.size()) + " " + nameOf(table) + "s, and " +
+                             std::to_string(most_entries) + " is the most");
+        }
+        for (auto &[id, entry] : entries) {
+            try {
+                understand(table, entry);
+                Store::Row row{id, entry.kind->type,
+                               readableText(entry.kind->get, settingsRow(*entry.kind), entry.settings), ""};
+                if (table == Table::actions) {
+                    row.filters = readableText(operations::get_action_filters, filters_row, entry.filters);
+                }
+                (table == Table::actions ? rows.actions : rows.triggers).push_back(std::move(row));
+            } catch (Refused const &refused) {
+                throw Refused(refused.status(),
+                              std::string(nameOf(table)) + " " + std::to_string(id) + ": " + refused.what());
+            }
+            ++(table == Table::actions ? action_counts : trigger_counts)[entry.kind->type];
+        }
+    }
+    if (contents.associations.size() > most_associations) {
+        throw impossible("there are " + std::to_string(contents.associations.size()) + " associations, and " +
+                         std::to_string(most_associations) + " is the most");
+    }
+    Pairs by_action;
+    for (auto const &[trigger_id, action_id] : contents.associations) {
+        if (contents.triggers.count(trigger_id) == 0) {
+            throw unknown(Table::triggers, trigger_id);
+        }
+        if (contents.actions.count(action_id) == 0) {
+            throw unknown(Table::actions, action_id);
+        }
+        rows.associations.emplace_back(trigger_id, action_id);
+        by_action.emplace(action_id, trigger_id);
+    }
+    store_.replace(rows);
+    actions_.swap(contents.actions);
+    triggers_.swap(contents.triggers);
+    by_trigger_.swap(contents.associations);
+    by_action_.swap(by_action);
+    action_counts_ = action_counts;
+    trigger_counts_ = trigger_counts;
+}
+
 std::vector<std::uint32_t> Catalogue::actionsOf(std::uint32_t trigger_id) const {
     (void)at(Table::triggers, trigger_id);
     return partners(by_trigger_, trigger_id);

@@ -45,6 +45,7 @@ class Catalogue {
         std::string fault;
     };
     using Entries = std::map<std::uint32_t, Entry>;
+    using Pairs = std::set<std::pair<std::uint32_t, std::uint32_t>>;
     /// How many entries there are of each type; the n-th is that of type n.
     using Counts = std::array<std::uint32_t, std::max(std::size(action_kinds), std::size(trigger_kinds))>;
 
@@ -57,6 +58,7 @@ class Catalogue {
     explicit Catalogue(Store &store, Nonsense nonsense = Nonsense::refused);
 
     Nonsense nonsense() const { return nonsense_; }
+    Store &store() const { return store_; }
 
     /// Actions or triggers, identifiers ascending.
     Entries const &entries(Table table) const { return table == Table::actions ? actions_ : triggers_; }
@@ -82,13 +84,24 @@ class Catalogue {
     void associate(std::uint32_t trigger_id, std::uint32_t action_id);
     /// Refused with status 9 for a pair that is not bound.
     void dissociate(std::uint32_t trigger_id, std::uint32_t action_id);
+    /// (trigger, action), ascending.
+    Pairs const &associations() const { return by_trigger_; }
+
+    /// All that a catalogue holds.
+    struct Contents {
+        Entries actions;
+        Entries triggers;
+        Pairs associations;
+    };
+    /// Takes these contents, identifiers included, in place of what there is: all or nothing. What they mean is made out
+    /// here. Throws StoreError, and Refused (status 9) for what single commands would be refused for.
+    void replace(Contents contents);
+
     /// Identifiers ascending.
     std::vector<std::uint32_t> actionsOf(std::uint32_t trigger_id) const;
     std::vector<std::uint32_t> triggersOf(std::uint32_t action_id) const;
 
   private:
-    using Pairs = std::set<std::pair<std::uint32_t, std::uint32_t>>;
-
     Entries &changeable(Table table) { return table == Table::actions ? actions_ : triggers_; }
     Counts &changeableCounts(Table table) {
         return table == Table::actions ? action_counts_ : trigger_counts_;

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/dispatcher.h"
 
+#include <boost/json/object.hpp>
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
 #include <exception>
 #include <utility>
 
@@ -20,25 +24,33 @@ constexpr std::size_t longest_confirmation = 512;
 
 Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log,
                        std::function<Engine::Time()> real_time)
-    : engine_(engine), settings_(settings), log_(log), real_time_(std::move(real_time)) {
+    : engine_(engine),
+      version_(settings.version),
+      faults_(settings.faults),
+      log_(log),
+      real_time_(std::move(real_time)) {
     response_.reserve(longest_confirmation);
 }
 
 Dispatcher::Answer Dispatcher::answer(std::string_view command) {
     response_.clear();
-    std::chrono::milliseconds delay{0};
+    Answer answer{response_};
     try {
         reader_.read(command);
-        Fault const &fault = settings_.faults[reader_.method()];
+        Fault const fault =
+            faults_.with([this](FaultTable &faults) { return faults.take(reader_.method()); });
         if (fault.drop) {
-            return {response_, delay};
+            return answer;
         }
-        delay = fault.delay;
+        answer.delay = fault.delay;
+        answer.duplicate = fault.duplicate;
+        answer.close = fault.close;
         if (fault.status) {
             writeStatus(*fault.status);
         } else {
             respond();
         }
+        spoil(fault);
     } catch (Refused const &refused) {
         writeStatus(refused.status());
         logRefusal(refused.what());
@@ -46,17 +58,29 @@ Dispatcher::Answer Dispatcher::answer(std::string_view command) {
         writeStatus(KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE);
         logFailure(error.what());
     }
-    return {response_, delay};
+    return answer;
+}
+
+void Dispatcher::spoil(Fault const &fault) {
+    if (!fault.missing.empty()) {
+        boost::json::value response = boost::json::parse(response_);
+        response.as_object().erase(fault.missing);
+        response_ = boost::json::serialize(response);
+    }
+    if (fault.garble) {
+        response_.resize(response_.size() / 2);
+    }
 }
 
 void Dispatcher::respond() {
     Values &inputs = reader_.inputs();
     Engine::Time const now = engine_.now();
+    Wall const wall = engine_.wall();
     handlers::Remarks remarks;
     engine_.change([&](EngineState &state) {
         JsonWriter response(response_);
         writeEnvelope(response, reader_.name(), KORVO_CORE_STATUS_NO_ERROR);
-        handlers::Call call{inputs, state, response, now, settings_.version, nullptr, remarks};
+        handlers::Call call{inputs, state, response, now, wall, version_, nullptr, remarks};
         handlers::carryOut(reader_.method(), call);
         response.close();
     });

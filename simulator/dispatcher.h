@@ -28,7 +28,11 @@ class Dispatcher {
         /// The response (JSON), valid until the next call; empty when there is to be none.
         std::string const &text;
         /// How long the response is to be held back.
-        std::chrono::milliseconds delay;
+        std::chrono::milliseconds delay{0};
+        /// Whether it is to be sent twice.
+        bool duplicate = false;
+        /// Whether connections are to be closed in its place.
+        bool close = false;
     };
 
     /// `real_time` is the machine's clock: the engine's may stand.
@@ -39,8 +43,12 @@ class Dispatcher {
     /// answered with its status, and the log says why.
     Answer answer(std::string_view command);
 
+    /// What goes wrong on purpose. On any thread.
+    Guarded<FaultTable> &faults() { return faults_; }
+
   private:
     void respond();
+    void spoil(Fault const &fault);
     void writeStatus(std::uint32_t status);
     /// For log lines.
     std::string commandName() const;
@@ -48,7 +56,8 @@ class Dispatcher {
     void logRefusal(char const *why) noexcept;
 
     Engine &engine_;
-    Settings settings_;
+    handlers::Version version_;
+    Guarded<FaultTable> faults_;
     Log const &log_;
     CommandReader reader_;
     std::string response_;

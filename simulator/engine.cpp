@@ -2,6 +2,7 @@
 #include "simulator/engine.h"
 
 #include <algorithm>
+#include <boost/json/serialize.hpp>
 #include <exception>
 #include <utility>
 
@@ -20,18 +21,9 @@ T const &setting(Catalogue::Entry const &trigger, std::string_view name) {
 }
 
 /// An event for the record. Messages can be large and many can wait, so only the beginning is kept.
-EngineState::Cause causeOf(onvif::Event const &event) {
-    static constexpr std::size_t longest = 4096;
-    auto const beginning = [](std::string const &text) {
-        std::size_t end = std::min(text.size(), longest);
-        // A character of several bytes is not cut in two.
-        while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) {
-            --end;
-        }
-        return text.substr(0, end);
-    };
-    return std::make_shared<std::string const>("Topic: " + beginning(event.topic_text) +
-                                               "\nMessage: " + beginning(event.message_text) + "\n");
+EngineState::Cause causeOf(Trace const &trace) {
+    return std::make_shared<std::string const>("Topic: " + trace.topic + "\nMessage: " + trace.message +
+                                               "\n");
 }
 
 /// For log lines: what it is, its identifier and its name.
@@ -71,6 +63,25 @@ std::string completion(Job const &job, bool success) {
     return event;
 }
 
+/// Why the trigger does not fire; empty where it does, or waits.
+std::string why(TriggerVerdict verdict, Catalogue::Entry const &trigger, onvif::Event const &event) {
+    switch (verdict) {
+        case TriggerVerdict::never_fires:
+            return trigger.fault;
+        case TriggerVerdict::topic_differs:
+            return trigger.meaning.topics.whyNot(event.topic);
+        case TriggerVerdict::message_fails:
+            return trigger.meaning.contents.whyNot(event.message);
+        case TriggerVerdict::ends_wait:
+        case TriggerVerdict::property_deleted:
+            return event.message.deletes() && trigger.meaning.contents.matches(event.message)
+                       ? "the message tells that the property is deleted"
+                       : trigger.meaning.contents.whyNot(event.message);
+        default:
+            return "";
+    }
+}
+
 /// One line for each entry that a person would wait for in vain.
 void warnOfFaults(Catalogue const &catalogue, Log const &log) {
     for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
@@ -88,10 +99,28 @@ void warnOfFaults(Catalogue const &catalogue, Log const &log) {
 
 }  // namespace
 
-EngineState::EngineState(Catalogue kept, Time now) : catalogue(std::move(kept)) {
+void judgeAction(Catalogue::Entry const &action, LocalTime time, ActionTrace &trace) {
+    trace.name = setting<std::string>(action, "action_name");
+    trace.kind = action.kind->noun;
+    if (!action.fault.empty()) {
+        trace.verdict = ActionVerdict::never_runs;
+        trace.window = action.fault;
+        return;
+    }
+    trace.verdict = mayRun(action.filters, time) ? ActionVerdict::would_run : ActionVerdict::held_back;
+    trace.window = whyMayRun(action.filters, time);
+}
+
+EngineState::EngineState(Catalogue kept, Time now, std::size_t most_traces)
+    : catalogue(std::move(kept)), traces(most_traces) {
     for (auto const &trigger : catalogue.entries(Table::triggers)) {
         startTimer(trigger.first, now);
     }
+    catalogue.store().readTraces([this](std::uint64_t id, std::uint32_t outcome, std::string_view text) {
+        if (outcome < outcome_count) {
+            traces.restore(KeptTrace(id, static_cast<Outcome>(outcome), std::string(text)));
+        }
+    });
     changed_ = true;
 }
 
@@ -103,6 +132,17 @@ void EngineState::restartTrigger(std::uint32_t trigger_id, Time now) noexcept {
         // The trigger itself is stored and answered for.
         timers_are_missing_ = true;
     }
+}
+
+void EngineState::replace(Catalogue::Contents contents, Time now) {
+    catalogue.replace(std::move(contents));
+    deadlines_ = Deadlines();
+    followed_.clear();
+    waiting_.clear();
+    for (auto const &trigger : catalogue.entries(Table::triggers)) {
+        restartTrigger(trigger.first, now);
+    }
+    changed_ = true;
 }
 
 void EngineState::startTimer(std::uint32_t trigger_id, Time now) {
@@ -134,7 +174,89 @@ void EngineState::forgetTrigger(std::uint32_t trigger_id) noexcept {
     changed_ = true;
 }
 
-EngineState::Injection EngineState::inject(onvif::Event const &event, Time now) {
+TriggerVerdict EngineState::judge(std::uint32_t trigger_id, Catalogue::Entry const &trigger,
+                                  onvif::Event const &event, std::string const &property) const {
+    if (!trigger.fault.empty()) {
+        return TriggerVerdict::never_fires;
+    }
+    if (!trigger.meaning.topics.matches(event.topic)) {
+        return TriggerVerdict::topic_differs;
+    }
+    bool const fits = trigger.meaning.contents.matches(event.message);
+    if (trigger.kind->type != protocol::stable_onvif_event) {
+        return fits ? TriggerVerdict::fires : TriggerVerdict::message_fails;
+    }
+    bool const followed = followed_.count({trigger_id, property}) != 0;
+    if (fits && !event.message.deletes()) {
+        return followed ? TriggerVerdict::goes_on : TriggerVerdict::begins_wait;
+    }
+    if (followed) {
+        return TriggerVerdict::ends_wait;
+    }
+    return fits ? TriggerVerdict::property_deleted : TriggerVerdict::message_fails;
+}
+
+template <typename Each>
+Trace EngineState::lookAt(onvif::Event const &event, std::string const &property, Wall wall,
+                          Each each) const {
+    Trace trace;
+    trace.time = wall;
+    trace.topic = beginningOf(event.topic_text, Trace::longest_text);
+    trace.message = beginningOf(event.message_text, Trace::longest_text);
+    std::size_t differing = 0;
+    for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
+        if (trigger.kind->type == protocol::reoccurring_timer) {
+            continue;
+        }
+        TriggerVerdict const verdict = judge(trigger_id, trigger, event, property);
+        if (verdict == TriggerVerdict::topic_differs && ++differing > Trace::most_triggers) {
+            // Its words would be left out anyway, and there may be very many.
+            ++trace.triggers_left_out;
+            continue;
+        }
+        TriggerTrace looked_at{trigger_id, setting<std::string>(trigger, "trigger_name"), verdict,
+                               why(verdict, trigger, event)};
+        each(trigger, looked_at);
+        trace.add(std::move(looked_at));
+    }
+    return trace;
+}
+
+Trace EngineState::explain(onvif::Event const &event, Wall wall) const {
+    std::vector<std::uint32_t> fires;
+    Trace trace =
+        lookAt(event, propertyOf(event), wall, [&](Catalogue::Entry const &, TriggerTrace const &looked_at) {
+            if (looked_at.verdict == TriggerVerdict::fires ||
+                looked_at.verdict == TriggerVerdict::begins_wait) {
+                fires.push_back(looked_at.id);
+            }
+        });
+    for (std::uint32_t const trigger_id : fires) {
+        for (std::uint32_t const action_id : catalogue.actionsOf(trigger_id)) {
+            ActionTrace action{trigger_id, action_id, "", nullptr, ActionVerdict::gone, "", "", {}, ""};
+            judgeAction(catalogue.at(Table::actions, action_id), localTime(wall), action);
+            trace.add(std::move(action));
+        }
+    }
+    return trace;
+}
+
+void EngineState::refuse(std::string const &topic, std::string const &message, char const *why,
+                         Wall wall) noexcept {
+    try {
+        Trace trace;
+        trace.time = wall;
+        trace.topic = beginningOf(topic, Trace::longest_text);
+        trace.message = beginningOf(message, Trace::longest_text);
+        trace.refusal = why;
+        traces.add(std::move(trace));
+        changed_ = true;
+    } catch (std::exception const &) {
+        // The event is refused all the same.
+    }
+}
+
+EngineState::Injection EngineState::inject(onvif::Event const &event, Time now, Wall wall) {
     constexpr std::size_t most_missed = 20;
     if (fired_.size() >= most_waiting) {
         throw impossible(std::to_string(fired_.size()) +
@@ -145,56 +267,52 @@ EngineState::Injection EngineState::inject(onvif::Event const &event, Time now) 
     std::vector<std::uint32_t> waits;
     std::vector<std::uint32_t> ends;
     std::string const property = propertyOf(event);
-    std::size_t followed_more = 0;
-    for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
-        if (trigger.kind->type == protocol::reoccurring_timer || !trigger.fault.empty() ||
-            !trigger.meaning.topics.matches(event.topic)) {
-            continue;
-        }
-        bool const stable = trigger.kind->type == protocol::stable_onvif_event;
-        bool const fits = trigger.meaning.contents.matches(event.message);
-        if (!fits && injection.missed.size() < most_missed) {
-            injection.missed.push_back(described(trigger_id, trigger) + " does not take the message: " +
-                                       trigger.meaning.contents.whyNot(event.message));
-        }
-        if (!stable && fits) {
-            fires.push_back(trigger_id);
-        } else if (stable && fits && !event.message.deletes()) {
-            waits.push_back(trigger_id);
-            followed_more += 1 - followed_.count({trigger_id, property});
-        } else if (stable) {
-            ends.push_back(trigger_id);
-        }
-    }
-    if (followed_more != 0 && property.size() > longest_property) {
+    auto const open = std::make_shared<OpenTrace>();
+    Trace &trace = open->trace;
+    trace =
+        lookAt(event, property, wall, [&](Catalogue::Entry const &trigger, TriggerTrace const &looked_at) {
+            bool const fails = looked_at.verdict == TriggerVerdict::message_fails ||
+                               (looked_at.verdict == TriggerVerdict::ends_wait &&
+                                !trigger.meaning.contents.matches(event.message));
+            if (fails && injection.missed.size() < most_missed) {
+                injection.missed.push_back(described(looked_at.id, trigger) +
+                                           " does not take the message: " + looked_at.why);
+            }
+            if (looked_at.verdict == TriggerVerdict::fires) {
+                fires.push_back(looked_at.id);
+            } else if (looked_at.verdict == TriggerVerdict::begins_wait) {
+                waits.push_back(looked_at.id);
+            } else if (looked_at.verdict == TriggerVerdict::ends_wait) {
+                ends.push_back(looked_at.id);
+            }
+        });
+    if (!waits.empty() && property.size() > longest_property) {
         throw impossible(
             "a stable trigger takes the event, and the items that name its property have more than " +
             std::to_string(longest_property) + " bytes");
     }
-    if (followed_.size() + followed_more > most_followed) {
+    if (followed_.size() + waits.size() > most_followed) {
         throw impossible("stable triggers follow " + std::to_string(followed_.size()) +
                          " properties already; the event is left out");
     }
 
     // All that takes memory is made first, so that an event is taken as a whole or not at all.
-    Cause const cause = causeOf(event);
+    Cause const cause = causeOf(trace);
     std::list<Firing> more_fired;
     for (std::uint32_t const trigger_id : fires) {
-        more_fired.push_back({trigger_id, cause});
+        more_fired.push_back({trigger_id, cause, open});
     }
     std::uint64_t last_wait = last_wait_;
     Deadlines more_deadlines;
     decltype(followed_) more_followed;
     decltype(waiting_) more_waiting;
     for (std::uint32_t const trigger_id : waits) {
-        if (followed_.count({trigger_id, property}) == 0) {
-            auto const seconds =
-                setting<std::uint32_t>(catalogue.at(Table::triggers, trigger_id), "stability_seconds");
-            Deadlines::Ticket const ticket(trigger_id, ++last_wait);
-            more_deadlines.once(ticket, now + std::chrono::seconds(seconds));
-            more_followed.emplace(Followed(trigger_id, property), ticket.wait);
-            more_waiting.emplace(ticket, cause);
-        }
+        auto const seconds =
+            setting<std::uint32_t>(catalogue.at(Table::triggers, trigger_id), "stability_seconds");
+        Deadlines::Ticket const ticket(trigger_id, ++last_wait);
+        more_deadlines.once(ticket, now + std::chrono::seconds(seconds));
+        more_followed.emplace(Followed(trigger_id, property), ticket.wait);
+        more_waiting.emplace(ticket, Wait{cause, trace.topic, trace.message});
     }
     std::vector<Followed> ended;
     ended.reserve(ends.size());
@@ -209,6 +327,10 @@ EngineState::Injection EngineState::inject(onvif::Event const &event, Time now) 
     waiting_.merge(more_waiting);
     for (Followed const &followed : ended) {
         endWait(followed);
+    }
+    open->pending = fires.size();
+    if (fires.empty()) {
+        traces.add(std::move(trace));
     }
     changed_ = true;
     injection.fired = static_cast<unsigned int>(fires.size());
@@ -225,25 +347,47 @@ void EngineState::endWait(Followed const &followed) noexcept {
     }
 }
 
-EngineState::Firing const *EngineState::nextFiring(Time now) {
+std::optional<Deadlines::Ticket> EngineState::joinDue(Time now, Wall wall) {
+    std::list<Firing> firing(1);
+    auto const open = std::make_shared<OpenTrace>();
+    std::optional<Deadlines::Ticket> const ticket = deadlines_.takeDue(now);
+    if (!ticket) {
+        return ticket;
+    }
+    // From here on nothing may fail, or the firing would be lost.
+    open->pending = 1;
+    open->trace.time = wall;
+    open->trace.cause = Trace::Cause::timer;
+    firing.front().trigger_id = ticket->trigger_id;
+    firing.front().trace = open;
+    auto const waiting = waiting_.find(*ticket);
+    if (waiting != waiting_.end()) {
+        open->trace.cause = Trace::Cause::stability;
+        open->trace.topic = std::move(waiting->second.topic);
+        open->trace.message = std::move(waiting->second.message);
+        firing.front().cause = std::move(waiting->second.cause);
+        waiting_.erase(waiting);
+    }
+    fired_.splice(fired_.end(), firing);
+    try {
+        open->trace.add(
+            {ticket->trigger_id,
+             setting<std::string>(catalogue.at(Table::triggers, ticket->trigger_id), "trigger_name"),
+             TriggerVerdict::fires, ""});
+    } catch (std::exception const &) {
+        open->trace.fired = 1;
+        open->trace.triggers_left_out = 1;
+    }
+    return ticket;
+}
+
+EngineState::Firing const *EngineState::nextFiring(Time now, Wall wall) {
     if (timers_are_missing_) {
         startMissingTimers(now);
     }
     // Timers join only when all that has fired is done, so that slow actions let no heap of firings grow.
     if (fired_.empty()) {
-        for (;;) {
-            std::list<Firing> firing(1);
-            std::optional<Deadlines::Ticket> const ticket = deadlines_.takeDue(now);
-            if (!ticket) {
-                break;
-            }
-            firing.front().trigger_id = ticket->trigger_id;
-            auto const waiting = waiting_.find(*ticket);
-            if (waiting != waiting_.end()) {
-                firing.front().cause = std::move(waiting->second);
-                waiting_.erase(waiting);
-            }
-            fired_.splice(fired_.end(), firing);
+        while (joinDue(now, wall)) {
         }
     }
     return fired_.empty() ? nullptr : &fired_.front();
@@ -253,8 +397,10 @@ bool EngineState::takeChanged() {
     return std::exchange(changed_, false);
 }
 
-Engine::Engine(Catalogue catalogue, Surroundings surroundings, Log const &log)
-    : surroundings_(std::move(surroundings)), log_(log), state_(std::move(catalogue), surroundings_.now()) {
+Engine::Engine(Catalogue catalogue, Surroundings surroundings, Log const &log, std::size_t most_traces)
+    : surroundings_(std::move(surroundings)),
+      log_(log),
+      state_(std::move(catalogue), surroundings_.now(), most_traces) {
     state_.with([&log](EngineState const &state) { warnOfFaults(state.catalogue, log); });
 }
 
@@ -262,17 +408,70 @@ bool Engine::step() {
     if (runs_.empty()) {
         return takeRuns();
     }
-    std::optional<Job> const job = prepare(runs_.front());
-    if (job) {
-        // Both, before the action runs: afterwards nothing may fail that would let it run again.
-        std::string const succeeded = completion(*job, /*success*/ true);
-        std::string const failed = completion(*job, /*success*/ false);
+    ActionTrace told{
+        runs_.front().trigger_id, runs_.front().action_id, "", nullptr, ActionVerdict::gone, "", "", {}, ""};
+    std::optional<Job> const job = prepare(runs_.front(), told);
+    std::shared_ptr<OpenTrace> const trace = runs_.front().trace;
+    if (!job) {
         runs_.pop_front();
-        surroundings_.publish(surroundings_.run(*job) ? succeeded : failed);
-    } else {
-        runs_.pop_front();
+        finishRun(trace, std::move(told));
+        return true;
     }
+    told.parameters =
+        boost::json::serialize(objectOf(settingsRow(*job->kind), job->settings, Telling::shortened));
+    auto const begin = std::chrono::steady_clock::now();
+    // Both events, before the action runs: afterwards nothing may fail that would let it run again.
+    std::function<void(RunResult)> done =
+        [this, begin, trace, told = std::move(told), succeeded = completion(*job, /*success*/ true),
+         failed = completion(*job, /*success*/ false)](RunResult result) mutable {
+            using std::chrono::microseconds;
+            told.duration =
+                std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - begin);
+            told.verdict = result.success ? ActionVerdict::succeeded : ActionVerdict::failed;
+            told.words = std::move(result.words);
+            finishRun(trace, std::move(told));
+            surroundings_.publish(result.success ? succeeded : failed);
+        };
+    runs_.pop_front();
+    // Moved: a copy would take memory.
+    surroundings_.run(*job, std::move(done));
     return true;
+}
+
+void Engine::finishRun(std::shared_ptr<OpenTrace> const &trace, ActionTrace action) noexcept {
+    try {
+        trace->trace.add(std::move(action));
+    } catch (std::exception const &) {
+        ++trace->trace.actions_left_out;
+    }
+    if (trace->ends()) {
+        state_.with([&](EngineState &state) { state.traces.add(std::move(trace->trace)); });
+        surroundings_.wake();
+    }
+}
+
+std::vector<KeptTrace> Engine::takeTraces() {
+    TraceKeeper::Changes changes = state_.with([](EngineState &state) { return state.traces.takeChanges(); });
+    if (changes.empty()) {
+        return {};
+    }
+    std::vector<Store::StoredTrace> rows;
+    bool const in_memory = state_.with([](EngineState &state) { return state.catalogue.store().inMemory(); });
+    if (!in_memory) {
+        // Without the lock: this is most of the work.
+        try {
+            for (KeptTrace const &trace : changes.added) {
+                rows.push_back({trace.id(), static_cast<std::uint32_t>(trace.outcome()),
+                                boost::json::serialize(trace.object())});
+            }
+            state_.with(
+                [&](EngineState &state) { state.catalogue.store().changeTraces(rows, changes.removed); });
+        } catch (std::exception const &error) {
+            log_.warning(std::to_string(changes.added.size()) +
+                         " traces are in memory only: " + error.what());
+        }
+    }
+    return std::move(changes.added);
 }
 
 std::optional<Engine::Time> Engine::nextDeadline() {
@@ -280,25 +479,35 @@ std::optional<Engine::Time> Engine::nextDeadline() {
 }
 
 bool Engine::takeRuns() {
-    return state_.with([this](EngineState &state) {
-        EngineState::Firing const *const firing = state.nextFiring(surroundings_.now());
+    Wall const wall = surroundings_.wall();
+    return state_.with([&](EngineState &state) {
+        EngineState::Firing const *const firing = state.nextFiring(surroundings_.now(), wall);
         if (firing == nullptr) {
             return false;
         }
         std::deque<Run> runs;
+        std::shared_ptr<OpenTrace> const open = firing->trace;
         // The trigger may have been deleted since it fired.
         if (state.catalogue.find(Table::triggers, firing->trigger_id) != nullptr) {
             for (std::uint32_t const action_id : state.catalogue.actionsOf(firing->trigger_id)) {
-                runs.push_back({action_id, firing->trigger_id, firing->cause});
+                runs.push_back({action_id, firing->trigger_id, firing->cause, open});
+            }
+        } else {
+            for (TriggerTrace &trigger : open->trace.triggers) {
+                trigger.verdict = trigger.id == firing->trigger_id ? TriggerVerdict::gone : trigger.verdict;
             }
         }
         runs_.swap(runs);
+        open->pending += runs_.size();
         state.dropFiring();
+        if (open->ends()) {
+            state.traces.add(std::move(open->trace));
+        }
         return true;
     });
 }
 
-std::optional<Job> Engine::prepare(Run const &run) {
+std::optional<Job> Engine::prepare(Run const &run, ActionTrace &trace) {
     LocalTime const time = surroundings_.local_time();
     std::string held_back;
     std::optional<Job> job = state_.with([&](EngineState &state) -> std::optional<Job> {
@@ -309,11 +518,14 @@ std::optional<Job> Engine::prepare(Run const &run) {
         Catalogue::Entry const *const trigger = state.catalogue.find(Table::triggers, run.trigger_id);
         Job prepared{run.action_id, action->kind, action->settings,
                      describe(run.trigger_id, trigger, run.cause)};
-        bool const sound = action->fault.empty();
-        if (!sound || !mayRun(action->filters, time)) {
+        judgeAction(*action, time, trace);
+        if (trace.verdict != ActionVerdict::would_run) {
             held_back =
                 "action " + std::to_string(run.action_id) + " " + quoted(prepared.name()) +
-                " does not run: " + (sound ? "its filters do not allow it at this time" : action->fault);
+                " does not run: " +
+                (trace.verdict == ActionVerdict::held_back ? "its filters do not allow it at this time: "
+                                                           : "") +
+                trace.window;
             return std::nullopt;
         }
         return prepared;

@@ -19,6 +19,7 @@
 #include "simulator/guarded.h"
 #include "simulator/log.h"
 #include "simulator/onvif/event.h"
+#include "simulator/traces/keeper.h"
 
 namespace simulator {
 
@@ -37,6 +38,24 @@ struct Job {
     std::string const &name() const { return setting<std::string>("action_name"); }
 };
 
+/// How a run ended, and what it did or why it failed, in words.
+struct RunResult {
+    bool success;
+    std::string words;
+};
+
+/// A trace that is not over, and how much is still to come: firings that wait for their turn, and runs.
+struct OpenTrace {
+    Trace trace;
+    std::size_t pending = 0;
+
+    /// One less; true when it is over.
+    bool ends() noexcept { return --pending == 0; }
+};
+
+/// Fills in what the action is, and whether its windows let it run at this time.
+void judgeAction(Catalogue::Entry const &action, LocalTime time, ActionTrace &trace);
+
 /// What the engine's lock guards: the catalogue, which trigger is due when, and what has fired and still is to run. The
 /// member functions keep the deadlines in step with the triggers.
 class EngineState {
@@ -49,6 +68,7 @@ class EngineState {
     struct Firing {
         std::uint32_t trigger_id = 0;
         Cause cause;
+        std::shared_ptr<OpenTrace> trace;
     };
 
     /// While so many triggers have fired and wait for their actions to run, events are refused with status 9.
@@ -58,10 +78,14 @@ class EngineState {
     static constexpr std::size_t most_followed = 10'000;
     static constexpr std::size_t longest_property = 1024;
 
-    /// Timers start anew at `now`.
-    EngineState(Catalogue catalogue, Time now);
+    /// Timers start anew at `now`. Of each outcome so many traces are kept; those in the store are read.
+    EngineState(Catalogue catalogue, Time now, std::size_t most_traces);
 
     Catalogue catalogue;
+    TraceKeeper traces;
+
+    /// Puts other contents into the catalogue: all or nothing. Timers start anew, and what was waited for is forgotten.
+    void replace(Catalogue::Contents contents, Time now);
 
     /// After a trigger was created or modified: its timer starts, or starts anew; what it waited for is forgotten. Where
     /// memory is too short for that, the timer starts with the next call of nextFiring().
@@ -84,11 +108,18 @@ class EngineState {
     /// after such a message. Further messages that fit change nothing.
     ///
     /// Throws Refused (status 9) while too much waits or is followed, and std::bad_alloc; then nothing has changed.
-    Injection inject(onvif::Event const &event, Time now);
+    Injection inject(onvif::Event const &event, Time now, Wall wall);
+
+    /// Leaves a trace of an event that was not taken, where there is memory for it.
+    void refuse(std::string const &topic, std::string const &message, char const *why, Wall wall) noexcept;
+
+    /// What the event would be to each trigger that takes events, and to the actions of those that fire or begin to
+    /// wait. Changes nothing.
+    Trace explain(onvif::Event const &event, Wall wall) const;
 
     /// The trigger that fires next, due timers included, until dropFiring(); NULL when none does. Throws std::bad_alloc,
     /// and then nothing is lost.
-    Firing const *nextFiring(Time now);
+    Firing const *nextFiring(Time now, Wall wall);
     void dropFiring() noexcept { fired_.pop_front(); }
     std::optional<Time> nextDeadline() const { return deadlines_.next(); }
 
@@ -98,6 +129,21 @@ class EngineState {
   private:
     /// A stable trigger, and a property that it follows.
     using Followed = std::pair<std::uint32_t, std::string>;
+    struct Wait {
+        Cause cause;
+        std::string topic;
+        std::string message;
+    };
+
+    TriggerVerdict judge(std::uint32_t trigger_id, Catalogue::Entry const &trigger, onvif::Event const &event,
+                         std::string const &property) const;
+
+    /// Calls the function with each trigger that takes events, and with its verdict.
+    template <typename Each>
+    Trace lookAt(onvif::Event const &event, std::string const &property, Wall wall, Each each) const;
+
+    /// Lets what is due first join what has fired; nothing when nothing is due.
+    std::optional<Deadlines::Ticket> joinDue(Time now, Wall wall);
 
     /// After a message that does not fit.
     void endWait(Followed const &followed) noexcept;
@@ -108,7 +154,7 @@ class EngineState {
     /// The properties whose last message fits, and the waits that they began.
     std::map<Followed, std::uint64_t> followed_;
     /// What began the waits that are not over.
-    std::map<Deadlines::Ticket, Cause> waiting_;
+    std::map<Deadlines::Ticket, Wait> waiting_;
     std::uint64_t last_wait_ = 0;
     std::list<Firing> fired_;
     /// Memory was too short to start a timer.
@@ -124,9 +170,11 @@ class Engine {
     struct Surroundings {
         /// The monotonic clock.
         std::function<Time()> now;
+        std::function<Wall()> wall;
         std::function<LocalTime()> local_time;
-        /// Runs an action, without the engine's lock; false when it failed. It does not throw.
-        std::function<bool(Job const &)> run;
+        /// Begins to run an action, without the engine's lock, and calls back when it is over, on the thread of step(),
+        /// at once or later. It does not throw.
+        std::function<void(Job const &, std::function<void(RunResult)>)> run;
         /// Publishes an event (JSON), without the engine's lock.
         std::function<void(std::string const &)> publish;
         /// Asks for step() and nextDeadline() on their thread, since there is something new to do. Called on any
@@ -134,20 +182,31 @@ class Engine {
         std::function<void()> wake;
     };
 
-    Engine(Catalogue catalogue, Surroundings surroundings, Log const &log);
+    Engine(Catalogue catalogue, Surroundings surroundings, Log const &log,
+           std::size_t most_traces = TraceKeeper::default_most);
 
+    Wall wall() const { return surroundings_.wall(); }
     Time now() const { return surroundings_.now(); }
 
     /// Calls the function with the state, under the engine's lock. On any thread.
     template <typename Function>
     void change(Function function) {
-        bool const changed = state_.with([&](EngineState &state) {
-            function(state);
-            return state.takeChanged();
-        });
-        if (changed) {
-            surroundings_.wake();
+        bool changed = false;
+        try {
+            state_.with([&](EngineState &state) {
+                try {
+                    function(state);
+                } catch (...) {
+                    changed = state.takeChanged();
+                    throw;
+                }
+                changed = state.takeChanged();
+            });
+        } catch (...) {
+            wakeIf(changed);
+            throw;
         }
+        wakeIf(changed);
     }
 
     /// Runs one action that is due, if any, and publishes its completion; false when there is nothing to do until
@@ -155,15 +214,29 @@ class Engine {
     bool step();
     std::optional<Time> nextDeadline();
 
+    bool tracesWait() {
+        return state_.with([](EngineState const &state) { return state.traces.changed(); });
+    }
+    /// The traces that are over and were not taken yet, once they are in the store.
+    std::vector<KeptTrace> takeTraces();
+
   private:
     struct Run {
         std::uint32_t action_id;
         std::uint32_t trigger_id;
         EngineState::Cause cause;
+        std::shared_ptr<OpenTrace> trace;
     };
 
+    void wakeIf(bool changed) {
+        if (changed) {
+            surroundings_.wake();
+        }
+    }
     bool takeRuns();
-    std::optional<Job> prepare(Run const &run);
+    /// Puts into `trace` what holds the action back, if anything.
+    std::optional<Job> prepare(Run const &run, ActionTrace &trace);
+    void finishRun(std::shared_ptr<OpenTrace> const &trace, ActionTrace action) noexcept;
 
     Surroundings surroundings_;
     Log const &log_;

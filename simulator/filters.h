@@ -2,6 +2,8 @@
 #ifndef KORVO_SIMULATOR_FILTERS_H
 #define KORVO_SIMULATOR_FILTERS_H
 
+#include <string>
+
 #include "simulator/time/moment.h"
 #include "simulator/values.h"
 
@@ -16,6 +18,9 @@ namespace simulator {
 /// A window whose end comes before its start goes on past midnight and belongs to the weekday on which it started. Equal
 /// start and end are the whole day. A weekday set of 0 fits no day.
 bool mayRun(Values const &filters, LocalTime now);
+
+/// The same in words: the filter that lets the action run, or of each why it does not.
+std::string whyMayRun(Values const &filters, LocalTime now);
 
 }  // namespace simulator
 

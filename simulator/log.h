@@ -31,6 +31,9 @@ class Log {
 /// A client's text for a log line or an error: in double quotes, without control characters, and cut when long.
 std::string quoted(std::string_view text);
 
+/// The beginning of a text, where it is longer than so many bytes; no character is cut in two.
+std::string beginningOf(std::string_view text, std::size_t longest);
+
 }  // namespace simulator
 
 #endif

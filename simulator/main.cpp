@@ -76,11 +76,11 @@ void serve(simulator::Options const &options) {
     simulator::Store store(options.store);
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
-        [&clock] { return clock.wall(); }, log);
+        [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log);
     auto const nonsense =
         options.lenient ? simulator::Catalogue::Nonsense::kept : simulator::Catalogue::Nonsense::refused;
     simulator::Service service(loop, logging.handle(), options.target, simulator::Catalogue(store, nonsense),
-                               options.answers, clock, runner, log);
+                               options.answers, options.traces, clock, runner, log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     service.run();
 }

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/meaning.h"
 
+#include <utility>
+
 #include "simulator/filters.h"
+#include "simulator/refused.h"
 
 namespace simulator {
 
@@ -52,6 +55,20 @@ TriggerMeaning meaningOfTrigger(EntryKind const &kind, Values const &settings, s
         fault = error.what();
     }
     return meaning;
+}
+
+onvif::Event readEvent(std::string topic, std::string message, onvif::Namespaces const &namespaces) {
+    std::string const fault = faultOfNamespaces(namespaces);
+    if (!fault.empty()) {
+        throw impossible(fault);
+    }
+    try {
+        return {std::move(topic), std::move(message), namespaces};
+    } catch (onvif::SyntaxError const &error) {
+        throw impossible(error.what());
+    } catch (onvif::MessageError const &error) {
+        throw impossible(error.what());
+    }
 }
 
 std::string faultOfNamespaces(onvif::Namespaces const &namespaces) {

@@ -6,6 +6,7 @@
 
 #include "simulator/kinds.h"
 #include "simulator/onvif/content_filter.h"
+#include "simulator/onvif/event.h"
 #include "simulator/onvif/topic.h"
 #include "simulator/values.h"
 
@@ -19,6 +20,9 @@ struct TriggerMeaning {
 
 /// Puts into `fault` why the trigger can never fire; what is given back means nothing then. Empty when it can.
 TriggerMeaning meaningOfTrigger(EntryKind const &kind, Values const &settings, std::string &fault);
+
+/// Reads an event. Throws Refused.
+onvif::Event readEvent(std::string topic, std::string message, onvif::Namespaces const &namespaces);
 
 /// Why these namespaces mean nothing; empty when all is well.
 std::string faultOfNamespaces(onvif::Namespaces const &namespaces);

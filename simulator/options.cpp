@@ -162,6 +162,16 @@ void setClockRate(Options &options, std::string const &value) {
     options.clock.rate = *rate;
 }
 
+void setTraces(Options &options, std::string const &value) {
+    constexpr std::uint32_t most = 100'000;
+    auto const number = wholeNumber(value);
+    if (!number || *number > most) {
+        throw UsageError("--traces needs a whole number from 0 to " + std::to_string(most) + "; it was " +
+                         quoted(value) + ".");
+    }
+    options.traces = *number;
+}
+
 void setHelp(Options &options, std::string const &) {
     options.mode = Options::Mode::help;
 }
@@ -202,6 +212,7 @@ constexpr Row general[] = {
      "at a local time like 2026-11-23T07:59:00. Timers,\nwindows, weekdays and stability follow it.",
      setClock},
     {"clock-rate", "NUMBER", "Let a virtual clock run so many times as fast.", setClockRate},
+    {"traces", "NUMBER", "Keep so many traces of each outcome, 1000 where it\nis not given.", setTraces},
     {"help", nullptr, "Print the options and exit.", setHelp},
     {"version", nullptr, "Print the program's version and exit.", setVersion},
 };

@@ -27,6 +27,8 @@ struct Options {
     /// Nonsense is kept and never fires, in place of being refused.
     bool lenient = false;
     Clock::Settings clock;
+    /// So many of each outcome.
+    std::size_t traces = TraceKeeper::default_most;
     Dispatcher::Settings answers;
 };
 

@@ -7,9 +7,9 @@ namespace simulator {
 /// Marks a database file as the store of an action engine ("KAES"), so that no other database is taken for one.
 inline constexpr int store_application_id = 0x4B414553;
 
-/// The version of the schema below, kept in the file as user_version. A change of the schema gets the next number and
+/// The version of the schemas below, kept in the file as user_version. A change of the schema gets the next number and
 /// a step in Store that brings older files to it.
-inline constexpr int store_version = 1;
+inline constexpr int store_version = 2;
 
 inline constexpr char const *store_schema = R"sql(
 -- AUTOINCREMENT: an identifier is never given out again, also after its entry was deleted.
@@ -35,6 +35,17 @@ CREATE TABLE associations (
     PRIMARY KEY (trigger_id, action_id)
 ) STRICT, WITHOUT ROWID;
 CREATE INDEX associations_by_action ON associations (action_id);
+)sql";
+
+/// What version 2 added, also to the schema of a new store.
+inline constexpr char const *store_schema_2 = R"sql(
+-- What fired and what did not, and why: the last ones of each outcome.
+-- trace: a JSON object, as describe() in traces/trace.h writes it.
+CREATE TABLE traces (
+    id      INTEGER PRIMARY KEY,
+    outcome INTEGER NOT NULL,
+    trace   TEXT NOT NULL
+) STRICT;
 )sql";
 
 }  // namespace simulator

@@ -8,6 +8,7 @@
 
 #include "korvo_core.h"
 #include "operations/protocol.h"
+#include "simulator/json_writer.h"
 
 namespace simulator {
 
@@ -18,48 +19,79 @@ constexpr char const *process_name = "korvo-action-engine-simulator";
 /// So many answers are held back at a time; further ones are left out, so that a flood stays bounded.
 constexpr std::size_t most_held_back = 4096;
 
+/// So many commands to the control service wait at a time.
+constexpr std::size_t most_asked = 1000;
+
 /// How soon what failed is tried again. Memory that is short is short for a while.
 constexpr std::chrono::milliseconds pause_after_failure{100};
 
 }  // namespace
 
 Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
-                 Dispatcher::Settings answers, Clock &clock, runners::Runner &runner, Log const &log)
+                 Dispatcher::Settings answers, std::size_t most_traces, Clock &clock, runners::Runner &runner,
+                 Log const &log)
     : loop_(loop),
       clock_(clock),
       log_(log),
-      engine_(std::move(catalogue), surroundings(runner), log),
-      dispatcher_(engine_, answers, log) {
-    char const *const target_text = target.empty() ? nullptr : target.c_str();
-    korvo_core_status status =
-        korvo_core_ipc_target_init(logging, protocol::service, target_text, process_name, &messaging_);
-    if (status == KORVO_CORE_STATUS_NO_ERROR) {
-        status = korvo_core_ipc_target_command_receive_callback(messaging_, onCommand, this);
-        if (status != KORVO_CORE_STATUS_NO_ERROR) {
-            (void)korvo_core_ipc_deinit(messaging_);
-        }
-    }
-    if (status != KORVO_CORE_STATUS_NO_ERROR) {
-        throw std::runtime_error(std::string("cannot listen as \"") + protocol::service + "\", target \"" +
-                                 target + "\": " + korvo_core_status_to_string(status) +
-                                 ". The log says more; is there another one with this target already?");
+      engine_(std::move(catalogue), surroundings(runner), log, most_traces),
+      dispatcher_(engine_, answers, log),
+      control_({engine_, clock, dispatcher_.faults(), runner, [this] { loop_.wake(); }}, log),
+      logging_(logging),
+      target_(target) {
+    messaging_ = listen(protocol::service, onCommand);
+    try {
+        control_messaging_ = listen(control::service, onControl);
+    } catch (...) {
+        (void)korvo_core_ipc_deinit(messaging_);
+        throw;
     }
 }
 
 Service::~Service() {
+    (void)korvo_core_ipc_deinit(control_messaging_);
     (void)korvo_core_ipc_deinit(messaging_);
+    try {
+        (void)engine_.takeTraces();
+    } catch (std::exception const &error) {
+        tell("the last traces are lost", error);
+    }
+}
+
+void *Service::listen(char const *service, Callback callback) {
+    void *messaging = nullptr;
+    char const *const target = target_.empty() ? nullptr : target_.c_str();
+    korvo_core_status status =
+        korvo_core_ipc_target_init(logging_, service, target, process_name, &messaging);
+    if (status == KORVO_CORE_STATUS_NO_ERROR) {
+        status = korvo_core_ipc_target_command_receive_callback(messaging, callback, this);
+        if (status != KORVO_CORE_STATUS_NO_ERROR) {
+            (void)korvo_core_ipc_deinit(messaging);
+        }
+    }
+    if (status != KORVO_CORE_STATUS_NO_ERROR) {
+        throw std::runtime_error(std::string("cannot listen as \"") + service + "\", target \"" + target_ +
+                                 "\": " + korvo_core_status_to_string(status) +
+                                 ". The log says more; is there another one with this target already?");
+    }
+    return messaging;
+}
+
+void Service::closeConnections() {
+    if (messaging_ != nullptr) {
+        log_.notice("all connections are closed, as a fault has it");
+        (void)korvo_core_ipc_deinit(std::exchange(messaging_, nullptr));
+    }
+    // Where this throws, it is tried again.
+    messaging_ = listen(protocol::service, onCommand);
+    close_ = false;
 }
 
 Engine::Surroundings Service::surroundings(runners::Runner &runner) {
-    return {[this] { return clock_.now(); }, [this] { return clock_.local(); },
-            [&runner](Job const &job) { return runner.run(job); },
-            [this](std::string const &event) {
-                korvo_core_status const status = korvo_core_ipc_target_event_send(messaging_, event.c_str());
-                if (status != KORVO_CORE_STATUS_NO_ERROR) {
-                    log_.warning(std::string("an event was not published: ") +
-                                 korvo_core_status_to_string(status));
-                }
-            },
+    return {[this] { return clock_.now(); },
+            [this] { return clock_.wall(); },
+            [this] { return clock_.local(); },
+            [&runner](Job const &job, auto const &done) { done(runner.run(job)); },
+            [this](std::string const &event) { publish(messaging_, event); },
             [this] { loop_.wake(); }};
 }
 
@@ -73,15 +105,62 @@ void Service::onCommand(char **source, char **request_id, char **command, void *
     }
 }
 
+void Service::onControl(char **source, char **request_id, char **command, void *context) {
+    auto &service = *static_cast<Service *>(context);
+    try {
+        bool const kept = service.asked_.with([&](std::deque<Asked> &asked) {
+            if (asked.size() >= most_asked) {
+                return false;
+            }
+            asked.push_back({*source, *request_id, *command});
+            return true;
+        });
+        if (!kept) {
+            service.log_.warning("a command to the control service is left out: " +
+                                 std::to_string(most_asked) + " wait already");
+        }
+        service.loop_.wake();
+    } catch (std::exception const &error) {
+        service.tell("a command was not answered", error);
+    }
+}
+
+void Service::answerControl() {
+    for (;;) {
+        std::optional<Asked> const asked = asked_.with([](std::deque<Asked> &waiting) {
+            std::optional<Asked> first;
+            if (!waiting.empty()) {
+                first = std::move(waiting.front());
+                waiting.pop_front();
+            }
+            return first;
+        });
+        if (!asked) {
+            return;
+        }
+        control_.answer(asked->command, [this, source = asked->source,
+                                         request_id = asked->request_id](std::string const &response) {
+            send(control_messaging_, source.c_str(), request_id.c_str(), response);
+        });
+    }
+}
+
 void Service::takeCommand(char const *source, char const *request_id, char const *command) {
     Dispatcher::Answer const answer = dispatcher_.answer(command);
     if (answer.text.empty()) {
         return;
     }
-    if (answer.delay.count() == 0) {
-        send(source, request_id, answer.text);
-    } else {
-        sendLater(source, request_id, answer.text, answer.delay);
+    if (answer.close) {
+        close_ = true;
+        loop_.wake();
+        return;
+    }
+    for (int times = answer.duplicate ? 2 : 1; times > 0; --times) {
+        if (answer.delay.count() == 0) {
+            send(messaging_, source, request_id, answer.text);
+        } else {
+            sendLater(source, request_id, answer.text, answer.delay);
+        }
     }
 }
 
@@ -113,13 +192,20 @@ void Service::sendDue() {
             return;
         }
         Held const &answer = due.mapped();
-        send(answer.source.c_str(), answer.request_id.c_str(), answer.response);
+        send(messaging_, answer.source.c_str(), answer.request_id.c_str(), answer.response);
     }
 }
 
-void Service::send(char const *source, char const *request_id, std::string const &response) {
+void Service::publish(void *messaging, std::string const &event) {
+    korvo_core_status const status = korvo_core_ipc_target_event_send(messaging, event.c_str());
+    if (status != KORVO_CORE_STATUS_NO_ERROR) {
+        log_.warning(std::string("an event was not published: ") + korvo_core_status_to_string(status));
+    }
+}
+
+void Service::send(void *messaging, char const *source, char const *request_id, std::string const &response) {
     korvo_core_status const status =
-        korvo_core_ipc_target_response_send(messaging_, source, request_id, response.c_str());
+        korvo_core_ipc_target_response_send(messaging, source, request_id, response.c_str());
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
         log_.info(std::string("an answer was not delivered: ") + korvo_core_status_to_string(status));
     }
@@ -135,7 +221,10 @@ void Service::tell(char const *what, std::exception const &error) const noexcept
 
 std::optional<Loop::Clock::time_point> Service::nextMoment() {
     auto const next = engine_.nextDeadline();
-    std::optional<Loop::Clock::time_point> const deadline = next ? clock_.realTimeOf(*next) : std::nullopt;
+    std::optional<Loop::Clock::time_point> deadline = next ? clock_.realTimeOf(*next) : std::nullopt;
+    if (engine_.tracesWait()) {
+        deadline = std::min(deadline.value_or(traces_due_), traces_due_);
+    }
     return held_back_.with([&deadline](HeldAnswers const &answers) {
         if (answers.empty()) {
             return deadline;
@@ -145,14 +234,36 @@ std::optional<Loop::Clock::time_point> Service::nextMoment() {
     });
 }
 
+void Service::keepTraces() {
+    constexpr std::chrono::milliseconds together{200};
+    auto const now = Loop::Clock::now();
+    if (now >= traces_due_) {
+        traces_due_ = now + together;
+        for (KeptTrace const &trace : engine_.takeTraces()) {
+            std::string event;
+            JsonWriter writer(event);
+            writer.text("event", "Trace_added");
+            writer.number("id", static_cast<std::uint32_t>(trace.id()));
+            writer.text("outcome", nameOf(trace.outcome()));
+            writer.close();
+            publish(control_messaging_, event);
+        }
+    }
+}
+
 void Service::run() noexcept {
     // At once: the store's timers run from now on.
     std::optional<Loop::Clock::time_point> until = Loop::Clock::now();
     while (loop_.wait(until)) {
         try {
+            if (close_) {
+                closeConnections();
+            }
             sendDue();
+            answerControl();
+            keepTraces();
             // One action at a time, so that signals and held back answers get their turn in between.
-            until = engine_.step() ? Loop::Clock::now() : nextMoment();
+            until = engine_.step() || control_.advance() ? Loop::Clock::now() : nextMoment();
         } catch (std::exception const &error) {
             tell("what is due was put off", error);
             until = Loop::Clock::now() + pause_after_failure;

@@ -2,13 +2,16 @@
 #ifndef KORVO_SIMULATOR_SERVICE_H
 #define KORVO_SIMULATOR_SERVICE_H
 
+#include <atomic>
 #include <chrono>
+#include <deque>
 #include <exception>
 #include <map>
 #include <optional>
 #include <string>
 
 #include "simulator/catalogue.h"
+#include "simulator/control/control.h"
 #include "simulator/dispatcher.h"
 #include "simulator/engine.h"
 #include "simulator/guarded.h"
@@ -21,15 +24,17 @@ namespace simulator {
 
 /// The engine at the platform core's messaging.
 ///
-/// Two threads meet here. The core's messaging thread carries out and answers commands. The thread that calls run()
-/// fires triggers, runs actions, publishes events and sends answers that were held back. What they share is the engine,
-/// which has a lock of its own, those answers, and the messaging handle, which the core lets any thread send on.
+/// Three threads meet here. The core's messaging thread carries out and answers commands. That of the control service
+/// only hands its commands on. The thread that calls run() fires triggers, runs actions, publishes events, sends answers
+/// that were held back, and answers the control service. What they share is the engine and the faults, which have locks
+/// of their own, what waits for the last thread, and the messaging handles, which the core lets any thread send on.
 class Service {
   public:
     /// Listens for commands from now on. What it is given must outlive the service. Throws std::runtime_error when the
     /// core refuses.
     Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
-            Dispatcher::Settings answers, Clock &clock, runners::Runner &runner, Log const &log);
+            Dispatcher::Settings answers, std::size_t most_traces, Clock &clock, runners::Runner &runner,
+            Log const &log);
     /// Takes no more commands and waits for the one that is being answered.
     ~Service();
 
@@ -50,26 +55,52 @@ class Service {
 
     Engine::Surroundings surroundings(runners::Runner &runner);
 
-    // On the messaging thread.
+    /// A command to the control service that waits for its turn.
+    struct Asked {
+        std::string source;
+        std::string request_id;
+        std::string command;
+    };
+
+    /// Opens a target whose commands the callback takes.
+    using Callback = void (*)(char **, char **, char **, void *);
+    void *listen(char const *service, Callback callback);
+
+    // On the messaging threads.
+    static void onControl(char **source, char **request_id, char **command, void *context);
     static void onCommand(char **source, char **request_id, char **command, void *context);
     void takeCommand(char const *source, char const *request_id, char const *command);
     void sendLater(std::string source, std::string request_id, std::string response,
                    std::chrono::milliseconds delay);
 
     // On the thread that runs.
+    void answerControl();
+    /// Closes all connections to the service, as a fault has it, and listens again.
+    void closeConnections();
     void sendDue();
     std::optional<Loop::Clock::time_point> nextMoment();
+    /// Lets traces come to the store, many at a time.
+    void keepTraces();
 
     void tell(char const *what, std::exception const &error) const noexcept;
-    void send(char const *source, char const *request_id, std::string const &response);
+    void send(void *messaging, char const *source, char const *request_id, std::string const &response);
+    void publish(void *messaging, std::string const &event);
 
     Loop &loop_;
     Clock &clock_;
     Log const &log_;
     Guarded<HeldAnswers> held_back_;
+    /// Not before this.
+    Loop::Clock::time_point traces_due_{};
     Engine engine_;
     Dispatcher dispatcher_;
+    control::Control control_;
+    Guarded<std::deque<Asked>> asked_;
+    std::atomic<bool> close_{false};
+    void *logging_;
+    std::string target_;
     void *messaging_ = nullptr;
+    void *control_messaging_ = nullptr;
 };
 
 }  // namespace simulator

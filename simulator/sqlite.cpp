@@ -71,8 +71,8 @@ std::string_view Statement::text(int column) const {
     return bytes == nullptr ? std::string_view() : std::string_view(static_cast<char const *>(bytes), size);
 }
 
-void Statement::bind(int n, std::uint32_t value) {
-    if (sqlite3_bind_int64(handle_.get(), n, value) != SQLITE_OK) {
+void Statement::bind(int n, std::uint64_t value) {
+    if (sqlite3_bind_int64(handle_.get(), n, static_cast<sqlite3_int64>(value)) != SQLITE_OK) {
         database_.fail();
     }
 }

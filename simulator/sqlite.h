@@ -72,7 +72,8 @@ class Statement {
     std::string_view text(int column) const;
 
   private:
-    void bind(int n, std::uint32_t value);
+    void bind(int n, std::uint32_t value) { bind(n, std::uint64_t{value}); }
+    void bind(int n, std::uint64_t value);
     void bind(int n, std::string const &value);
 
     struct Finalize {

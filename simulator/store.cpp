@@ -31,40 +31,44 @@ sqlite::Database open(std::string const &path, std::string const &name) {
     }
 }
 
-/// True for a new store, false for one that is there; throws for anything else. Only reads.
-bool isNew(sqlite::Database &database, std::string const &name) {
+/// The version of a store that is there, 0 for a new one; throws for anything else. Only reads.
+int versionOf(sqlite::Database &database, std::string const &name) {
     int const application = database.readNumber("PRAGMA application_id");
     int const version = database.readNumber("PRAGMA user_version");
     if (application == 0 && version == 0 && database.readNumber("SELECT count(*) FROM sqlite_schema") == 0) {
-        return true;
+        return 0;
     }
     if (application != store_application_id) {
         throw StoreError("the store " + name +
                          " is a database of another program. Name another file; this one was not changed.");
     }
-    if (version != store_version) {
+    if (version < 1 || version > store_version) {
         throw StoreError("the store " + name + " has version " + std::to_string(version) +
-                         ", and this program knows version " + std::to_string(store_version) +
+                         ", and this program knows versions up to " + std::to_string(store_version) +
                          ". Use the program that wrote it, or name another file; this one was not changed.");
     }
-    return false;
+    return version;
 }
 
 void prepare(sqlite::Database &database, std::string const &name) {
     // The file belongs to this process until the database is closed. Without that a second process would answer from
     // its own memory what the first one has changed.
     database.execute("PRAGMA locking_mode = EXCLUSIVE");
-    bool const create = isNew(database, name);
+    int const version = versionOf(database, name);
     // The write-ahead log needs no flush of the disk for each change, and a killed process loses nothing in it.
     database.execute("PRAGMA journal_mode = WAL");
     database.execute("PRAGMA synchronous = NORMAL");
     database.execute("PRAGMA foreign_keys = ON");
     database.execute("BEGIN EXCLUSIVE");
-    if (create) {
-        std::string const statements = store_schema +
-                                       ("PRAGMA application_id = " + std::to_string(store_application_id)) +
-                                       "; PRAGMA user_version = " + std::to_string(store_version);
-        database.execute(statements.c_str());
+    if (version < 1) {
+        database.execute(store_schema);
+        database.execute(("PRAGMA application_id = " + std::to_string(store_application_id)).c_str());
+    }
+    if (version < 2) {
+        database.execute(store_schema_2);
+    }
+    if (version < store_version) {
+        database.execute(("PRAGMA user_version = " + std::to_string(store_version)).c_str());
     }
     database.execute("COMMIT");
 }
@@ -102,7 +106,12 @@ struct Store::Statements {
           remove_action(database, "DELETE FROM actions WHERE id = ?"),
           remove_trigger(database, "DELETE FROM triggers WHERE id = ?"),
           add_association(database, "INSERT INTO associations (trigger_id, action_id) VALUES (?, ?)"),
-          remove_association(database, "DELETE FROM associations WHERE trigger_id = ? AND action_id = ?") {}
+          remove_association(database, "DELETE FROM associations WHERE trigger_id = ? AND action_id = ?"),
+          put_action(database, "INSERT INTO actions (id, type, settings, filters) VALUES (?, ?, ?, ?)"),
+          put_trigger(database, "INSERT INTO triggers (id, type, settings) VALUES (?, ?, ?)"),
+          read_traces(database, "SELECT id, outcome, trace FROM traces ORDER BY id"),
+          add_trace(database, "INSERT INTO traces (id, outcome, trace) VALUES (?, ?, ?)"),
+          remove_trace(database, "DELETE FROM traces WHERE id = ?") {}
 
     sqlite::Statement read_actions;
     sqlite::Statement read_triggers;
@@ -116,6 +125,11 @@ struct Store::Statements {
     sqlite::Statement remove_trigger;
     sqlite::Statement add_association;
     sqlite::Statement remove_association;
+    sqlite::Statement put_action;
+    sqlite::Statement put_trigger;
+    sqlite::Statement read_traces;
+    sqlite::Statement add_trace;
+    sqlite::Statement remove_trace;
 };
 
 void Store::DeleteStatements::operator()(Statements *statements) const {
@@ -124,10 +138,18 @@ void Store::DeleteStatements::operator()(Statements *statements) const {
 
 namespace {
 
+/// Takes back a transaction that could not be ended; all that follows would be lost with it.
+void endTransaction(sqlite::Database &database) {
+    if (sqlite3_get_autocommit(database.handle()) == 0) {
+        database.execute("ROLLBACK");
+    }
+}
+
 /// Runs one change, with SQLite's errors as the store's.
 template <typename Change>
-auto change(std::string const &name, Change make) {
+auto change(sqlite::Database &database, std::string const &name, Change make) {
     try {
+        endTransaction(database);
         return make();
     } catch (sqlite::Error const &error) {
         throw StoreError("the store " + name + " did not take the change: " + error.what());
@@ -136,8 +158,26 @@ auto change(std::string const &name, Change make) {
 
 }  // namespace
 
+template <typename Changes>
+void Store::inTransaction(Changes make) {
+    database_.execute("BEGIN");
+    try {
+        make();
+        database_.execute("COMMIT");
+    } catch (...) {
+        try {
+            endTransaction(database_);
+        } catch (sqlite::Error const &) {
+            // The next change tries it again, before anything else.
+        }
+        throw;
+    }
+}
+
 Store::Store(std::string const &path)
-    : name_(path.empty() ? "in memory" : "\"" + path + "\""), database_(open(path, name_)) {
+    : in_memory_(path.empty()),
+      name_(path.empty() ? "in memory" : "\"" + path + "\""),
+      database_(open(path, name_)) {
     try {
         prepare(database_, name_);
         statements_.reset(new Statements(database_));
@@ -170,8 +210,7 @@ void Store::readAssociations(Association const &association) {
     }
 }
 
-// Each change is one statement, and by that a transaction that SQLite itself begins and ends: one that is begun by hand
-// stays open when ending it fails, and all that follows is lost with it.
+// Each change of the catalogue is one statement, and by that a transaction that SQLite itself begins and ends.
 std::uint32_t Store::add(sqlite::Statement &statement) {
     statement.run();
     if (database_.changes() == 0) {
@@ -182,33 +221,76 @@ std::uint32_t Store::add(sqlite::Statement &statement) {
 }
 
 std::uint32_t Store::addAction(std::uint32_t type, std::string const &settings, std::string const &filters) {
-    return change(name_, [&] { return add(statements_->add_action.with(type, settings, filters)); });
+    return change(database_, name_,
+                  [&] { return add(statements_->add_action.with(type, settings, filters)); });
 }
 
 std::uint32_t Store::addTrigger(std::uint32_t type, std::string const &settings) {
-    return change(name_, [&] { return add(statements_->add_trigger.with(type, settings)); });
+    return change(database_, name_, [&] { return add(statements_->add_trigger.with(type, settings)); });
+}
+
+void Store::replace(Rows const &rows) {
+    change(database_, name_, [&] {
+        inTransaction([&] {
+            database_.execute("DELETE FROM associations; DELETE FROM actions; DELETE FROM triggers");
+            for (Row const &row : rows.actions) {
+                statements_->put_action.with(row.id, row.type, row.settings, row.filters).run();
+            }
+            for (Row const &row : rows.triggers) {
+                statements_->put_trigger.with(row.id, row.type, row.settings).run();
+            }
+            for (auto const &[trigger_id, action_id] : rows.associations) {
+                statements_->add_association.with(trigger_id, action_id).run();
+            }
+        });
+    });
+}
+
+void Store::readTraces(TraceRow const &row) {
+    auto &rows = statements_->read_traces;
+    try {
+        for (rows.with(); rows.step();) {
+            row(static_cast<std::uint64_t>(rows.number(0)), static_cast<std::uint32_t>(rows.number(1)),
+                rows.text(2));
+        }
+    } catch (sqlite::Error const &error) {
+        throw StoreError(reason(error, name_));
+    }
+}
+
+void Store::changeTraces(std::vector<StoredTrace> const &added, std::vector<std::uint64_t> const &removed) {
+    change(database_, name_, [&] {
+        inTransaction([&] {
+            for (std::uint64_t const id : removed) {
+                statements_->remove_trace.with(id).run();
+            }
+            for (StoredTrace const &trace : added) {
+                statements_->add_trace.with(trace.id, trace.outcome, trace.text).run();
+            }
+        });
+    });
 }
 
 void Store::setSettings(Table table, std::uint32_t id, std::string const &settings) {
     auto &statement = table == Table::actions ? statements_->set_action : statements_->set_trigger;
-    change(name_, [&] { statement.with(settings, id).run(); });
+    change(database_, name_, [&] { statement.with(settings, id).run(); });
 }
 
 void Store::setFilters(std::uint32_t action_id, std::string const &filters) {
-    change(name_, [&] { statements_->set_filters.with(filters, action_id).run(); });
+    change(database_, name_, [&] { statements_->set_filters.with(filters, action_id).run(); });
 }
 
 void Store::remove(Table table, std::uint32_t id) {
     auto &statement = table == Table::actions ? statements_->remove_action : statements_->remove_trigger;
-    change(name_, [&] { statement.with(id).run(); });
+    change(database_, name_, [&] { statement.with(id).run(); });
 }
 
 void Store::addAssociation(std::uint32_t trigger_id, std::uint32_t action_id) {
-    change(name_, [&] { statements_->add_association.with(trigger_id, action_id).run(); });
+    change(database_, name_, [&] { statements_->add_association.with(trigger_id, action_id).run(); });
 }
 
 void Store::removeAssociation(std::uint32_t trigger_id, std::uint32_t action_id) {
-    change(name_, [&] { statements_->remove_association.with(trigger_id, action_id).run(); });
+    change(database_, name_, [&] { statements_->remove_association.with(trigger_id, action_id).run(); });
 }
 
 }  // namespace simulator

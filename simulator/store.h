@@ -7,6 +7,8 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "simulator/sqlite.h"
 
@@ -50,11 +52,46 @@ class Store {
     void addAssociation(std::uint32_t trigger_id, std::uint32_t action_id);
     void removeAssociation(std::uint32_t trigger_id, std::uint32_t action_id);
 
+    struct Row {
+        std::uint32_t id;
+        std::uint32_t type;
+        std::string settings;
+        /// Empty for triggers.
+        std::string filters;
+    };
+    struct Rows {
+        std::vector<Row> actions;
+        std::vector<Row> triggers;
+        std::vector<std::pair<std::uint32_t, std::uint32_t>> associations;
+    };
+    /// Takes these entries, with their identifiers, in place of all that there are. Identifiers that were given out
+    /// before stay used.
+    void replace(Rows const &rows);
+
+    using TraceRow = std::function<void(std::uint64_t id, std::uint32_t outcome, std::string_view text)>;
+    /// Calls the function with each trace, identifiers ascending.
+    void readTraces(TraceRow const &row);
+
+    struct StoredTrace {
+        std::uint64_t id;
+        std::uint32_t outcome;
+        std::string text;
+    };
+    /// Takes traces away, which may be missing, and adds others.
+    void changeTraces(std::vector<StoredTrace> const &added, std::vector<std::uint64_t> const &removed);
+
+    /// Whether all is gone at the end.
+    bool inMemory() const { return in_memory_; }
+
   private:
     struct Statements;
 
+    template <typename Changes>
+    void inTransaction(Changes make);
+
     std::uint32_t add(sqlite::Statement &statement);
 
+    bool in_memory_;
     std::string name_;
     sqlite::Database database_;
     struct DeleteStatements {

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/values.h"
 
+#include <boost/json/array.hpp>
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
 #include <limits>
 #include <optional>
 #include <stdexcept>
 
+#include "simulator/log.h"
 #include "simulator/refused.h"
 
 namespace simulator {
@@ -142,6 +144,45 @@ void writeMembers(JsonWriter &writer, operations::Member const *row, Values cons
                 break;
         }
     }
+}
+
+boost::json::object objectOf(operations::Member const *row, Values const &values, Telling telling) {
+    constexpr std::size_t longest_text = 200;
+    constexpr std::size_t longest_list = 20;
+    auto const shown = [telling](std::string const &text) {
+        return telling == Telling::shortened && text.size() > longest_text
+                   ? beginningOf(text, longest_text) + "..."
+                   : text;
+    };
+    auto const listed = [telling](auto const &list, auto show) {
+        json::array array;
+        for (auto const &element : list) {
+            if (telling == Telling::shortened && array.size() == longest_list) {
+                break;
+            }
+            array.push_back(json::value(show(element)));
+        }
+        return array;
+    };
+    json::object object;
+    for (std::size_t n = 0; row[n].kind != Kind::none; ++n) {
+        json::value &member = object[row[n].name];
+        if (telling != Telling::all && row[n].name == secret_member) {
+            continue;
+        }
+        if (auto const *const text = std::get_if<std::string>(&values[n])) {
+            member = shown(*text);
+        } else if (auto const *const texts = std::get_if<Texts>(&values[n])) {
+            member = listed(*texts, shown);
+        } else if (auto const *const numbers = std::get_if<Numbers>(&values[n])) {
+            member = listed(*numbers, [](std::uint32_t number) { return number; });
+        } else if (auto const *const flag = std::get_if<bool>(&values[n])) {
+            member = *flag;
+        } else {
+            member = std::get<std::uint32_t>(values[n]);
+        }
+    }
+    return object;
 }
 
 std::size_t memberIndex(operations::Member const *row, std::string_view name) {

@@ -48,6 +48,21 @@ void readMembers(boost::json::object const &object, operations::Member const *ro
 /// Writes each member of `row`. The values must belong to the row.
 void writeMembers(JsonWriter &writer, operations::Member const *row, Values const &values);
 
+/// Members of this name are never told where nobody asked for them.
+inline constexpr std::string_view secret_member = "password";
+
+/// How much of the members is told.
+enum class Telling {
+    all,
+    /// Secrets are null.
+    without_secrets,
+    /// The same, and of long texts and lists only the beginning.
+    shortened,
+};
+
+/// The members of `row` as a JSON object.
+boost::json::object objectOf(operations::Member const *row, Values const &values, Telling telling);
+
 /// Where the member of this name stands in the row, which must have it.
 std::size_t memberIndex(operations::Member const *row, std::string_view name);
 

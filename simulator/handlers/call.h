@@ -32,6 +32,7 @@ struct Call {
     EngineState &state;
     JsonWriter &response;
     EngineState::Time now;
+    Wall wall;
     Version version;
     /// For operations on one kind of action or trigger.
     EntryKind const *kind;

@@ -66,27 +66,21 @@ void deleteTrigger(Call &call) {
 }
 
 void onvifEvent(Call &call) {
-    onvif::Namespaces const namespaces{std::move(call.input<Texts>(2)), std::move(call.input<Texts>(3))};
     std::optional<onvif::Event> event;
-    std::string fault = faultOfNamespaces(namespaces);
-    if (fault.empty()) {
-        try {
-            event.emplace(std::move(call.input<std::string>(0)), std::move(call.input<std::string>(1)),
-                          namespaces);
-        } catch (onvif::SyntaxError const &error) {
-            fault = error.what();
-        } catch (onvif::MessageError const &error) {
-            fault = error.what();
+    EngineState::Injection injection;
+    try {
+        event.emplace(readEvent(call.input<std::string>(0), call.input<std::string>(1),
+                                {call.input<Texts>(2), call.input<Texts>(3)}));
+        injection = call.state.inject(*event, call.now, call.wall);
+    } catch (Refused const &refused) {
+        call.state.refuse(call.input<std::string>(0), call.input<std::string>(1), refused.what(), call.wall);
+        if (event || call.state.catalogue.nonsense() == Catalogue::Nonsense::refused) {
+            throw;
         }
-    }
-    if (!event) {
-        if (call.state.catalogue.nonsense() == Catalogue::Nonsense::refused) {
-            throw impossible(fault);
-        }
-        call.remarks.warnings.push_back("an event is passed over: " + fault);
+        call.remarks.warnings.push_back(std::string("an event is passed over: ") + refused.what());
         return;
     }
-    noteInjection(call, event->topic_text, call.state.inject(*event, call.now));
+    noteInjection(call, event->topic_text, std::move(injection));
 }
 
 }  // namespace simulator::handlers

@@ -93,7 +93,8 @@ SyntaxError Scanner::error(std::size_t position, std::string const &words) const
     auto const characters =
         std::count_if(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(position),
                       [](char c) { return !continuesCharacter(c); });
-    return SyntaxError(std::string(what_) + ", column " + std::to_string(characters + 1) + ": " + words);
+    return SyntaxError(std::string(what_) + ", column " + std::to_string(characters + 1) + ": " + words,
+                       static_cast<std::size_t>(characters + 1));
 }
 
 std::string Scanner::shownNext() const {

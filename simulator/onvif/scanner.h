@@ -13,7 +13,14 @@ namespace simulator::onvif {
 /// A topic or a filter cannot be understood. what() says where, what is wrong, and what was probably meant.
 class SyntaxError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    explicit SyntaxError(std::string const &what, std::size_t column = 0)
+        : std::runtime_error(what), column_(column) {}
+
+    /// In characters from 1 on; 0 where no place in the text is at fault.
+    std::size_t column() const { return column_; }
+
+  private:
+    std::size_t column_;
 };
 
 /// Walks through a topic or a filter, token by token.

@@ -26,6 +26,13 @@ Topic path(Scanner &scanner) {
     return topic;
 }
 
+/// "first" for 0.
+std::string ordinal(std::size_t place) {
+    constexpr char const *words[] = {"first", "second",  "third",  "fourth", "fifth",
+                                     "sixth", "seventh", "eighth", "ninth",  "tenth"};
+    return place < std::size(words) ? words[place] : std::to_string(place + 1) + "th";
+}
+
 }  // namespace
 
 Topic parseTopic(std::string_view text, Namespaces const &namespaces) {
@@ -84,6 +91,38 @@ TopicFilter::TopicFilter(std::string_view text, std::string_view dialect, Namesp
         }
         scanner.skip(1);
     }
+}
+
+std::string TopicFilter::whyNot(Topic const &topic) const {
+    Alternative const *closest = nullptr;
+    std::size_t equal = 0;
+    for (Alternative const &wanted : alternatives_) {
+        auto const differ =
+            std::mismatch(wanted.topic.begin(), wanted.topic.end(), topic.begin(), topic.end()).first;
+        auto const common = static_cast<std::size_t>(differ - wanted.topic.begin());
+        if (closest == nullptr || common > equal) {
+            closest = &wanted;
+            equal = common;
+        }
+    }
+    if (closest == nullptr) {
+        return "";
+    }
+    if (equal == closest->topic.size()) {
+        return "the topic goes on with " + quoted(topic[equal].local) +
+               ", where the filter ends; with \"//.\" behind it the filter would take it";
+    }
+    Name const &wanted = closest->topic[equal];
+    if (equal == topic.size()) {
+        return "the topic ends before the " + ordinal(equal) + " name, the filter wants " +
+               quoted(wanted.local);
+    }
+    Name const &met = topic[equal];
+    std::string const place = "topic differs at the " + ordinal(equal) + " name: ";
+    return met.local == wanted.local
+               ? place + "the namespace of " + quoted(met.local) + " was " + quoted(met.uri) +
+                     ", the filter wants " + quoted(wanted.uri)
+               : place + quoted(met.local) + ", the filter wants " + quoted(wanted.local);
 }
 
 bool TopicFilter::matches(Topic const &topic) const {

@@ -35,6 +35,9 @@ class TopicFilter {
 
     bool matches(Topic const &topic) const;
 
+    /// Where a topic that the filter does not take differs from the wanted one that is closest to it.
+    std::string whyNot(Topic const &topic) const;
+
   private:
     struct Alternative {
         Topic topic;

@@ -24,16 +24,6 @@ Position positionOf(std::string_view kind, std::string_view id);
 /// "pan -12.5, tilt 3.0, zoom 4.2x"
 std::string describe(Position const &position);
 
-/// The camera's head, which moves at once.
-class PtzHead {
-  public:
-    void moveTo(Position const &position) { position_ = position; }
-    Position const &position() const { return position_; }
-
-  private:
-    Position position_{0, 0, 1};
-};
-
 }  // namespace simulator::runners
 
 #endif

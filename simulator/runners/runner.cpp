@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/runners/runner.h"
 
+#include <boost/json/array.hpp>
+#include <boost/json/value.hpp>
 #include <chrono>
 #include <ctime>
 #include <exception>
@@ -13,23 +15,25 @@
 
 namespace simulator::runners {
 
-Runner::Runner(Folders folders, std::function<Wall()> wall, Log const &log)
-    : folders_(std::move(folders)), wall_(std::move(wall)), log_(log) {}
+Runner::Runner(Folders folders, std::function<Wall()> wall, std::function<Clock::Time()> now, Log const &log)
+    : folders_(std::move(folders)), wall_(std::move(wall)), log_(log), now_(std::move(now)) {}
 
-bool Runner::run(Job const &job) noexcept {
+RunResult Runner::run(Job const &job) noexcept {
     try {
         std::string const action =
             std::string(job.kind->noun) + " " + std::to_string(job.action_id) + " " + quoted(job.name());
         try {
-            log_.notice(action + ": " + perform(job));
-            return true;
+            std::string words = perform(job);
+            log_.notice(action + ": " + words);
+            return {true, std::move(words)};
         } catch (std::exception const &error) {
             log_.warning(action + " failed: " + error.what());
+            return {false, error.what()};
         }
     } catch (std::exception const &) {
         // Not even the log line could be made.
     }
-    return false;
+    return {false, ""};
 }
 
 std::string Runner::perform(Job const &job) {
@@ -49,8 +53,10 @@ std::string Runner::perform(Job const &job) {
         case protocol::ptz_scan:
             return moveHead(job, "scan", "scan_id");
         case protocol::run_wiper:
+            devices_.runWiper(now_());
             return "the wiper ran";
         case protocol::run_washer:
+            devices_.runWasher(now_());
             return "the washer ran";
         case protocol::switch_relay:
             return switchRelay(job);
@@ -84,6 +90,11 @@ std::string Runner::upload(Job const &job) {
 std::string Runner::saveSnapshot(Job const &job) {
     auto const &name = job.setting<std::string>("filename");
     writeFile(folders_.snapshots, name, takeSnapshot(wall_()));
+    constexpr std::size_t most_pictures = 10;
+    pictures_.push_front(name);
+    if (pictures_.size() > most_pictures) {
+        pictures_.pop_back();
+    }
     return "picture saved as " + quoted(name);
 }
 
@@ -92,17 +103,30 @@ std::string Runner::moveHead(Job const &job, char const *what, char const *id_me
     if (id.empty()) {
         throw std::runtime_error(std::string("it names no ") + what);
     }
-    head_.moveTo(positionOf(what, id));
-    return std::string(what) + " " + quoted(id) + ", head now at " + describe(head_.position());
+    devices_.moveHead(positionOf(what, id), now_());
+    return std::string(what) + " " + quoted(id) + ", head moves to " + describe(devices_.headTarget());
 }
 
 std::string Runner::switchRelay(Job const &job) {
+    devices_.switchRelay(
+        job.setting<std::string>("relay_target"),
+        {job.setting<std::uint32_t>("config_mode"), job.setting<bool>("config_normally_closed"),
+         job.setting<std::uint32_t>("config_repeat_cycles"),
+         std::chrono::milliseconds(job.setting<std::uint32_t>("config_on_time_ms")),
+         std::chrono::milliseconds(job.setting<std::uint32_t>("config_off_time_ms"))},
+        now_());
     auto const number = [&job](char const *name) { return std::to_string(job.setting<std::uint32_t>(name)); };
     return "relay " + quoted(job.setting<std::string>("relay_target")) + " switched (mode " +
            number("config_mode") + ", normally " +
            (job.setting<bool>("config_normally_closed") ? "closed" : "open") + ", " +
            number("config_repeat_cycles") + " cycles, " + number("config_on_time_ms") + " ms on, " +
            number("config_off_time_ms") + " ms off)";
+}
+
+boost::json::object Runner::devices() const {
+    boost::json::object told = devices_.told(now_());
+    told["pictures"] = boost::json::array(pictures_.begin(), pictures_.end());
+    return told;
 }
 
 std::string Runner::outboxName(Job const &job, char const *what, char const *ending) {

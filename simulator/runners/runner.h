@@ -2,12 +2,13 @@
 #ifndef KORVO_SIMULATOR_RUNNERS_RUNNER_H
 #define KORVO_SIMULATOR_RUNNERS_RUNNER_H
 
+#include <deque>
 #include <functional>
 #include <string>
 
 #include "simulator/engine.h"
 #include "simulator/log.h"
-#include "simulator/runners/ptz_head.h"
+#include "simulator/runners/devices.h"
 
 namespace simulator::runners {
 
@@ -22,13 +23,16 @@ class Runner {
         std::string outbox;
     };
 
-    /// `wall` tells the time that mails, file names and pictures show.
-    Runner(Folders folders, std::function<Wall()> wall, Log const &log);
+    /// `wall` tells the time that mails, file names and pictures show, `now` the one that devices go by.
+    Runner(Folders folders, std::function<Wall()> wall, std::function<Clock::Time()> now, Log const &log);
 
     /// Runs an action and logs what it did or why it failed. Throws nothing.
-    bool run(Job const &job) noexcept;
+    RunResult run(Job const &job) noexcept;
 
-    Position const &headPosition() const { return head_.position(); }
+    /// Where the head goes, or is.
+    Position const &headTarget() const { return devices_.headTarget(); }
+    /// The state of the devices, and the pictures that were saved last, newest first.
+    boost::json::object devices() const;
 
   private:
     /// These give what was done, in words, and throw when it could not be done.
@@ -45,7 +49,9 @@ class Runner {
     Folders folders_;
     std::function<Wall()> wall_;
     Log const &log_;
-    PtzHead head_;
+    std::function<Clock::Time()> now_;
+    Devices devices_;
+    std::deque<std::string> pictures_;
     unsigned int outbox_count_ = 0;
 };
 

@@ -63,10 +63,12 @@ class RawClient {
     void close() { socket_.reset(); }
 
   private:
+    /// That of the service, not of its control: what the name begins with is made of the service's.
     static std::string socketPath() {
+        constexpr char const *action_engine = "fe8630b91f775a9f9776bb75";
         for (auto const &entry :
              std::filesystem::directory_iterator(Workspace::ofThisProgram().runtimeFolder())) {
-            if (entry.is_socket()) {
+            if (entry.is_socket() && entry.path().filename().string().rfind(action_engine, 0) == 0) {
                 return entry.path().string();
             }
         }

@@ -167,7 +167,7 @@ TEST_F(EngineTest, ADeletedTimerFiresNoMore) {
 TEST_F(EngineTest, ATriggerThatIsDeletedAfterItFiredRunsNothing) {
     bind(timer(10), 1);
     bench.advance(seconds(10));
-    bench.engine.change([&](EngineState &state) { EXPECT_NE(state.nextFiring(bench.now), nullptr); });
+    bench.engine.change([&](EngineState &state) { EXPECT_NE(state.nextFiring(bench.now, Wall()), nullptr); });
     EXPECT_EQ(bench.status(R"({"command":"Delete_trigger","trigger_id":1})"), 0);
     EXPECT_THAT(bench.run(), IsEmpty());
 }

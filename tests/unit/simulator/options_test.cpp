@@ -173,6 +173,8 @@ TEST(Options, ThatAreWrongAreExplained) {
          "--clock-rate 60; it was \"86401\"."},
         {{"--clock=virtual", "--clock-rate", "-1"}, "--clock-rate needs a whole number"},
         {{"--clock-rate", "60"}, "--clock-rate is for a virtual clock; give --clock virtual too."},
+        {{"--traces", "100001"}, "--traces needs a whole number from 0 to 100000; it was \"100001\"."},
+        {{"--traces", "many"}, "--traces needs a whole number"},
         {{"--log-level", "loud"},
          "--log-level: there is no level \"loud\". Levels are emerg, alert, crit, err, warning, notice, "
          "info, debug."},
@@ -188,8 +190,8 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
     // Of both texts, what stands from the first option on: for each option its name, its value and its words.
     for (char const *const option :
          {"--target TEXT", "--store FILE", "--snapshots DIR", "--outbox DIR", "--log-level LEVEL",
-          "--lenient", "--clock CLOCK", "--clock-rate NUMBER", "--help", "--version", "--fail METHOD=STATUS",
-          "--delay METHOD=MS", "--drop METHOD", "--target-version MAJOR.MINOR"}) {
+          "--lenient", "--clock CLOCK", "--clock-rate NUMBER", "--traces NUMBER", "--help", "--version",
+          "--fail METHOD=STATUS", "--delay METHOD=MS", "--drop METHOD", "--target-version MAJOR.MINOR"}) {
         std::string const words = sentencesAfter(help, std::string(" ") + option + " ");
         ASSERT_GT(words.size(), 10U) << option;
         EXPECT_THAT(manual, HasSubstr(std::string(" ") + option + " " + words));
@@ -208,7 +210,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 14U);
+    EXPECT_EQ(options, 15U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

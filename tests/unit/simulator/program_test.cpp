@@ -105,7 +105,7 @@ class Environment {
 /// A client at the default target.
 class Client {
   public:
-    Client() {
+    explicit Client(std::string service = "action_engine") : service_(std::move(service)) {
         EXPECT_EQ(korvo_core_ipc_initiator_init(nullptr, "test", &messaging_, 1), KORVO_CORE_STATUS_NO_ERROR);
     }
     ~Client() { (void)korvo_core_ipc_deinit(messaging_); }
@@ -113,8 +113,8 @@ class Client {
     Client &operator=(Client const &) = delete;
 
     korvo_core_status send(std::string const &command, std::string const &request_id) {
-        return korvo_core_ipc_initiator_command_send(messaging_, "action_engine", nullptr, request_id.c_str(),
-                                                     command.c_str());
+        return korvo_core_ipc_initiator_command_send(messaging_, service_.c_str(), nullptr,
+                                                     request_id.c_str(), command.c_str());
     }
 
     /// The next response, "request: response".
@@ -140,7 +140,7 @@ class Client {
     void subscribe() {
         EXPECT_EQ(korvo_core_ipc_initiator_event_receive_callback(messaging_, onEvent, this),
                   KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_EQ(korvo_core_ipc_initiator_event_subscribe(messaging_, "action_engine"),
+        EXPECT_EQ(korvo_core_ipc_initiator_event_subscribe(messaging_, service_.c_str()),
                   KORVO_CORE_STATUS_NO_ERROR);
     }
 
@@ -159,6 +159,7 @@ class Client {
         client.arrived_.notify_all();
     }
 
+    std::string service_;
     void *messaging_ = nullptr;
     std::mutex mutex_;
     std::condition_variable arrived_;
@@ -315,9 +316,59 @@ TEST_F(ProgramTest, FiresTimersRunsActionsAndPublishesTheirCompletion) {
     program.signal(SIGTERM);
     EXPECT_EQ(program.exitStatus(), 0);
     std::string const log = program.errors();
-    EXPECT_THAT(log, HasSubstr("PTZ preset action 2 \"gate\": preset \"3\", head now at pan "));
+    EXPECT_THAT(log, HasSubstr("PTZ preset action 2 \"gate\": preset \"3\", head moves to pan "));
     EXPECT_THAT(log,
                 HasSubstr("snapshot action 3 \"evil\" failed: the file name \"../evil.jpg\" is refused"));
+}
+
+TEST_F(ProgramTest, IsMovedAndQuestionedByItsControlService) {
+    Program program({"--clock", "virtual=2026-11-23T07:59:00Z"});
+    expectReady(program);
+    Client client;
+    Client control("action_engine_simulator");
+    control.subscribe();
+    client.subscribe();
+    client.call(create_wiper);
+    client.call(R"({"command":"Create_timer_trigger","trigger_name":"t","timer_seconds":20})");
+    client.call(R"({"command":"Create_association","trigger_id":1,"action_id":1})");
+    EXPECT_THAT(control.call(R"({"command":"Advance_clock","seconds":60})"),
+                HasSubstr(R"("unix_seconds":1795420800)"));
+    EXPECT_EQ(client.events(3).size(), 3U);
+    auto events = control.events(3);
+    events.resize(3);
+    EXPECT_THAT(events, ElementsAre(R"({"event":"Trace_added","id":1,"outcome":"ran"})",
+                                    R"({"event":"Trace_added","id":2,"outcome":"ran"})",
+                                    R"({"event":"Trace_added","id":3,"outcome":"ran"})"));
+    EXPECT_THAT(control.call(R"({"command":"Get_traces","limit":1})"),
+                HasSubstr(R"("words":"the wiper ran")"));
+    EXPECT_THAT(control.call(R"({"command":"Nonsense"})"), HasSubstr(R"("status":8)"));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+}
+
+TEST_F(ProgramTest, GarblesDuplicatesAndClosesAsItsControlServiceSays) {
+    Program program({});
+    expectReady(program);
+    Client client;
+    Client control("action_engine_simulator");
+    control.call(
+        R"({"command":"Add_fault","method":"Get_actions","garble":true,"duplicate":true,"count":1})");
+    std::string const garbled = client.call(get_actions);
+    EXPECT_THAT(garbled, StartsWith(R"(r: {"command":"Get_actions")"));
+    EXPECT_EQ(garbled.find('}'), std::string::npos);
+    EXPECT_THAT(client.call(R"({"command":"Get_triggers"})"), HasSubstr("Get_triggers"))
+        << "the core passes over the second copy";
+    control.call(R"({"command":"Add_fault","method":"Get_actions","close":true,"count":1})");
+    EXPECT_EQ(client.call(get_actions), "no response") << "the connection is lost";
+    std::string answer;
+    for (auto const end = steady_clock::now() + patience; steady_clock::now() < end && answer.empty();) {
+        if (client.send(get_actions, "again") == KORVO_CORE_STATUS_NO_ERROR) {
+            answer = client.receive().value_or("");
+        }
+    }
+    EXPECT_THAT(answer, HasSubstr(R"("status":0)")) << "it listens again";
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
 }
 
 TEST_F(ProgramTest, HoldsUpNoOtherAnswerWhileOneIsDelayedAndLeavesDroppedOnesOut) {

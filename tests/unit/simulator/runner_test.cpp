@@ -23,7 +23,7 @@ using testing::IsEmpty;
 class RunnerTest : public testing::Test {
   protected:
     bool run(protocol::ActionType type, Values settings) {
-        return runner.run(Job{7, &action_kinds[type], std::move(settings), "Trigger 1 fired.\n"});
+        return runner.run(Job{7, &action_kinds[type], std::move(settings), "Trigger 1 fired.\n"}).success;
     }
     /// The only line of the log.
     std::string line() { return log.lines.size() == 1 ? log.lines[0] : "not one line"; }
@@ -32,7 +32,9 @@ class RunnerTest : public testing::Test {
     TemporaryFolder outbox;
     RecordedLog log;
     Wall wall{std::chrono::seconds(1795417140)};
-    Runner runner{{snapshots.path(), outbox.path()}, [this] { return wall; }, log.log()};
+    Runner runner{
+        {snapshots.path(), outbox.path()}, [this] { return wall; }, [this] { return now; }, log.log()};
+    Clock::Time now{};
 };
 
 }  // namespace
@@ -63,11 +65,11 @@ TEST_F(RunnerTest, EachPtzKindMovesTheHeadAndLogsThePosition) {
         log.lines.clear();
         EXPECT_TRUE(run(one.type, {std::string("n"), std::string("12")}));
         Position const expected = positionOf(one.kind, "12");
-        EXPECT_EQ(runner.headPosition().pan, expected.pan);
-        EXPECT_EQ(runner.headPosition().tilt, expected.tilt);
-        EXPECT_EQ(runner.headPosition().zoom, expected.zoom);
+        EXPECT_EQ(runner.headTarget().pan, expected.pan);
+        EXPECT_EQ(runner.headTarget().tilt, expected.tilt);
+        EXPECT_EQ(runner.headTarget().zoom, expected.zoom);
         EXPECT_EQ(line(), std::string("5 PTZ ") + one.kind + " action 7 \"n\": " + one.kind +
-                              " \"12\", head now at " + describe(expected));
+                              " \"12\", head moves to " + describe(expected));
         log.lines.clear();
         EXPECT_FALSE(run(one.type, {std::string("n"), std::string()}));
         EXPECT_THAT(line(), HasSubstr(std::string("it names no ") + one.kind));

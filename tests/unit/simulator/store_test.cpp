@@ -201,10 +201,30 @@ TEST(Store, RefusesWhatIsNoStoreAndLeavesItAlone) {
 TEST(Store, RefusesOneOfANewerVersionAndLeavesItAlone) {
     TemporaryFolder const folder;
     { Store store(folder / "store"); }
-    changeDatabase(folder / "store", "PRAGMA user_version = 2");
+    changeDatabase(folder / "store", "PRAGMA user_version = 3");
     std::string const newer = readFile(folder / "store");
-    EXPECT_THAT(refusal(folder / "store"), HasSubstr("has version 2, and this program knows version 1"));
+    EXPECT_THAT(refusal(folder / "store"),
+                HasSubstr("has version 3, and this program knows versions up to 2"));
     EXPECT_EQ(readFile(folder / "store"), newer);
+}
+
+TEST(Store, OfTheFirstVersionIsUpgradedInPlace) {
+    TemporaryFolder const folder;
+    {
+        Store store(folder / "store");
+        store.addAction(7, R"({"action_name":"a"})", "{}");
+    }
+    changeDatabase(folder / "store", "DROP TABLE traces; PRAGMA user_version = 1");
+    for (int again = 0; again < 2; ++again) {
+        Store store(folder / "store");
+        unsigned int actions = 0;
+        store.readEntries(Store::Table::actions, [&](auto...) { ++actions; });
+        EXPECT_EQ(actions, 1U);
+        store.changeTraces({{5U + static_cast<unsigned int>(again), 2, "{}"}}, {});
+        unsigned int traces = 0;
+        store.readTraces([&](auto...) { ++traces; });
+        EXPECT_EQ(traces, 1U + static_cast<unsigned int>(again));
+    }
 }
 
 TEST(Store, SaysWhenItCannotBeOpened) {
