@@ -46,6 +46,7 @@ bool overflow = false;
 
 std::atomic_flag busy = ATOMIC_FLAG_INIT;
 std::atomic<bool> recording{false};
+std::atomic<bool> follows_threads{false};
 thread_local bool recorded_thread = false;
 thread_local std::size_t until_failure = 0;
 thread_local bool has_failed = false;
@@ -174,8 +175,9 @@ void *begin(void *block) {
 
 namespace live_blocks {
 
-Recording::Recording() {
+Recording::Recording(Threads threads) {
     installHooks();
+    follows_threads = threads == Threads::started;
     {
         Busy const lock;
         for (Block &block : blocks) {
@@ -309,11 +311,14 @@ __attribute__((visibility("default"))) void free(void *block) {
     __libc_free(block);
 }
 
-// A thread is recorded when the one that starts it is.
+// A thread is recorded when the one that starts it is, if the recording wants that.
 __attribute__((visibility("default"))) int pthread_create(pthread_t *thread, pthread_attr_t const *attributes,
                                                           void *(*function)(void *), void *argument) {
     static auto const create =
         reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    if (!follows_threads) {
+        return create(thread, attributes, function, argument);
+    }
     void *const block = failsNow() ? nullptr : __libc_malloc(sizeof(Start));
     if (block == nullptr) {
         return EAGAIN;

@@ -15,11 +15,15 @@ struct Block {
     std::size_t size;
 };
 
-/// Records the blocks that the calling thread allocates from here on, and the threads that it starts meanwhile, and
-/// forgets those that any thread frees. One recording at a time.
+/// Whose blocks are recorded beside the calling thread's: nobody's, or those of the threads that it starts meanwhile. The
+/// latter must have ended when the recording does; what a detached thread frees late would look left behind.
+enum class Threads { own, started };
+
+/// Records the blocks that the calling thread allocates from here on, and forgets those that any thread frees. One
+/// recording at a time.
 class Recording {
   public:
-    Recording();
+    explicit Recording(Threads threads = Threads::own);
     ~Recording();
     Recording(Recording const &) = delete;
     Recording &operator=(Recording const &) = delete;

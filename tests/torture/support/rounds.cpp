@@ -95,7 +95,7 @@ void watch(std::string const &what, std::function<void()> const &work, Leavings 
     (void)std::snprintf(current.data(), current.size(), "%s", what.c_str());
     SCOPED_TRACE(current.data());
     (void)alarm(seconds_of_a_round);
-    live_blocks::Recording recording;
+    live_blocks::Recording recording(live_blocks::Threads::started);
     std::thread(work).join();
     std::vector<live_blocks::Block> const left = recording.end();
     (void)alarm(0);
