@@ -32,6 +32,17 @@ install(TARGETS korvo-api-action-engine EXPORT korvo-api-action-engine
 
 install(FILES include/korvo_api_action_engine.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+# The C++ layer: what stands in the tree, and what the build writes.
+if(TARGET korvo-action-engine-hpp)
+  add_dependencies(product cpp-layer-header)
+  install(DIRECTORY include/korvo DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
+    FILES_MATCHING PATTERN "*.hpp")
+  get_target_property(layer cpp-layer-header KORVO_HEADER)
+  install(FILES ${layer} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/korvo COMPONENT development)
+  install(TARGETS korvo-action-engine-hpp EXPORT korvo-api-action-engine)
+  install(DIRECTORY examples/cpp DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT development
+    FILES_MATCHING PATTERN "*.cpp")
+endif()
 # For C++ that goes deeper: hosts that extend the Lua module, other clients built on the base classes.
 install(FILES src/json/json.h src/json/lists.h src/json/numbers.h
   DESTINATION ${KORVO_CXX_INCLUDE_DIR}/json COMPONENT development)
@@ -113,7 +124,7 @@ function(korvo_install_documents component package)
   korvo_install_compressed(${PROJECT_BINARY_DIR}/installed/changelog ${folder} ${component})
 endfunction()
 korvo_install_documents(library ${KORVO_LIBRARY_PACKAGE} docs/on-the-camera.md docs/oddities.md docs/versioning.md)
-korvo_install_documents(development ${KORVO_DEVELOPMENT_PACKAGE} README.md docs/in-your-program.md)
+korvo_install_documents(development ${KORVO_DEVELOPMENT_PACKAGE} README.md docs/cpp.md docs/in-your-program.md)
 if(KORVO_LUA)
   korvo_install_documents(lua ${KORVO_LUA_PACKAGE} docs/lua.md)
 endif()

@@ -15,6 +15,7 @@ namespace end_to_end {
 
 namespace {
 
+/// The folder of the programs: those in C, or the same in C++, compiled with other definitions.
 Finished runExample(std::string const &name, std::vector<std::string> arguments = {}) {
     return run({std::string(KORVO_EXAMPLES_FOLDER) + "/" + name, std::move(arguments), {}});
 }

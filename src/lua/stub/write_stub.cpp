@@ -14,12 +14,15 @@
 #include "korvo_api_action_engine.h"
 #include "lua/pointer_types.h"
 #include "lua/stub/function_rows.h"
-#include "lua/stub/header_texts.h"
 #include "lua/stub/lua_texts.h"
 #include "operations/operations.h"
+#include "writers/header_texts.h"
 
 namespace korvo::lua::stub {
 namespace {
+
+using writers::Explanation;
+using writers::HeaderTexts;
 
 constexpr char const *head = R"lua(---@meta korvo_api_action_engine
 -- Declares the Lua module korvo_api_action_engine for the Lua language server. Written by the build; not to be loaded.

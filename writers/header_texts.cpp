@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "lua/stub/header_texts.h"
+#include "writers/header_texts.h"
 
 #include <algorithm>
 #include <fstream>
@@ -7,7 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
-namespace korvo::lua::stub {
+namespace korvo::writers {
 namespace {
 
 using Lines = std::vector<std::string>;
@@ -191,4 +191,4 @@ std::string HeaderTexts::constant(std::string const &name) const {
     return found == constants_.end() ? "" : found->second;
 }
 
-}  // namespace korvo::lua::stub
+}  // namespace korvo::writers

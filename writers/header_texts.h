@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef KORVO_LUA_STUB_HEADER_TEXTS_H
-#define KORVO_LUA_STUB_HEADER_TEXTS_H
+#ifndef KORVO_WRITERS_HEADER_TEXTS_H
+#define KORVO_WRITERS_HEADER_TEXTS_H
 
 // What the comments of the C headers say. They are the one place where operations are explained.
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace korvo::lua::stub {
+namespace korvo::writers {
 
 /// The comment in front of a function.
 struct Explanation {
@@ -34,6 +34,6 @@ class HeaderTexts {
     std::map<std::string, std::string> constants_;
 };
 
-}  // namespace korvo::lua::stub
+}  // namespace korvo::writers
 
 #endif
