@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "visible_text.h"
+
 namespace simulator {
 
 std::string beginningOf(std::string_view text, std::size_t longest) {
@@ -16,10 +18,7 @@ std::string beginningOf(std::string_view text, std::size_t longest) {
 std::string quoted(std::string_view text) {
     constexpr std::size_t longest = 160;
     std::string shown = "\"";
-    for (char const c : beginningOf(text, longest)) {
-        bool const control = static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-        shown += control ? '?' : c;
-    }
+    platform::visible_text::append(shown, beginningOf(text, longest));
     shown += '"';
     if (text.size() > longest) {
         shown += " (cut; " + std::to_string(text.size()) + " bytes)";

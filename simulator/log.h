@@ -28,7 +28,7 @@ class Log {
     Sink sink_;
 };
 
-/// A client's text for a log line or an error: in double quotes, without control characters, and cut when long.
+/// A client's text for a log line or an error: in double quotes, with escapes for what does not show, and cut when long.
 std::string quoted(std::string_view text);
 
 /// The beginning of a text, where it is longer than so many bytes; no character is cut in two.

@@ -47,6 +47,12 @@ TEST(LogRecord, IsOneLineWithTimePriorityProcessAndText) {
 
 TEST(LogRecord, EscapesWhatWouldBreakTheLineOrCommandATerminal) {
     EXPECT_EQ(log_record::oneLine("a\nb\r\x1b[2J\x7f\xc3\xa4"), "a\\nb\\x0d\\x1b[2J\\x7f\xc3\xa4");
+    // Controls of eight bits, marks of direction, a byte order mark, and bytes that are no UTF-8.
+    EXPECT_EQ(log_record::oneLine("\xc2\x9b"
+                                  "31m\xe2\x80\xae\xef\xbb\xbf"),
+              "\\u009b31m\\u202e\\ufeff");
+    EXPECT_EQ(log_record::oneLine("\x9b\xc3\xed\xa0\x80\xf5"), "\\x9b\\xc3\\xed\\xa0\\x80\\xf5");
+    EXPECT_EQ(log_record::oneLine("\xe2\x82\xac \xf0\x9f\x93\xb7"), "\xe2\x82\xac \xf0\x9f\x93\xb7");
     std::string const line = written(nullptr, KORVO_CORE_LOG_PRIORITY_ERR, "first\nsecond");
     EXPECT_NE(line.find("first\\nsecond\n"), std::string::npos) << line;
 }

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "visible_text.h"
+
 namespace platform::log_record {
 
 namespace {
@@ -43,18 +45,7 @@ std::string format(char const *format, va_list arguments) {
 std::string oneLine(std::string_view text) {
     std::string line;
     line.reserve(text.size());
-    for (char const byte : text) {
-        auto const code = static_cast<unsigned char>(byte);
-        if (byte == '\n') {
-            line += "\\n";
-        } else if (code < 0x20 || code == 0x7f) {
-            std::array<char, 5> escape;
-            (void)std::snprintf(escape.data(), escape.size(), "\\x%02x", static_cast<unsigned int>(code));
-            line += escape.data();
-        } else {
-            line += byte;
-        }
-    }
+    visible_text::append(line, text);
     return line;
 }
 

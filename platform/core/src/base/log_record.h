@@ -13,8 +13,8 @@ namespace platform::log_record {
 /// The formatted text, at most 16 KiB of it.
 std::string format(char const *format, va_list arguments) KORVO_CORE_PRINTF(1, 0);
 
-/// `text` without bytes that would begin a new record or command a terminal: line ends and control characters
-/// become escapes such as "\n" and "\x1b".
+/// `text` without what would begin a new record, command a terminal or show a text as another one: line ends, controls,
+/// marks of direction and bytes that are no UTF-8 become escapes such as "\n", "\x1b" and "\u202e".
 std::string oneLine(std::string_view text);
 
 /// "emerg" to "debug", "audit", "notset", or "priority N" for other values.

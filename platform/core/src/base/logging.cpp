@@ -2,7 +2,6 @@
 #include "base/logging.h"
 
 #include <syslog.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -11,6 +10,7 @@
 #include <system_error>
 
 #include "base/handles.h"
+#include "base/log_output.h"
 #include "base/log_record.h"
 #include "base/text.h"
 
@@ -38,16 +38,7 @@ class Logger {
             syslog(level, "%s: %s", name_.c_str(), log_record::oneLine(text).c_str());
             return;
         }
-        // One write a record, so that records of several threads and processes do not mix.
-        std::string const record = log_record::line(priority, name_, text);
-        std::string_view rest = record;
-        while (!rest.empty()) {
-            ssize_t const written = ::write(STDERR_FILENO, rest.data(), rest.size());
-            if (written < 0 && errno != EINTR) {
-                return;
-            }
-            rest.remove_prefix(written < 0 ? 0 : static_cast<std::size_t>(written));
-        }
+        log_output::write(name_, log_record::line(priority, name_, text));
     }
 
   private:

@@ -43,8 +43,12 @@ constexpr std::size_t outgoing_bytes = 8 * mebibyte;
 /// From here on the thread that publishes an event sends by itself instead of leaving it to the service's
 /// thread.
 constexpr std::size_t outgoing_gathered_bytes = 16 * kibibyte;
+/// What a service holds for all peers together, of frames that have not come as a whole and of bytes that wait for a socket;
+/// beyond that the peer with the most of it is disconnected.
+constexpr std::size_t service_bytes = 64 * mebibyte;
 /// Commands that wait for a polling service; beyond that it reads no more until some are taken.
 constexpr std::size_t waiting_commands = 1024;
+constexpr std::size_t waiting_command_bytes = 16 * mebibyte;
 /// Initiators that are connected to a service at one time.
 constexpr std::size_t peers = 512;
 /// Connections that a service takes in before it looks at those it has again. Some of them may have ended,

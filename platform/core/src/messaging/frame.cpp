@@ -90,7 +90,7 @@ void append(std::string &out, Type type) {
     appendHeader(out, type, 0);
 }
 
-Decoder::Space Decoder::space() {
+void Decoder::trim() {
     if (begin_ == end_) {
         begin_ = end_ = 0;
         if (capacity_ > 2 * limits::read_buffer) {
@@ -98,6 +98,10 @@ Decoder::Space Decoder::space() {
             capacity_ = 0;
         }
     }
+}
+
+Decoder::Space Decoder::space() {
+    trim();
     if (capacity_ - end_ < limits::read_buffer / 4) {
         std::size_t const held = end_ - begin_;
         if (capacity_ - held >= limits::read_buffer / 2) {

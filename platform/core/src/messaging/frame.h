@@ -70,6 +70,11 @@ class Decoder {
 
     char const *problem() const { return problem_; }
 
+    /// How much memory it holds.
+    std::size_t memory() const { return capacity_; }
+    /// Gives back the memory of a large frame when nothing is left in it. Invalidates texts.
+    void trim();
+
   private:
     Result refuse(char const *problem);
 

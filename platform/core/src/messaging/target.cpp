@@ -78,6 +78,7 @@ void Target::close() {
         flushOrDrop(peer);
         drop(peer, "the service stops");
     }
+    tellOfFloods(/*all*/ true);
     claim_.release();
 }
 

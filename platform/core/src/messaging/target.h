@@ -24,12 +24,14 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <unordered_map>
 #include <vector>
 
 #include "base/deadline.h"
+#include "base/flood.h"
 #include "base/mutex.h"
 #include "base/notes.h"
 #include "base/text.h"
@@ -70,13 +72,30 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
   private:
     /// One connected initiator.
     struct Peer {
-        Peer(process::Descriptor connected, std::uint64_t peer_number, std::string peer_source)
-            : socket(std::move(connected)), number(peer_number), source(std::move(peer_source)) {}
+        Peer(process::Descriptor connected, std::uint64_t peer_number, std::string peer_source,
+             std::atomic<std::size_t> &held_by_all)
+            : socket(std::move(connected)),
+              number(peer_number),
+              source(std::move(peer_source)),
+              held(held_by_all) {}
+        ~Peer() { held -= read_memory + unsent_memory; }
+
+        /// Notes how much memory one of the two takes now.
+        void charge(std::atomic<std::size_t> &part, std::size_t bytes) noexcept {
+            if (part.load(std::memory_order_relaxed) != bytes) {
+                held += bytes;
+                held -= part.exchange(bytes);
+            }
+        }
 
         process::Descriptor const socket;
         std::uint64_t const number;
         /// Its address as the service sees it, not used twice by any service.
         std::string const source;
+        /// What all peers of the service hold together, and what this one does of it.
+        std::atomic<std::size_t> &held;
+        std::atomic<std::size_t> read_memory{0};
+        std::atomic<std::size_t> unsent_memory{0};
 
         // Used by the serving thread only.
         frame::Decoder decoder;
@@ -91,7 +110,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
         bool is_gathered KORVO_GUARDED_BY(mutex) = false;
         bool is_arranged KORVO_GUARDED_BY(mutex) = false;
         bool is_blocked KORVO_GUARDED_BY(mutex) = false;
-        DropCounter dropped_events KORVO_GUARDED_BY(mutex);
+        Flood dropped_events KORVO_GUARDED_BY(mutex);
     };
     using PeerPointer = std::shared_ptr<Peer>;
 
@@ -101,6 +120,9 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void serve(int timeout) KORVO_EXCLUDES(mutex_);
     void serveWithoutWaiting() KORVO_EXCLUDES(mutex_);
     void acceptPeers() KORVO_EXCLUDES(mutex_);
+    /// How long serve() may wait at most, and what it does about what has waited for that long.
+    int boundedWait(int timeout) const;
+    void tellOfFloods(bool all);
     void readPeer(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
     void handleRead(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
     void handle(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
@@ -108,6 +130,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void subscribe(PeerPointer const &peer, bool wanted) KORVO_EXCLUDES(mutex_);
     void call(Hold &hold, std::string_view source, std::string_view request_id, std::string_view command)
         KORVO_REQUIRES(mutex_);
+    Command takeCommand() KORVO_REQUIRES(mutex_);
     void startThread(Hold &hold) KORVO_REQUIRES(mutex_);
     void run() KORVO_EXCLUDES(mutex_);
     bool onOwnThread() const KORVO_REQUIRES(mutex_) {
@@ -127,6 +150,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void flushArranged() KORVO_EXCLUDES(mutex_);
     void arrangeFlush(std::vector<PeerPointer> const &peers) KORVO_EXCLUDES(mutex_);
     void drop(PeerPointer const &peer, char const *reason) KORVO_EXCLUDES(mutex_);
+    void boundMemory() KORVO_EXCLUDES(mutex_);
     PeerPointer findPeer(std::string_view source) KORVO_EXCLUDES(mutex_);
     bool isServingThread() const {
         return serving_thread_.load(std::memory_order_relaxed) == std::this_thread::get_id();
@@ -148,23 +172,30 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     // Used by the serving thread only.
     std::vector<PeerPointer> gathered_;
     Clock::time_point gathering_since_{};
-    bool is_accepting_ = true;
+    /// When connections are accepted again, after one could not be.
+    std::optional<Clock::time_point> accepts_again_;
+    Flood failed_accepts_;
+    Flood refused_peers_;
+    Flood broken_frames_;
+    Flood odd_frames_;
     /// The peer whose commands it is just handling.
     PeerPointer handled_;
     ReusedText lent_source_;
     ReusedText lent_request_id_;
     ReusedText lent_command_;
 
+    std::atomic<std::size_t> held_by_peers_{0};
+
     Mutex mutex_;
     bool is_closing_ KORVO_GUARDED_BY(mutex_) = false;
     bool is_serving_ KORVO_GUARDED_BY(mutex_) = false;
     std::condition_variable served_;
     std::unordered_map<std::uint64_t, PeerPointer> peers_ KORVO_GUARDED_BY(mutex_);
-    DropCounter refused_peers_ KORVO_GUARDED_BY(mutex_);
     /// Replaced as a whole, so that a publisher can use it without the mutex.
     std::shared_ptr<std::vector<PeerPointer> const> subscribers_ KORVO_GUARDED_BY(mutex_);
     std::uint64_t next_peer_ KORVO_GUARDED_BY(mutex_) = 16;
     std::deque<Command> commands_ KORVO_GUARDED_BY(mutex_);
+    std::size_t command_bytes_ KORVO_GUARDED_BY(mutex_) = 0;
     CommandCallback callback_ KORVO_GUARDED_BY(mutex_) = nullptr;
     void *context_ KORVO_GUARDED_BY(mutex_) = nullptr;
     std::thread thread_ KORVO_GUARDED_BY(mutex_);

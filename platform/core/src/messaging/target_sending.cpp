@@ -23,6 +23,7 @@ korvo_core_status Target::sendResponse(std::string_view source, std::string_view
     PassResult const result = peer == nullptr
                                   ? PassResult::gone
                                   : passOn(peer, frame::Type::response, request_id, response, Urgency::now);
+    boundMemory();
     switch (result) {
         case PassResult::done:
         case PassResult::arrange:
@@ -75,6 +76,7 @@ korvo_core_status Target::sendEvent(std::string_view event) {
     if (!to_arrange.empty()) {
         arrangeFlush(to_arrange);
     }
+    boundMemory();
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
@@ -103,6 +105,7 @@ Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std
             peer->sent = 0;
         }
         frame::append(peer->outgoing, type, first, second);
+        peer->charge(peer->unsent_memory, peer->outgoing.capacity());
         if (peer->is_blocked) {
             return PassResult::done;
         }
@@ -150,6 +153,7 @@ Target::FlushResult Target::flush(Peer &peer) {
     } else {
         peer.outgoing.clear();
     }
+    peer.charge(peer.unsent_memory, peer.outgoing.capacity());
     if (peer.is_blocked) {
         peer.is_blocked = false;
         (void)epoll_.change(peer.socket.get(), peer.number, EPOLLIN);
@@ -207,7 +211,35 @@ void Target::arrangeFlush(std::vector<PeerPointer> const &peers) {
     }
 }
 
+void Target::boundMemory() {
+    while (held_by_peers_.load(std::memory_order_relaxed) > limits::service_bytes) {
+        PeerPointer greediest;
+        std::size_t most = 0;
+        std::size_t all = 0;
+        {
+            Hold hold(mutex_, log_);
+            // Of those that are connected: others are just about to go.
+            for (auto const &[number, peer] : peers_) {
+                std::size_t const bytes = peer->read_memory + peer->unsent_memory;
+                all += bytes;
+                if (bytes > most) {
+                    most = bytes;
+                    greediest = peer;
+                }
+            }
+        }
+        if (all <= limits::service_bytes) {
+            return;
+        }
+        log_.warning(
+            "an initiator of service %s is disconnected: all together make it hold %zu bytes, this one %zu",
+            service_.c_str(), all, most);
+        drop(greediest, "the service holds too much, and for it the most");
+    }
+}
+
 void Target::drop(PeerPointer const &peer, char const *reason) {
+    unsigned long long dropped_events = 0;
     {
         Hold hold(mutex_, log_);
         if (peers_.erase(peer->number) == 0) {
@@ -215,11 +247,19 @@ void Target::drop(PeerPointer const &peer, char const *reason) {
         }
         MutexLock const lock(peer->mutex);
         peer->is_alive = false;
+        peer->outgoing = std::string();
+        peer->sent = 0;
+        peer->charge(peer->unsent_memory, 0);
+        dropped_events = peer->dropped_events.total();
         (void)epoll_.remove(peer->socket.get());
         // The descriptor itself is closed by the last thread that uses it.
         (void)shutdown(peer->socket.get(), SHUT_RDWR);
     }
     subscribe(peer, false);
+    if (dropped_events != 0) {
+        log_.warning("an initiator of service %s is gone that did not read %llu of its events",
+                     service_.c_str(), dropped_events);
+    }
     log_.info("an initiator of service %s is gone: %s", service_.c_str(), reason);
 }
 

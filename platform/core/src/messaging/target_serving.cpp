@@ -18,7 +18,7 @@ namespace platform {
 namespace {
 
 /// How long no initiators are accepted after the process ran out of descriptors.
-constexpr int accept_pause_ms = 100;
+constexpr std::chrono::milliseconds accept_pause{100};
 
 }  // namespace
 
@@ -35,8 +35,7 @@ korvo_core_status Target::receive(int timeout, Command &command) {
             return KORVO_CORE_STATUS_IPC_FAILED;
         }
         if (!commands_.empty()) {
-            command = std::move(commands_.front());
-            commands_.pop_front();
+            command = takeCommand();
             return KORVO_CORE_STATUS_NO_ERROR;
         }
         if (has_looked && deadline.hasPassed()) {
@@ -104,8 +103,7 @@ void Target::run() {
         try {
             // What came while nobody was there to take it.
             while (!commands_.empty() && callback_ != nullptr && !is_closing_) {
-                Command const command = std::move(commands_.front());
-                commands_.pop_front();
+                Command const command = takeCommand();
                 call(hold, command.source.view(), command.request_id.view(), command.command.view());
             }
             if (is_closing_ || callback_ == nullptr) {
@@ -126,6 +124,44 @@ void Target::run() {
     flushArranged();
 }
 
+Target::Command Target::takeCommand() {
+    Command command = std::move(commands_.front());
+    commands_.pop_front();
+    command_bytes_ -= command.command.size();
+    return command;
+}
+
+int Target::boundedWait(int timeout) const {
+    std::optional<Clock::time_point> until = accepts_again_;
+    for (Flood const *const flood : {&failed_accepts_, &refused_peers_, &broken_frames_, &odd_frames_}) {
+        std::optional<Clock::time_point> const due = flood->due();
+        if (due && (!until || *due < *until)) {
+            until = due;
+        }
+    }
+    if (!until) {
+        return timeout;
+    }
+    auto const left = std::chrono::ceil<std::chrono::milliseconds>(*until - Clock::now()).count();
+    int const bound = static_cast<int>(std::max<decltype(left)>(left, 0));
+    return timeout < 0 ? bound : std::min(timeout, bound);
+}
+
+void Target::tellOfFloods(bool all) {
+    auto const now = Clock::now();
+    auto const tell = [&](Flood &flood, char const *what) {
+        std::optional<Clock::time_point> const due = flood.due();
+        if (due && (all || *due <= now)) {
+            log_.warning("service %s: %llu more %s, %llu in all", service_.c_str(), flood.takeUntold(now),
+                         what, flood.total());
+        }
+    };
+    tell(failed_accepts_, "connections could not be accepted");
+    tell(refused_peers_, "initiators were refused");
+    tell(broken_frames_, "initiators sent broken frames");
+    tell(odd_frames_, "frames came that only services send");
+}
+
 void Target::serveWithoutWaiting() {
     Hold hold(mutex_, log_);
     if (is_serving_ || is_closing_) {
@@ -141,13 +177,12 @@ void Target::serve(int timeout) {
     handled_ = nullptr;
     flushGathered();
     std::array<epoll_event, 32> events;
-    if (!is_accepting_) {
-        timeout = timeout < 0 ? accept_pause_ms : std::min(timeout, accept_pause_ms);
-    }
     int const count =
-        epoll_wait(epoll_.descriptor(), events.data(), static_cast<int>(events.size()), timeout);
-    if (!is_accepting_) {
-        is_accepting_ = epoll_.change(claim_.listener(), listener_tag, EPOLLIN);
+        epoll_wait(epoll_.descriptor(), events.data(), static_cast<int>(events.size()), boundedWait(timeout));
+    tellOfFloods(/*all*/ false);
+    if (accepts_again_ && *accepts_again_ <= Clock::now() &&
+        epoll_.change(claim_.listener(), listener_tag, EPOLLIN)) {
+        accepts_again_.reset();
     }
     for (int index = 0; index < count; ++index) {
         epoll_event const &event = events.at(static_cast<std::size_t>(index));
@@ -174,7 +209,8 @@ void Target::serve(int timeout) {
                 continue;
             }
             peer = place->second;
-            may_read = callback_ != nullptr || commands_.size() < limits::waiting_commands;
+            may_read = callback_ != nullptr || (commands_.size() < limits::waiting_commands &&
+                                                command_bytes_ < limits::waiting_command_bytes);
         }
         if ((event.events & EPOLLOUT) != 0) {
             flushOrDrop(peer);
@@ -197,11 +233,14 @@ void Target::acceptPeers() {
             if (errno == EINTR || errno == ECONNABORTED) {
                 continue;
             }
-            log_.error("cannot accept a connection: %s", errorText(errno).c_str());
+            int const failure = errno;
+            if (failed_accepts_.count()) {
+                log_.error("cannot accept a connection: %s", ErrorText(failure).get());
+            }
             // The listener stays readable; it is left alone for a while, or this thread would do nothing
             // else.
             (void)epoll_.change(claim_.listener(), listener_tag, 0);
-            is_accepting_ = false;
+            accepts_again_ = Clock::now() + accept_pause;
             return;
         }
         if (!isTrustedPeer(connected.get(), log_)) {
@@ -216,8 +255,8 @@ void Target::acceptPeers() {
             continue;
         }
         std::uint64_t const number = next_peer_++;
-        auto const peer =
-            std::make_shared<Peer>(std::move(connected), number, source_prefix_ + std::to_string(number));
+        auto const peer = std::make_shared<Peer>(std::move(connected), number,
+                                                 source_prefix_ + std::to_string(number), held_by_peers_);
         if (!epoll_.add(peer->socket.get(), number, EPOLLIN)) {
             hold.warn("refused an initiator: %s", errorText(errno).c_str());
             continue;
@@ -237,10 +276,14 @@ void Target::readPeer(PeerPointer const &peer) {
         return;
     }
     peer->decoder.filled(static_cast<std::size_t>(count));
+    peer->charge(peer->read_memory, peer->decoder.memory());
     handled_ = peer;
     handleRead(peer);
     handled_ = nullptr;
     flushGathered();
+    peer->decoder.trim();
+    peer->charge(peer->read_memory, peer->decoder.memory());
+    boundMemory();
 }
 
 void Target::handleRead(PeerPointer const &peer) {
@@ -251,8 +294,10 @@ void Target::handleRead(PeerPointer const &peer) {
             break;
         }
         if (result == frame::Decoder::Result::broken) {
-            log_.warning("an initiator of service %s sent a broken frame: %s", service_.c_str(),
-                         peer->decoder.problem());
+            if (broken_frames_.count()) {
+                log_.warning("an initiator of service %s sent a broken frame: %s", service_.c_str(),
+                             peer->decoder.problem());
+            }
             drop(peer, "it sent a broken frame");
             break;
         }
@@ -276,8 +321,10 @@ void Target::handle(PeerPointer const &peer, frame::Frame const &frame) {
             break;
         case frame::Type::response:
         case frame::Type::event:
-            log_.warning("an initiator of service %s sent what only services send; ignored",
-                         service_.c_str());
+            if (odd_frames_.count()) {
+                log_.warning("an initiator of service %s sent what only services send; ignored",
+                             service_.c_str());
+            }
             break;
     }
 }
@@ -291,6 +338,7 @@ void Target::handleCommand(PeerPointer const &peer, frame::Frame const &frame) {
         call(hold, peer->source, frame.first, frame.second);
     } else {
         commands_.push_back(Command{Text(peer->source), Text(frame.first), Text(frame.second)});
+        command_bytes_ += frame.second.size();
     }
 }
 
