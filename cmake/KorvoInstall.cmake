@@ -100,6 +100,11 @@ if(KORVO_PLATFORM STREQUAL "development")
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
   install(TARGETS korvo-action-engine-simulator
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT platform)
+  # Where systemd looks for units of users, whatever the prefix's own lib folder is called.
+  install(FILES simulator/systemd/korvo-action-engine-simulator.service
+    DESTINATION lib/systemd/user COMPONENT platform)
+  install(FILES simulator/systemd/network.conf
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/korvo-development-platform/examples COMPONENT platform)
   korvo_install_compressed(simulator/korvo-action-engine-simulator.1 ${CMAKE_INSTALL_MANDIR}/man1 platform)
 endif()
 
@@ -123,7 +128,8 @@ function(korvo_install_documents component package)
   korvo_install_compressed(CHANGELOG.md ${folder} ${component})
   korvo_install_compressed(${PROJECT_BINARY_DIR}/installed/changelog ${folder} ${component})
 endfunction()
-korvo_install_documents(library ${KORVO_LIBRARY_PACKAGE} docs/on-the-camera.md docs/oddities.md docs/versioning.md)
+korvo_install_documents(library ${KORVO_LIBRARY_PACKAGE} docs/on-the-camera.md docs/oddities.md docs/reliability.md
+  docs/versioning.md SECURITY.md)
 korvo_install_documents(development ${KORVO_DEVELOPMENT_PACKAGE} README.md docs/cpp.md docs/in-your-program.md)
 if(KORVO_LUA)
   korvo_install_documents(lua ${KORVO_LUA_PACKAGE} docs/lua.md)

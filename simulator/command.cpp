@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/command.h"
 
+#include <algorithm>
 #include <boost/json/object.hpp>
 #include <boost/json/storage_ptr.hpp>
+#include <string>
 
 #include "simulator/log.h"
 #include "simulator/methods.h"
@@ -11,6 +13,19 @@
 namespace simulator {
 
 namespace json = boost::json;
+
+namespace {
+
+bool holdsZero(Value const &value) {
+    auto const in_text = [](std::string const &text) { return text.find('\0') != std::string::npos; };
+    if (auto const *const text = std::get_if<std::string>(&value)) {
+        return in_text(*text);
+    }
+    auto const *const texts = std::get_if<Texts>(&value);
+    return texts != nullptr && std::any_of(texts->begin(), texts->end(), in_text);
+}
+
+}  // namespace
 
 CommandReader::CommandReader()
     : parser_(json::storage_ptr(), json::parse_options(), parser_memory_, sizeof parser_memory_) {}
@@ -48,7 +63,14 @@ void CommandReader::read(std::string_view text) {
 }
 
 Values &CommandReader::inputs() {
-    readMembers(value_->get_object(), methodAt(*method_).inputs, inputs_);
+    operations::Member const *const row = methodAt(*method_).inputs;
+    readMembers(value_->get_object(), row, inputs_);
+    for (std::size_t n = 0; n < inputs_.size(); ++n) {
+        if (holdsZero(inputs_[n])) {
+            // Clients read texts as C texts: what comes behind it would be stored and never be seen again.
+            throw malformed(std::string("the member \"") + row[n].name + "\" holds the character U+0000");
+        }
+    }
     return inputs_;
 }
 

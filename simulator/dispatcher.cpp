@@ -80,7 +80,7 @@ void Dispatcher::respond() {
     engine_.change([&](EngineState &state) {
         JsonWriter response(response_);
         writeEnvelope(response, reader_.name(), KORVO_CORE_STATUS_NO_ERROR);
-        handlers::Call call{inputs, state, response, now, wall, version_, nullptr, remarks};
+        handlers::Call call{inputs, state, response, now, wall, version_, nullptr, remarks, told_versions_};
         handlers::carryOut(reader_.method(), call);
         response.close();
     });

@@ -61,6 +61,7 @@ class Dispatcher {
     Log const &log_;
     CommandReader reader_;
     std::string response_;
+    handlers::ToldVersions told_versions_;
     std::function<Engine::Time()> real_time_;
     Engine::Time refusals_since_{};
     unsigned int refusals_ = 0;

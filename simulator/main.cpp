@@ -73,7 +73,7 @@ void serve(simulator::Options const &options) {
         (void)korvo_core_logging_log(logging.handle(), priority, "%s", text.c_str());
     });
     simulator::Clock clock(options.clock);
-    simulator::Store store(options.store);
+    simulator::Store store(options.store, [&log](std::string const &remark) { log.warning(remark); });
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
         [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log);

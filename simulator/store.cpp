@@ -2,7 +2,10 @@
 #include "simulator/store.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 #include "simulator/schema.h"
 
@@ -10,18 +13,38 @@ namespace simulator {
 
 namespace {
 
-/// Settings hold passwords, so a new store is for its owner only. SQLite gives its side files the same mode.
-void makeFile(std::string const &path) {
-    int const file = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (file >= 0) {
-        ::close(file);
+/// Settings hold passwords, so a store is for its owner only. SQLite gives its side files the same mode.
+void makePrivate(std::string const &path, std::string const &name, Store::Remark const &remark) {
+    int const file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (file < 0) {
+        // Opening the database gives the reason.
+        return;
     }
-    // Where this fails, opening the database gives the reason.
+    struct stat found {};
+    bool const is_open = ::fstat(file, &found) == 0 && S_ISREG(found.st_mode) && (found.st_mode & 077) != 0;
+    bool const is_closed = is_open && ::fchmod(file, 0600) == 0;
+    // Where nobody else holds the file open: closing a descriptor takes all locks of the process from a file.
+    ::close(file);
+    if (!is_open) {
+        return;
+    }
+    char mode[8];
+    (void)std::snprintf(mode, sizeof mode, "%04o", static_cast<unsigned int>(found.st_mode & 07777));
+    if (!is_closed) {
+        throw StoreError(
+            "the store " + name + " has mode " + mode +
+            ", so that others can read or change it, and its mode cannot be set. Make it yours and "
+            "give it mode 0600, or name another file; this one was not changed.");
+    }
+    if (remark) {
+        remark("the store " + name + " had mode " + mode +
+               ", so that others could read or change it; it has mode 0600 now");
+    }
 }
 
-sqlite::Database open(std::string const &path, std::string const &name) {
+sqlite::Database open(std::string const &path, std::string const &name, Store::Remark const &remark) {
     if (!path.empty()) {
-        makeFile(path);
+        makePrivate(path, name, remark);
     }
     try {
         return sqlite::Database(path);
@@ -174,10 +197,10 @@ void Store::inTransaction(Changes make) {
     }
 }
 
-Store::Store(std::string const &path)
+Store::Store(std::string const &path, Remark const &remark)
     : in_memory_(path.empty()),
       name_(path.empty() ? "in memory" : "\"" + path + "\""),
-      database_(open(path, name_)) {
+      database_(open(path, name_, remark)) {
     try {
         prepare(database_, name_);
         statements_.reset(new Statements(database_));

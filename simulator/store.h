@@ -30,8 +30,10 @@ class Store {
     enum class Table { actions, triggers };
 
     /// Opens or makes the store in this file, or one in memory for an empty path. Throws StoreError for a file that
-    /// cannot be opened, is no store, is of a newer version or belongs to a running process.
-    explicit Store(std::string const &path);
+    /// cannot be opened, is no store, is of a newer version or belongs to a running process. A file that others can read or
+    /// write is made private, which is told in a remark; one that cannot be is refused.
+    using Remark = std::function<void(std::string const &)>;
+    explicit Store(std::string const &path, Remark const &remark = nullptr);
 
     /// Calls the function with each entry, identifiers ascending. `filters` is empty for triggers.
     using Entry = std::function<void(std::uint32_t id, std::uint32_t type, std::string_view settings,

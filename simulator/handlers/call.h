@@ -3,7 +3,9 @@
 #define KORVO_SIMULATOR_HANDLERS_CALL_H
 
 #include <cstdint>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/engine.h"
@@ -24,6 +26,9 @@ struct Remarks {
     std::vector<std::string> notes;
 };
 
+/// The versions of clients, other than the service's own, that the log has told of.
+using ToldVersions = std::set<std::pair<std::uint32_t, std::uint32_t>>;
+
 /// What a handler works with. It adds the results to the response in the order of the operation table, or throws
 /// Refused or StoreError.
 struct Call {
@@ -37,6 +42,7 @@ struct Call {
     /// For operations on one kind of action or trigger.
     EntryKind const *kind;
     Remarks &remarks;
+    ToldVersions &told_versions;
 
     template <typename T>
     T &input(std::size_t n) {

@@ -57,18 +57,22 @@ int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size) {
     simulator::Engine::Time now{std::chrono::hours(1)};
     std::size_t published = 0;
     std::size_t runs = 0;
-    simulator::Engine engine(Catalogue(store, Catalogue::Nonsense::kept),
-                             {[&now] { return now; },
-                              [] {
-                                  return simulator::LocalTime{3, 43'200};
-                              },
-                              [&runs](simulator::Job const &) { return ++runs % 2 == 0; },
-                              [&published](std::string const &event) {
-                                  ++published;
-                                  boost::json::parse(event).as_object();
-                              },
-                              [] {}},
-                             log);
+    simulator::Engine engine(
+        Catalogue(store, Catalogue::Nonsense::kept),
+        {[&now] { return now; }, [] { return simulator::Wall(std::chrono::seconds(1795417140)); },
+         [] {
+             return simulator::LocalTime{3, 43'200};
+         },
+         [&runs](simulator::Job const &, auto const &done) {
+             ++runs;
+             done({runs % 2 == 0, "done"});
+         },
+         [&published](std::string const &event) {
+             ++published;
+             boost::json::parse(event).as_object();
+         },
+         [] {}},
+        log);
     simulator::Dispatcher dispatcher(engine, {}, log, [&now] { return now; });
     while (!rest.empty()) {
         std::string_view const line = rest.substr(0, rest.find('\n'));

@@ -61,7 +61,7 @@ TEST(Catalogue, IsTheSameAfterARestart) {
     TemporaryFolder const folder;
     char const *const commands[] = {
         R"({"command":"Create_relay_action","action_name":"r\"\n\u00fc","relay_target":"","config_mode":4294967295,"config_normally_closed":true,"config_repeat_cycles":0,"config_on_time_ms":1,"config_off_time_ms":2})",
-        R"({"command":"Create_ptz_scan_action","action_name":"s","scan_id":"nul \u0000 inside"})",
+        R"({"command":"Create_ptz_scan_action","action_name":"s","scan_id":"one \u0001 inside"})",
         R"({"command":"Create_ptz_tour_action","action_name":"t","tour_id":"1"})",
         R"({"command":"Modify_ptz_tour_action","action_id":3,"action_name":"u","tour_id":"2"})",
         R"({"command":"Set_action_filters","action_id":2,"weekday_filters":[62,127],"time_filters_start":[0,86399],"time_filters_end":[86400,0]})",

@@ -135,6 +135,20 @@ TEST_P(EveryCommand, IsRefusedAndChangesNothingWhenANumberIsNotWholeOrOutOfRange
     EXPECT_EQ(catalogue(), before);
 }
 
+TEST_P(EveryCommand, IsRefusedAndChangesNothingWhenATextHoldsAZeroCharacter) {
+    auto const before = catalogue();
+    json::string const cut("be\0hind", 7);
+    for (std::string const &member : members()) {
+        json::value const now = good().at(member);
+        bool const texts = now.is_array() && (now.as_array().empty() || now.as_array()[0].is_string());
+        if (now.is_string() || texts) {
+            json::value const value = texts ? json::value(json::array{cut}) : json::value(cut);
+            EXPECT_EQ(bench.respond(damaged(member, &value)), statusText(GetParam(), 1)) << member;
+        }
+    }
+    EXPECT_EQ(catalogue(), before);
+}
+
 TEST_P(EveryCommand, IsCarriedOutWithFurtherMembersAndNumbersWrittenAsReals) {
     json::object command = good();
     for (auto &member : command) {

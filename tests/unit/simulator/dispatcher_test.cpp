@@ -6,6 +6,7 @@
 #include <boost/json/value.hpp>
 #include <string>
 
+#include "simulator/log.h"
 #include "simulator/methods.h"
 #include "support.h"
 
@@ -103,7 +104,7 @@ TEST(Dispatcher, EscapesEachCharacterThatNeedsIt) {
     };
     Case const cases[] = {
         {R"(a\"b)", R"(a\"b)"},         {R"(a\\b)", R"(a\\b)"},         {R"(a\u000ab)", R"(a\nb)"},
-        {R"(a\u0000b)", R"(a\u0000b)"}, {R"(a\u001fb)", R"(a\u001fb)"}, {R"(a/b)", R"(a/b)"},
+        {R"(a\u0001b)", R"(a\u0001b)"}, {R"(a\u001fb)", R"(a\u001fb)"}, {R"(a/b)", R"(a/b)"},
     };
     int id = 0;
     for (Case const &one : cases) {
@@ -176,6 +177,39 @@ TEST(Dispatcher, RefusesToAnswerWhatIsLongerThanAMessage) {
     EXPECT_EQ(bench.respond(R"({"command":"Get_wiper_action","action_id":1})"),
               R"({"command":"Get_wiper_action","status":9})");
     EXPECT_EQ(bench.number(R"({"command":"Get_action_type","action_id":1})", "action_type"), 7);
+}
+
+TEST(OtherVersions, AreAnsweredWithOursServedAlikeAndToldOfOnce) {
+    Bench bench;
+    auto const query = [](int major, int minor) {
+        return R"({"command":"__get_target_version__","initiator_major":)" + std::to_string(major) +
+               R"(,"initiator_minor":)" + std::to_string(minor) + "}";
+    };
+    for (int round = 0; round < 3; ++round) {
+        for (auto const &[major, minor] :
+             {std::pair(1, 18), std::pair(1, 19), std::pair(1, 20), std::pair(2, 0)}) {
+            EXPECT_EQ(
+                bench.respond(query(major, minor)),
+                R"({"command":"__get_target_version__","status":0,"target_major":1,"target_minor":19})");
+            EXPECT_EQ(bench.status(R"({"command":"Create_wiper_action","action_name":"n"})"), 0);
+        }
+    }
+    ASSERT_EQ(bench.log.lines.size(), 3U);
+    EXPECT_NE(bench.log.lines[0].find("interface version 1.18"), std::string::npos);
+    EXPECT_NE(bench.log.lines[1].find("interface version 1.20"), std::string::npos);
+    EXPECT_NE(bench.log.lines[2].find("interface version 2.0"), std::string::npos);
+    for (int minor = 100; minor < 200; ++minor) {
+        bench.respond(query(3, minor));
+    }
+    EXPECT_EQ(bench.log.lines.size(), 16U);
+}
+
+TEST(Quoted, ShowsWhatATextHoldsAndCutsIt) {
+    EXPECT_EQ(simulator::quoted("gate \xc3\xa4"), "\"gate \xc3\xa4\"");
+    EXPECT_EQ(simulator::quoted("a\nb\x1b[2J\xc2\x9b\xe2\x80\xae\x9b"),
+              "\"a\\nb\\x1b[2J\\u009b\\u202e\\x9b\"");
+    EXPECT_EQ(simulator::quoted(std::string(159, 'x') + "\xe2\x82\xac"),
+              "\"" + std::string(159, 'x') + "\" (cut; 162 bytes)");
 }
 
 }  // namespace simulator::tests

@@ -180,6 +180,25 @@ TEST(Store, IsForItsOwnerOnly) {
     }
 }
 
+TEST(Store, IsMadePrivateWithALineWhenOthersCanReachIt) {
+    TemporaryFolder const folder;
+    std::string const path = folder / "store";
+    { Store const store(path); }
+    for (mode_t const mode : {0666U, 0604U, 0640U}) {
+        ASSERT_EQ(::chmod(path.c_str(), mode), 0);
+        std::vector<std::string> remarks;
+        {
+            Store const store(path, [&remarks](std::string const &remark) { remarks.push_back(remark); });
+        }
+        struct stat status {};
+        ASSERT_EQ(::stat(path.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0777U, 0600U);
+        ASSERT_EQ(remarks.size(), 1U);
+        EXPECT_THAT(remarks[0], HasSubstr("others could read or change it"));
+    }
+    Store const store(path, [](std::string const &remark) { ADD_FAILURE() << remark; });
+}
+
 TEST(Store, RefusesWhatIsNoStoreAndLeavesItAlone) {
     TemporaryFolder const folder;
     std::string const text =

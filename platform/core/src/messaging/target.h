@@ -169,6 +169,8 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     process::Descriptor wake_;
 
     std::atomic<std::thread::id> serving_thread_{std::thread::id()};
+    /// Before all that holds peers, which use it to their end.
+    std::atomic<std::size_t> held_by_peers_{0};
     // Used by the serving thread only.
     std::vector<PeerPointer> gathered_;
     Clock::time_point gathering_since_{};
@@ -183,8 +185,6 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     ReusedText lent_source_;
     ReusedText lent_request_id_;
     ReusedText lent_command_;
-
-    std::atomic<std::size_t> held_by_peers_{0};
 
     Mutex mutex_;
     bool is_closing_ KORVO_GUARDED_BY(mutex_) = false;
