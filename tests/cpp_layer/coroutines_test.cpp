@@ -14,13 +14,16 @@ namespace {
 /// A coroutine that starts at once; its frame is destroyed with this object.
 class Task {
   public:
-    struct promise_type {  // NOLINT(readability-identifier-naming): the language's name
+    // The language's names.
+    // NOLINTBEGIN(readability-identifier-naming)
+    struct promise_type {
         Task get_return_object() { return Task(std::coroutine_handle<promise_type>::from_promise(*this)); }
         std::suspend_never initial_suspend() noexcept { return {}; }
         std::suspend_always final_suspend() noexcept { return {}; }
         void return_void() {}
         void unhandled_exception() { std::terminate(); }
     };
+    // NOLINTEND(readability-identifier-naming)
 
     Task(Task &&other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
     Task &operator=(Task &&) = delete;

@@ -87,6 +87,8 @@ TEST(Threads, UseAnEngineInEveryWayUntilItEnds) {
         std::atomic<int> ended{0};
         korvo::Options options;
         options.target = "camera-1";
+        // Nobody waits long for the third that is not answered.
+        options.timeout = milliseconds(20);
         auto engine = std::make_unique<korvo::ActionEngine>(korvo::ActionEngine::open(options).value());
         std::thread users[3];
         unsigned int seed = static_cast<unsigned int>(round) * 10;

@@ -129,6 +129,9 @@ constexpr char const *engine_head = R"cpp(
         /// Calls the callable with each event Action_completed, until the subscription ends. What the service did while the
         /// connection was lost reaches nobody: only the log tells of such a gap. Who must know reads the catalogue again.
         ///
+        /// With the first one the service is asked something, within the engine's time-out: when this returns, a service that
+        /// is there has the subscription.
+        ///
         /// At most 4096 events wait for slow callables; those that come then are dropped, and the log says so.
         template <typename Callable>
         Result<Subscription> on_action_completed(Callable &&callable) const {

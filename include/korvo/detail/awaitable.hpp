@@ -35,8 +35,10 @@ class [[nodiscard]] Awaitable {
     Awaitable(std::shared_ptr<Core> core, Timeout const &timeout, Inputs const &...inputs)
         : core_(std::move(core)), timeout_(timeout), inputs_(inputs...) {}
 
+    // NOLINTNEXTLINE(readability-identifier-naming): the language's name
     bool await_ready() const noexcept { return false; }
 
+    // NOLINTNEXTLINE(readability-identifier-naming): the language's name
     bool await_suspend(std::coroutine_handle<> coroutine) {
         if (core_ == nullptr) {
             throw Error(engineMovedAway(Operation::name));
@@ -60,6 +62,7 @@ class [[nodiscard]] Awaitable {
         return has_begun;
     }
 
+    // NOLINTNEXTLINE(readability-identifier-naming): the language's name
     Result<Value> await_resume() { return std::move(*result_); }
 
   private:

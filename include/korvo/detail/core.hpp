@@ -74,6 +74,7 @@ class Core : public std::enable_shared_from_this<Core> {
     void cancel(std::shared_ptr<Listener> const &listener) noexcept;
 
     korvo_core_status subscribe(std::shared_ptr<Listener> const &listener);
+    void awaitSubscription(void *handle) noexcept;
 
   private:
     using Lock = std::unique_lock<std::mutex>;
@@ -461,6 +462,17 @@ inline void Core::cancel(std::shared_ptr<Listener> const &listener) noexcept {
 
 // ---- Events ----
 
+/// A service that answers on the handle has its subscription, which commands of other handles might overtake before. It does
+/// not matter what it answers; one that is not there is subscribed to when it comes.
+inline void Core::awaitSubscription(void *handle) noexcept {
+    int milliseconds = 0;
+    unsigned int action_type = 0;
+    if (toMilliseconds(options_.timeout, milliseconds)) {
+        (void)korvo_api_action_engine_get_action_type_send_with_timeout(
+            handle, target(), milliseconds, 0, &action_type);
+    }
+}
+
 inline korvo_core_status Core::subscribe(std::shared_ptr<Listener> const &listener) {
     Lock lock(mutex_);
     changed_.wait(lock, [this] { return !is_subscribing_; });
@@ -477,6 +489,7 @@ inline korvo_core_status Core::subscribe(std::shared_ptr<Listener> const &listen
             korvo_api_action_engine_initiator_init(nullptr, logging_, &made, 1, options_.name.c_str());
         if (status == KORVO_CORE_STATUS_NO_ERROR) {
             korvo_api_action_engine_action_completed_register_event_handler(made, eventArrived, this);
+            awaitSubscription(made);
         }
         lock.lock();
         is_subscribing_ = false;

@@ -17,7 +17,6 @@ namespace simulator::tests {
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
