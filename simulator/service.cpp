@@ -38,9 +38,9 @@ Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue
       control_({engine_, clock, dispatcher_.faults(), runner, [this] { loop_.wake(); }}, log),
       logging_(logging),
       target_(target) {
-    messaging_ = listen(protocol::service, onCommand);
+    listen(protocol::service, onCommand, messaging_);
     try {
-        control_messaging_ = listen(control::service, onControl);
+        listen(control::service, onControl, control_messaging_);
     } catch (...) {
         (void)korvo_core_ipc_deinit(messaging_);
         throw;
@@ -57,15 +57,15 @@ Service::~Service() {
     }
 }
 
-void *Service::listen(char const *service, Callback callback) {
-    void *messaging = nullptr;
+void Service::listen(char const *service, Callback callback, void *&messaging) {
     char const *const target = target_.empty() ? nullptr : target_.c_str();
+    // The handle is in its place before the callback is set: the first command may come before that call returns.
     korvo_core_status status =
         korvo_core_ipc_target_init(logging_, service, target, process_name, &messaging);
     if (status == KORVO_CORE_STATUS_NO_ERROR) {
         status = korvo_core_ipc_target_command_receive_callback(messaging, callback, this);
         if (status != KORVO_CORE_STATUS_NO_ERROR) {
-            (void)korvo_core_ipc_deinit(messaging);
+            stopListening(messaging);
         }
     }
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
@@ -73,16 +73,21 @@ void *Service::listen(char const *service, Callback callback) {
                                  "\": " + korvo_core_status_to_string(status) +
                                  ". The log says more; is there another one with this target already?");
     }
-    return messaging;
+}
+
+void Service::stopListening(void *&messaging) noexcept {
+    // Only then is no callback left that reads it.
+    (void)korvo_core_ipc_deinit(messaging);
+    messaging = nullptr;
 }
 
 void Service::closeConnections() {
     if (messaging_ != nullptr) {
         log_.notice("all connections are closed, as a fault has it");
-        (void)korvo_core_ipc_deinit(std::exchange(messaging_, nullptr));
+        stopListening(messaging_);
     }
     // Where this throws, it is tried again.
-    messaging_ = listen(protocol::service, onCommand);
+    listen(protocol::service, onCommand, messaging_);
     close_ = false;
 }
 

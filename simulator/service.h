@@ -62,9 +62,10 @@ class Service {
         std::string command;
     };
 
-    /// Opens a target whose commands the callback takes.
     using Callback = void (*)(char **, char **, char **, void *);
-    void *listen(char const *service, Callback callback);
+    /// Opens a target whose commands the callback takes; throws std::runtime_error.
+    void listen(char const *service, Callback callback, void *&messaging);
+    static void stopListening(void *&messaging) noexcept;
 
     // On the messaging threads.
     static void onControl(char **source, char **request_id, char **command, void *context);
