@@ -68,7 +68,8 @@ class [[nodiscard]] Result {
     /// The value; throws korvo::Error when there is none.
     T &value() & { return checked(*this); }
     T const &value() const & { return checked(*this); }
-    T &&value() && { return std::move(checked(*this)); }
+    /// By value, so that what a range-based for walks through outlives the result.
+    T value() && { return std::move(checked(*this)); }
 
   private:
     template <typename Self>
