@@ -23,6 +23,12 @@ void addZeroMq([[maybe_unused]] Peers &peers) {
 #endif
 }
 
+void addGrpc([[maybe_unused]] Peers &peers) {
+#ifdef KORVO_BENCH_GRPC
+    peers.push_back(std::make_unique<MessagePeer>("gRPC", makeGrpcTransport(), fastestJson()));
+#endif
+}
+
 void addSdBus([[maybe_unused]] Peers &peers) {
 #ifdef KORVO_BENCH_SDBUS
     peers.push_back(makeSdBusPeer());
@@ -45,6 +51,7 @@ Peers allPeers() {
 #ifdef KORVO_BENCH_NNG
     peers.push_back(std::make_unique<MessagePeer>("nng", makeNngTransport(), fastestJson()));
 #endif
+    addGrpc(peers);
     return peers;
 }
 
@@ -53,6 +60,7 @@ Peers peersWithFlights() {
     addZeroMq(peers);
     peers.push_back(overSocket(fastestJson()));
     addSdBus(peers);
+    addGrpc(peers);
     return peers;
 }
 
@@ -61,6 +69,7 @@ Peers peersForManyClients() {
     peers.push_back(overSocket(fastestJson()));
     addSdBus(peers);
     addZeroMq(peers);
+    addGrpc(peers);
     return peers;
 }
 

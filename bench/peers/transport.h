@@ -42,6 +42,9 @@ std::unique_ptr<Transport> makeSocketTransport();
 #ifdef KORVO_BENCH_ZEROMQ
 std::unique_ptr<Transport> makeZeroMqTransport();
 #endif
+#ifdef KORVO_BENCH_GRPC
+std::unique_ptr<Transport> makeGrpcTransport();
+#endif
 #ifdef KORVO_BENCH_NNG
 std::unique_ptr<Transport> makeNngTransport();
 #endif
