@@ -7,6 +7,7 @@
 #include <string>
 #include <type_traits>
 
+#include "simulator/log.h"
 #include "simulator/refused.h"
 #include "simulator/response.h"
 
@@ -42,6 +43,10 @@ Values parse(std::string_view text, operations::Member const *row) {
 
 char const *nameOf(Table table) {
     return table == Table::actions ? "action" : "trigger";
+}
+
+Table other(Table table) {
+    return table == Table::actions ? Table::triggers : Table::actions;
 }
 
 EntryKind const *kindOf(Table table, std::uint32_t type) {
@@ -87,7 +92,9 @@ std::vector<std::uint32_t> partners(std::set<std::pair<std::uint32_t, std::uint3
 
 }  // namespace
 
-Catalogue::Catalogue(Store &store, Nonsense nonsense) : store_(store), nonsense_(Nonsense::kept) {
+Catalogue::Catalogue(Store &store) : Catalogue(store, Rules()) {}
+
+Catalogue::Catalogue(Store &store, Rules const &rules) : store_(store), rules_{Nonsense::kept} {
     for (Table const table : {Table::actions, Table::triggers}) {
         store.readEntries(table, [&](std::uint32_t id, std::uint32_t type, std::string_view settings,
                                      std::string_view filters) {
@@ -113,7 +120,7 @@ Catalogue::Catalogue(Store &store, Nonsense nonsense) : store_(store), nonsense_
         by_trigger_.emplace(trigger_id, action_id);
         by_action_.emplace(action_id, trigger_id);
     });
-    nonsense_ = nonsense;
+    rules_ = rules;
 }
 
 void Catalogue::understand(Table table, Entry &entry) const {
@@ -122,7 +129,7 @@ void Catalogue::understand(Table table, Entry &entry) const {
     } else {
         entry.meaning = meaningOfTrigger(*entry.kind, entry.settings, entry.fault);
     }
-    if (nonsense_ == Nonsense::refused && !entry.fault.empty()) {
+    if (rules_.nonsense == Nonsense::refused && !entry.fault.empty()) {
         throw impossible(entry.fault);
     }
 }
@@ -141,9 +148,17 @@ Catalogue::Entry const *Catalogue::find(Table table, std::uint32_t id) const {
 }
 
 std::uint32_t Catalogue::create(Table table, EntryKind const &kind, Values settings) {
-    if (entries(table).size() >= most_entries) {
-        throw impossible(std::string("there are ") + std::to_string(most_entries) + " " + nameOf(table) +
-                         "s already; delete some first");
+    std::size_t const present = entries(table).size();
+    if (present >= bounds(table).most) {
+        throw impossible(std::string("there are ") + std::to_string(present) + " " + nameOf(table) +
+                         "s already, and " + std::to_string(bounds(table).most) +
+                         " is the most; delete some first");
+    }
+    auto const most_of_type = bounds(table).most_of_type[kind.type];
+    if (most_of_type && counts(table)[kind.type] >= *most_of_type) {
+        throw impossible("there are " + std::to_string(counts(table)[kind.type]) + " of kind " +
+                         quoted(kindName(kind)) + " already, and " + std::to_string(*most_of_type) +
+                         " is the most; delete some first");
     }
     Entry entry{&kind, std::move(settings), table == Table::actions ? noFilters() : Values(), {}, ""};
     understand(table, entry);
@@ -198,6 +213,11 @@ void Catalogue::remove(Table table, std::uint32_t id) {
     Pairs &own = table == Table::actions ? by_action_ : by_trigger_;
     Pairs &others = table == Table::actions ? by_trigger_ : by_action_;
     std::vector<std::uint32_t> const bound = partners(own, id);
+    if (rules_.deletion == Deletion::refused && !bound.empty()) {
+        throw impossible(std::string(nameOf(table)) + " " + std::to_string(id) + " is bound to " +
+                         std::to_string(bound.size()) + " " + nameOf(other(table)) + "s, the first of them " +
+                         std::to_string(bound.front()) + "; delete its associations first");
+    }
     store_.remove(table, id);
     changeable(table).erase(id);
     --changeableCounts(table)[type];
@@ -248,9 +268,9 @@ void Catalogue::replace(Contents contents) {
     Counts trigger_counts{};
     for (Table const table : {Table::actions, Table::triggers}) {
         Entries &entries = table == Table::actions ? contents.actions : contents.triggers;
-        if (entries.size() > most_entries) {
+        if (entries.size() > bounds(table).most) {
             throw impossible("there are " + std::to_string(entries.size()) + " " + nameOf(table) + "s, and " +
-                             std::to_string(most_entries) + " is the most");
+                             std::to_string(bounds(table).most) + " is the most");
         }
         for (auto &[id, entry] : entries) {
             try {
@@ -265,7 +285,12 @@ void Catalogue::replace(Contents contents) {
                 throw Refused(refused.status(),
                               std::string(nameOf(table)) + " " + std::to_string(id) + ": " + refused.what());
             }
-            ++(table == Table::actions ? action_counts : trigger_counts)[entry.kind->type];
+            auto const count = ++(table == Table::actions ? action_counts : trigger_counts)[entry.kind->type];
+            auto const most_of_type = bounds(table).most_of_type[entry.kind->type];
+            if (most_of_type && count > *most_of_type) {
+                throw impossible("there are more than " + std::to_string(*most_of_type) + " of kind " +
+                                 quoted(kindName(*entry.kind)) + ", and that is the most");
+            }
         }
     }
     if (contents.associations.size() > most_associations) {

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <set>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -53,11 +55,30 @@ class Catalogue {
     /// with status 9, or kept with its fault.
     enum class Nonsense { refused, kept };
 
+    /// What becomes of the deletion of an action or trigger that is bound: its associations go too, or it is refused with
+    /// status 9.
+    enum class Deletion { cascades, refused };
+
+    /// How many entries one table takes. A store that holds more keeps them; only new ones are refused.
+    struct Bounds {
+        std::size_t most = most_entries;
+        /// The n-th is that of type n, for those that have one of their own.
+        std::array<std::optional<std::size_t>, std::tuple_size_v<Counts>> most_of_type{};
+    };
+
+    struct Rules {
+        Nonsense nonsense = Nonsense::refused;
+        Deletion deletion = Deletion::cascades;
+        Bounds actions{};
+        Bounds triggers{};
+    };
+
     /// Reads what the store holds; nonsense in it is kept. The store must outlive the catalogue. Throws StoreError for
     /// contents that cannot be understood.
-    explicit Catalogue(Store &store, Nonsense nonsense = Nonsense::refused);
+    explicit Catalogue(Store &store);
+    Catalogue(Store &store, Rules const &rules);
 
-    Nonsense nonsense() const { return nonsense_; }
+    Nonsense nonsense() const { return rules_.nonsense; }
     Store &store() const { return store_; }
 
     /// Actions or triggers, identifiers ascending.
@@ -75,7 +96,7 @@ class Catalogue {
     /// Refused with status 9 for an entry of another kind.
     Values const &settings(Table table, EntryKind const &kind, std::uint32_t id) const;
     void modify(Table table, EntryKind const &kind, std::uint32_t id, Values settings);
-    /// Removes the entry with its associations and filters.
+    /// Removes the entry with its filters and, where that is not refused, its associations.
     void remove(Table table, std::uint32_t id);
 
     void setFilters(std::uint32_t action_id, Values filters);
@@ -111,9 +132,12 @@ class Catalogue {
 
     /// Makes out what the entry means. Throws Refused as the treatment of nonsense says.
     void understand(Table table, Entry &entry) const;
+    Bounds const &bounds(Table table) const {
+        return table == Table::actions ? rules_.actions : rules_.triggers;
+    }
 
     Store &store_;
-    Nonsense nonsense_;
+    Rules rules_;
     Entries actions_;
     Entries triggers_;
     Counts action_counts_{};

@@ -19,19 +19,6 @@ namespace {
 
 using Table = Catalogue::Table;
 
-/// "snapshot_action": the kind's create operation without its verb.
-std::string_view kindName(EntryKind const &kind) {
-    constexpr std::string_view verb = "create_";
-    return std::string_view(operations::all[kind.create].name).substr(verb.size());
-}
-
-template <std::size_t size>
-EntryKind const *findKind(EntryKind const (&kinds)[size], std::string_view name) {
-    auto const *const found = std::find_if(std::begin(kinds), std::end(kinds),
-                                           [&](EntryKind const &kind) { return kindName(kind) == name; });
-    return found == std::end(kinds) ? nullptr : found;
-}
-
 json::array entriesOf(Catalogue const &catalogue, Table table, Telling telling) {
     json::array entries;
     for (auto const &[id, entry] : catalogue.entries(table)) {

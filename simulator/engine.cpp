@@ -397,10 +397,13 @@ bool EngineState::takeChanged() {
     return std::exchange(changed_, false);
 }
 
-Engine::Engine(Catalogue catalogue, Surroundings surroundings, Log const &log, std::size_t most_traces)
+Engine::Engine(Catalogue catalogue, Surroundings surroundings, Log const &log, Settings const &settings)
     : surroundings_(std::move(surroundings)),
       log_(log),
-      state_(std::move(catalogue), surroundings_.now(), most_traces) {
+      state_(std::move(catalogue), surroundings_.now(), settings.most_traces) {
+    if (settings.shuffle_seed) {
+        shuffling_.emplace(*settings.shuffle_seed);
+    }
     state_.with([&log](EngineState const &state) { warnOfFaults(state.catalogue, log); });
 }
 
@@ -489,7 +492,9 @@ bool Engine::takeRuns() {
         std::shared_ptr<OpenTrace> const open = firing->trace;
         // The trigger may have been deleted since it fired.
         if (state.catalogue.find(Table::triggers, firing->trigger_id) != nullptr) {
-            for (std::uint32_t const action_id : state.catalogue.actionsOf(firing->trigger_id)) {
+            std::vector<std::uint32_t> action_ids = state.catalogue.actionsOf(firing->trigger_id);
+            shuffle(action_ids);
+            for (std::uint32_t const action_id : action_ids) {
                 runs.push_back({action_id, firing->trigger_id, firing->cause, open});
             }
         } else {
@@ -505,6 +510,16 @@ bool Engine::takeRuns() {
         }
         return true;
     });
+}
+
+void Engine::shuffle(std::vector<std::uint32_t> &action_ids) {
+    if (!shuffling_) {
+        return;
+    }
+    // std::shuffle may differ from one library to the next, and a seed is to give the same order everywhere.
+    for (std::size_t left = action_ids.size(); left > 1; --left) {
+        std::swap(action_ids[left - 1], action_ids[(*shuffling_)() % left]);
+    }
 }
 
 std::optional<Job> Engine::prepare(Run const &run, ActionTrace &trace) {

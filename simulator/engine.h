@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -182,8 +183,16 @@ class Engine {
         std::function<void()> wake;
     };
 
+    struct Settings {
+        /// Of each outcome.
+        std::size_t most_traces;
+        /// Where set, the actions of a trigger that fires run in an order that is drawn from it, and else ascending.
+        std::optional<std::uint32_t> shuffle_seed;
+    };
+    static constexpr Settings default_settings{TraceKeeper::default_most, std::nullopt};
+
     Engine(Catalogue catalogue, Surroundings surroundings, Log const &log,
-           std::size_t most_traces = TraceKeeper::default_most);
+           Settings const &settings = default_settings);
 
     Wall wall() const { return surroundings_.wall(); }
     Time now() const { return surroundings_.now(); }
@@ -235,6 +244,7 @@ class Engine {
     }
     bool takeRuns();
     /// Puts into `trace` what holds the action back, if anything.
+    void shuffle(std::vector<std::uint32_t> &action_ids);
     std::optional<Job> prepare(Run const &run, ActionTrace &trace);
     void finishRun(std::shared_ptr<OpenTrace> const &trace, ActionTrace action) noexcept;
 
@@ -243,6 +253,8 @@ class Engine {
     Guarded<EngineState> state_;
     /// What the trigger that fired last still has to run. Only step() touches it.
     std::deque<Run> runs_;
+    /// Only step() touches it.
+    std::optional<std::mt19937> shuffling_;
 };
 
 }  // namespace simulator

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <string_view>
 
 #include "operations/operations.h"
 #include "operations/protocol.h"
@@ -45,6 +46,23 @@ inline constexpr EntryKind trigger_kinds[] = {
 };
 
 #undef KIND
+
+/// "snapshot_action": the kind's create operation without its verb, as documents and options name it.
+constexpr std::string_view kindName(EntryKind const &kind) {
+    constexpr std::string_view verb = "create_";
+    return std::string_view(operations::all[kind.create].name).substr(verb.size());
+}
+
+/// The kind of this name; NULL when there is none.
+template <std::size_t size>
+constexpr EntryKind const *findKind(EntryKind const (&kinds)[size], std::string_view name) {
+    for (EntryKind const &kind : kinds) {
+        if (kindName(kind) == name) {
+            return &kind;
+        }
+    }
+    return nullptr;
+}
 
 /// The members of a kind's settings.
 constexpr operations::Member const *settingsRow(EntryKind const &kind) {

@@ -2,6 +2,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <random>
 #include <stdexcept>
 #include <string>
 
@@ -57,6 +58,16 @@ std::string folder(std::string const &chosen, char const *otherwise) {
     return path;
 }
 
+simulator::Engine::Settings engineSettings(simulator::Options const &options, simulator::Log const &log) {
+    simulator::Engine::Settings settings = options.engine;
+    if (options.shuffle && !settings.shuffle_seed) {
+        settings.shuffle_seed = std::random_device()();
+        log.notice("actions run in orders that --seed " + std::to_string(*settings.shuffle_seed) +
+                   " gives again");
+    }
+    return settings;
+}
+
 void serve(simulator::Options const &options) {
     if (!options.log_level.empty() &&
         ::setenv("KORVO_LOG_LEVEL", options.log_level.c_str(), /*overwrite*/ 1) != 0) {
@@ -77,10 +88,9 @@ void serve(simulator::Options const &options) {
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
         [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log);
-    auto const nonsense =
-        options.lenient ? simulator::Catalogue::Nonsense::kept : simulator::Catalogue::Nonsense::refused;
-    simulator::Service service(loop, logging.handle(), options.target, simulator::Catalogue(store, nonsense),
-                               options.answers, options.traces, clock, runner, log);
+    simulator::Service service(loop, logging.handle(), options.target,
+                               simulator::Catalogue(store, options.rules), options.answers,
+                               engineSettings(options, log), clock, runner, log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     service.run();
 }

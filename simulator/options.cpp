@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/kinds.h"
 #include "simulator/log.h"
 #include "simulator/methods.h"
 
@@ -133,7 +134,7 @@ void setTargetVersion(Options &options, std::string const &value) {
 }
 
 void setLenient(Options &options, std::string const &) {
-    options.lenient = true;
+    options.rules.nonsense = Catalogue::Nonsense::kept;
 }
 
 void setClock(Options &options, std::string const &value) {
@@ -169,7 +170,61 @@ void setTraces(Options &options, std::string const &value) {
         throw UsageError("--traces needs a whole number from 0 to " + std::to_string(most) + "; it was " +
                          quoted(value) + ".");
     }
-    options.traces = *number;
+    options.engine.most_traces = *number;
+}
+
+/// Reads NUMBER or KIND=NUMBER.
+template <std::size_t size>
+void setBound(char const *name, EntryKind const (&kinds)[size], Catalogue::Bounds &bounds,
+              std::string_view value) {
+    std::size_t const equals = value.find('=');
+    bool const of_kind = equals != std::string_view::npos;
+    auto const number = wholeNumber(of_kind ? value.substr(equals + 1) : value);
+    EntryKind const *const kind = of_kind ? findKind(kinds, value.substr(0, equals)) : nullptr;
+    if (of_kind && kind == nullptr) {
+        std::string all;
+        for (EntryKind const &one : kinds) {
+            all.append(all.empty() ? "" : ", ").append(kindName(one));
+        }
+        throw UsageError(std::string("--") + name + ": there is no kind " + quoted(value.substr(0, equals)) +
+                         ". Kinds are " + all + ".");
+    }
+    if (!number || *number > Catalogue::most_entries) {
+        throw UsageError(std::string("--") + name + " needs a whole number from 0 to " +
+                         std::to_string(Catalogue::most_entries) + ", or KIND=NUMBER, for example --" + name +
+                         " " + std::string(kindName(kinds[1])) + "=10; it was " + quoted(value) + ".");
+    }
+    if (kind == nullptr) {
+        bounds.most = *number;
+    } else {
+        bounds.most_of_type[kind->type] = *number;
+    }
+}
+
+void setMaxActions(Options &options, std::string const &value) {
+    setBound("max-actions", action_kinds, options.rules.actions, value);
+}
+
+void setMaxTriggers(Options &options, std::string const &value) {
+    setBound("max-triggers", trigger_kinds, options.rules.triggers, value);
+}
+
+void setDeletePolicy(Options &options, std::string const &value) {
+    if (value != "refuse" && value != "cascade") {
+        throw UsageError("--delete-policy needs refuse or cascade; it was " + quoted(value) + ".");
+    }
+    options.rules.deletion = value == "refuse" ? Catalogue::Deletion::refused : Catalogue::Deletion::cascades;
+}
+
+void setShuffle(Options &options, std::string const &) {
+    options.shuffle = true;
+}
+
+void setSeed(Options &options, std::string const &value) {
+    options.engine.shuffle_seed = wholeNumber(value);
+    if (!options.engine.shuffle_seed) {
+        throw UsageError("--seed needs a whole number from 0 to 4294967295; it was " + quoted(value) + ".");
+    }
 }
 
 void setHelp(Options &options, std::string const &) {
@@ -213,6 +268,23 @@ constexpr Row general[] = {
      setClock},
     {"clock-rate", "NUMBER", "Let a virtual clock run so many times as fast.", setClockRate},
     {"traces", "NUMBER", "Keep so many traces of each outcome, 1000 where it\nis not given.", setTraces},
+    {"max-actions", "[KIND=]NUMBER",
+     "Take at most so many actions, or so many of one\nkind like snapshot_action; may be given several\n"
+     "times. What a store already holds stays.",
+     setMaxActions},
+    {"max-triggers", "[KIND=]NUMBER", "The same for triggers; kinds are like\ntimer_trigger.",
+     setMaxTriggers},
+    {"delete-policy", "POLICY",
+     "refuse to delete an action or trigger that is\nbound, or cascade to its associations, which is\n"
+     "done where nothing is given.",
+     setDeletePolicy},
+    {"shuffle", nullptr,
+     "Run the actions of a trigger in another order\neach time, not in that of their identifiers.",
+     setShuffle},
+    {"seed", "NUMBER",
+     "Draw the orders of --shuffle from this number, so\nthat they are the same each time. The log tells\n"
+     "it where it is not given.",
+     setSeed},
     {"help", nullptr, "Print the options and exit.", setHelp},
     {"version", nullptr, "Print the program's version and exit.", setVersion},
 };
@@ -290,6 +362,9 @@ Options parseOptions(int argc, char *argv[]) {
     }
     if (options.clock.rate != 0 && !options.clock.is_virtual) {
         throw UsageError("--clock-rate is for a virtual clock; give --clock virtual too.");
+    }
+    if (options.engine.shuffle_seed && !options.shuffle) {
+        throw UsageError("--seed is for orders that are drawn; give --shuffle too.");
     }
     if (optind < argc) {
         throw UsageError("there is no argument " + quoted(argv[optind]) + "; everything is an option." +

@@ -24,11 +24,11 @@ struct Options {
     std::string outbox;
     /// Empty to leave the level to the environment.
     std::string log_level;
-    /// Nonsense is kept and never fires, in place of being refused.
-    bool lenient = false;
+    Catalogue::Rules rules;
     Clock::Settings clock;
-    /// So many of each outcome.
-    std::size_t traces = TraceKeeper::default_most;
+    Engine::Settings engine = Engine::default_settings;
+    /// The actions of a trigger run in another order each time; engine.shuffle_seed is empty where none was given.
+    bool shuffle = false;
     Dispatcher::Settings answers;
 };
 

@@ -28,12 +28,12 @@ constexpr std::chrono::milliseconds pause_after_failure{100};
 }  // namespace
 
 Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
-                 Dispatcher::Settings answers, std::size_t most_traces, Clock &clock, runners::Runner &runner,
-                 Log const &log)
+                 Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
+                 runners::Runner &runner, Log const &log)
     : loop_(loop),
       clock_(clock),
       log_(log),
-      engine_(std::move(catalogue), surroundings(runner), log, most_traces),
+      engine_(std::move(catalogue), surroundings(runner), log, settings),
       dispatcher_(engine_, answers, log),
       control_({engine_, clock, dispatcher_.faults(), runner, [this] { loop_.wake(); }}, log),
       logging_(logging),

@@ -33,8 +33,8 @@ class Service {
     /// Listens for commands from now on. What it is given must outlive the service. Throws std::runtime_error when the
     /// core refuses.
     Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
-            Dispatcher::Settings answers, std::size_t most_traces, Clock &clock, runners::Runner &runner,
-            Log const &log);
+            Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
+            runners::Runner &runner, Log const &log);
     /// Takes no more commands and waits for the one that is being answered.
     ~Service();
 

@@ -58,7 +58,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size) {
     std::size_t published = 0;
     std::size_t runs = 0;
     simulator::Engine engine(
-        Catalogue(store, Catalogue::Nonsense::kept),
+        Catalogue(store, {Catalogue::Nonsense::kept}),
         {[&now] { return now; }, [] { return simulator::Wall(std::chrono::seconds(1795417140)); },
          [] {
              return simulator::LocalTime{3, 43'200};
@@ -90,7 +90,7 @@ int LLVMFuzzerTestOneInput(std::uint8_t const *data, std::size_t size) {
     }
     require(published == runs);
     engine.change([&store](simulator::EngineState &state) {
-        require(same(state.catalogue, Catalogue(store, Catalogue::Nonsense::kept)));
+        require(same(state.catalogue, Catalogue(store, {Catalogue::Nonsense::kept})));
     });
     return 0;
 }

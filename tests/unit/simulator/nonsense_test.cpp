@@ -149,7 +149,7 @@ TEST(Nonsense, OfAStoreIsReadableNamedAtTheStartAndDoesNothing) {
 }
 
 TEST(Nonsense, IsKeptWithAWarningAndDoesNothingWhereThatIsAllowed) {
-    Bench bench("", {}, Catalogue::Nonsense::kept);
+    Bench bench("", {}, {Catalogue::Nonsense::kept});
     bench.respond(create_wiper);
     EXPECT_EQ(bench.number(onvifTrigger("", "", "IsMotion"), "trigger_id"), 1);
     EXPECT_EQ(bench.status(bind), 0);

@@ -121,6 +121,22 @@ TEST(Options, SetTheClock) {
     EXPECT_EQ(running.rate, 60U);
 }
 
+TEST(Options, SetBoundsAndWhatDeletionsDo) {
+    EXPECT_EQ(parse({}).rules.actions.most, 50'000U);
+    EXPECT_EQ(parse({}).rules.deletion, Catalogue::Deletion::cascades);
+    Options const options = parse({"--max-actions", "10", "--max-actions=relay_action=0", "--max-triggers",
+                                   "timer_trigger=3", "--delete-policy=refuse"});
+    EXPECT_EQ(options.rules.actions.most, 10U);
+    EXPECT_EQ(options.rules.actions.most_of_type[9], 0U);
+    EXPECT_FALSE(options.rules.actions.most_of_type[8]);
+    EXPECT_EQ(options.rules.triggers.most, 50'000U);
+    EXPECT_EQ(options.rules.triggers.most_of_type[1], 3U);
+    EXPECT_EQ(options.rules.deletion, Catalogue::Deletion::refused);
+    EXPECT_FALSE(options.shuffle);
+    EXPECT_EQ(parse({"--shuffle", "--seed", "7"}).engine.shuffle_seed, 7U);
+    EXPECT_FALSE(parse({"--shuffle"}).engine.shuffle_seed);
+}
+
 TEST(Options, ForHelpAndVersionEndTheReading) {
     EXPECT_EQ(parse({"--help"}).mode, Options::Mode::help);
     EXPECT_EQ(parse({"--version", "nonsense"}).mode, Options::Mode::version);
@@ -175,6 +191,18 @@ TEST(Options, ThatAreWrongAreExplained) {
         {{"--clock-rate", "60"}, "--clock-rate is for a virtual clock; give --clock virtual too."},
         {{"--traces", "100001"}, "--traces needs a whole number from 0 to 100000; it was \"100001\"."},
         {{"--traces", "many"}, "--traces needs a whole number"},
+        {{"--max-actions", "50001"},
+         "--max-actions needs a whole number from 0 to 50000, or KIND=NUMBER, for example --max-actions "
+         "ftp_action=10; it was \"50001\"."},
+        {{"--max-actions", "relay_action="}, "--max-actions needs a whole number from 0 to 50000"},
+        {{"--max-actions", "timer_trigger=1"},
+         "--max-actions: there is no kind \"timer_trigger\". Kinds are email_action, ftp_action, "},
+        {{"--max-triggers", "relay=1"},
+         "--max-triggers: there is no kind \"relay\". Kinds are onvif_trigger, timer_trigger, "
+         "stable_onvif_trigger."},
+        {{"--delete-policy", "never"}, "--delete-policy needs refuse or cascade; it was \"never\"."},
+        {{"--shuffle", "--seed", "x"}, "--seed needs a whole number from 0 to 4294967295; it was \"x\"."},
+        {{"--seed", "1"}, "--seed is for orders that are drawn; give --shuffle too."},
         {{"--log-level", "loud"},
          "--log-level: there is no level \"loud\". Levels are emerg, alert, crit, err, warning, notice, "
          "info, debug."},
@@ -188,10 +216,26 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
     std::string const help = plain(helpText());
     std::string const manual = plain(withoutMacros(readFile(MANUAL_PAGE)));
     // Of both texts, what stands from the first option on: for each option its name, its value and its words.
-    for (char const *const option :
-         {"--target TEXT", "--store FILE", "--snapshots DIR", "--outbox DIR", "--log-level LEVEL",
-          "--lenient", "--clock CLOCK", "--clock-rate NUMBER", "--traces NUMBER", "--help", "--version",
-          "--fail METHOD=STATUS", "--delay METHOD=MS", "--drop METHOD", "--target-version MAJOR.MINOR"}) {
+    for (char const *const option : {"--target TEXT",
+                                     "--store FILE",
+                                     "--snapshots DIR",
+                                     "--outbox DIR",
+                                     "--log-level LEVEL",
+                                     "--lenient",
+                                     "--clock CLOCK",
+                                     "--clock-rate NUMBER",
+                                     "--traces NUMBER",
+                                     "--max-actions [KIND=]NUMBER",
+                                     "--max-triggers [KIND=]NUMBER",
+                                     "--delete-policy POLICY",
+                                     "--shuffle",
+                                     "--seed NUMBER",
+                                     "--help",
+                                     "--version",
+                                     "--fail METHOD=STATUS",
+                                     "--delay METHOD=MS",
+                                     "--drop METHOD",
+                                     "--target-version MAJOR.MINOR"}) {
         std::string const words = sentencesAfter(help, std::string(" ") + option + " ");
         ASSERT_GT(words.size(), 10U) << option;
         EXPECT_THAT(manual, HasSubstr(std::string(" ") + option + " " + words));
@@ -210,7 +254,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 15U);
+    EXPECT_EQ(options, 20U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

@@ -23,9 +23,10 @@ bool RecordedLog::holds(std::string const &part) const {
                        [&](std::string const &line) { return line.find(part) != std::string::npos; });
 }
 
-Bench::Bench(std::string const &store_path, Dispatcher::Settings settings, Catalogue::Nonsense nonsense)
+Bench::Bench(std::string const &store_path, Dispatcher::Settings settings, Catalogue::Rules const &rules,
+             Engine::Settings const &engine_settings)
     : store(store_path),
-      engine(Catalogue(store, nonsense),
+      engine(Catalogue(store, rules),
              {[this] { return clock == nullptr ? now : clock->now(); },
               [this] { return clock == nullptr ? Wall(std::chrono::seconds(1795417140)) : clock->wall(); },
               [this] { return clock == nullptr ? local_time : clock->local(); },
@@ -39,7 +40,7 @@ Bench::Bench(std::string const &store_path, Dispatcher::Settings settings, Catal
                   events.push_back(event);
               },
               [this] { ++wakes; }},
-             log.log()),
+             log.log(), engine_settings),
       dispatcher(engine, settings, log.log(), [this] { return now; }) {}
 
 Bench::Bench(Clock const &the_clock) : Bench() {

@@ -38,7 +38,8 @@ class Bench {
   public:
     /// An empty path keeps the store in memory.
     explicit Bench(std::string const &store_path = "", Dispatcher::Settings settings = {},
-                   Catalogue::Nonsense nonsense = Catalogue::Nonsense::refused);
+                   Catalogue::Rules const &rules = {},
+                   Engine::Settings const &engine_settings = Engine::default_settings);
     /// One that goes by this clock.
     explicit Bench(Clock const &clock);
 
