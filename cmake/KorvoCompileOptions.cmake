@@ -21,7 +21,13 @@ add_link_options(-Wl,--enable-new-dtags)
 # Relative to itself, so that equal sources give equal files wherever they are built, and a folder can be moved.
 set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
 include(GNUInstallDirs)
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+# Of something that is installed: where it looks when installed, and further folders where it looks in the build tree.
+# korvo_install_search_path() leaves the first alone. CMake's own way makes room in the build tree with empty entries, and
+# with those a program loads libraries from the current folder.
+function(korvo_search_path target installed)
+  set_target_properties(${target} PROPERTIES
+    BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "${ARGN};${installed}" KORVO_INSTALLED_RPATH "${installed}")
+endfunction()
 add_compile_options(
   $<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build>
   $<$<CONFIG:Release,MinSizeRel>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>)
@@ -50,16 +56,36 @@ function(korvo_compile_options target)
     C_VISIBILITY_PRESET hidden CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
+# What is shipped is protected, so that a mistake in memory ends a program instead of letting somebody in: a guard before
+# each return address, checked calls of the C library, programs at an address that nobody knows, and tables of functions
+# that cannot be written to once the program runs. tests/hardening looks for it in what was built.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES C CXX)
+add_link_options(-Wl,-z,relro,-z,now)
+function(korvo_hardened target)
+  target_compile_options(${target} PRIVATE -fstack-protector-strong)
+  if(NOT KORVO_SANITIZE)
+    # It needs optimisation; some compilers have it on by themselves, with another value.
+    target_compile_options(${target} PRIVATE
+      $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE>
+      $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  endif()
+  # The standard library checks indices where a developer sees it. GCC 12 then takes texts that are put together for blocks
+  # that overlap.
+  target_compile_definitions(${target} PRIVATE $<$<CONFIG:RelWithDebInfo>:_GLIBCXX_ASSERTIONS>)
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
+endfunction()
+
 # A shared library that exports what its version script lists and nothing else. Names of packages and files that hold the
 # soname's number are made of the one given here.
 function(korvo_shared_library target version_script soversion)
   korvo_compile_options(${target})
+  korvo_hardened(${target})
   set_target_properties(${target} PROPERTIES
     VERSION ${soversion}.${PROJECT_VERSION_MINOR}.${PROJECT_VERSION_PATCH} SOVERSION ${soversion}
-    LINK_DEPENDS ${version_script}
-    INSTALL_RPATH "$ORIGIN")
+    LINK_DEPENDS ${version_script})
   target_link_options(${target} PRIVATE
-    -Wl,--version-script=${version_script} -Wl,-z,relro,-z,now -Wl,--as-needed)
+    -Wl,--version-script=${version_script} -Wl,--as-needed)
   if(NOT KORVO_SANITIZE)
     target_link_options(${target} PRIVATE -Wl,-z,defs)
   endif()

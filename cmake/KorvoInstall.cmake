@@ -25,10 +25,21 @@ function(korvo_install_compressed file destination component)
   endif()
 endfunction()
 
+# The installed file looks for libraries where korvo_search_path() has said, and no longer in the build tree. By the
+# command that CMake's own scripts of installation use.
+function(korvo_install_search_path target destination component)
+  set(joined "$<JOIN:$<TARGET_PROPERTY:${target},INSTALL_RPATH>,:>")
+  set(installed "$<JOIN:$<TARGET_PROPERTY:${target},KORVO_INSTALLED_RPATH>,:>")
+  install(CODE "file(RPATH_CHANGE
+    FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/$<TARGET_FILE_NAME:${target}>\"
+    OLD_RPATH [[${joined}]] NEW_RPATH [[${installed}]])" COMPONENT ${component})
+endfunction()
+
 # ---- The client library ----
 
 install(TARGETS korvo-api-action-engine EXPORT korvo-api-action-engine
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT library NAMELINK_COMPONENT development)
+korvo_install_search_path(korvo-api-action-engine ${CMAKE_INSTALL_LIBDIR} library)
 
 install(FILES include/korvo_api_action_engine.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
@@ -100,6 +111,8 @@ if(KORVO_PLATFORM STREQUAL "development")
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
   install(TARGETS korvo-action-engine-simulator
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT platform)
+  korvo_install_search_path(korvo-interfaces ${CMAKE_INSTALL_LIBDIR} platform)
+  korvo_install_search_path(korvo-action-engine-simulator ${CMAKE_INSTALL_BINDIR} platform)
   # Where systemd looks for units of users, whatever the prefix's own lib folder is called.
   install(FILES simulator/systemd/korvo-action-engine-simulator.service
     DESTINATION lib/systemd/user COMPONENT platform)
