@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Where what is installed goes, in four components: `library`, `development` (what compiling needs), `lua` (the module and
-# the stub for editors), and `platform` (the two libraries and the service for development machines, which a camera
+# Where what is installed goes, in four components: `library`, `development` (what compiling needs), `lua` (the modules
+# and the stubs for editors), and `platform` (the two libraries and the service for development machines, which a camera
 # brings itself). The packages of KorvoPackages.cmake are these components. The target `product` is what they need built.
 
 include(GNUInstallDirs)
@@ -94,6 +94,17 @@ if(KORVO_LUA)
     get_target_property(stub lua-stub KORVO_STUB)
     install(FILES ${stub} DESTINATION ${CMAKE_INSTALL_DATADIR}/korvo-api-action-engine/lua-stub COMPONENT lua)
   endif()
+  # korvo.action_engine: what stands in the tree and what the build writes, where scripts look for Lua files.
+  if(TARGET lua-layer)
+    add_dependencies(product lua-layer)
+    install(TARGETS korvo_action_engine_events LIBRARY DESTINATION ${KORVO_LUA_MODULE_DIR} COMPONENT lua)
+    install(DIRECTORY src/lua_layer/korvo DESTINATION ${CMAKE_INSTALL_DATADIR}/lua/5.1 COMPONENT lua
+      FILES_MATCHING PATTERN "*.lua")
+    get_target_property(table lua-layer KORVO_TABLE)
+    install(FILES ${table} DESTINATION ${CMAKE_INSTALL_DATADIR}/lua/5.1/korvo/action_engine COMPONENT lua)
+    get_target_property(stub lua-layer KORVO_STUB)
+    install(FILES ${stub} DESTINATION ${CMAKE_INSTALL_DATADIR}/korvo-api-action-engine/lua-stub/korvo COMPONENT lua)
+  endif()
   install(DIRECTORY examples/lua DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT lua
     FILES_MATCHING PATTERN "*.lua")
 endif()
@@ -145,7 +156,7 @@ korvo_install_documents(library ${KORVO_LIBRARY_PACKAGE} docs/on-the-camera.md d
   docs/versioning.md SECURITY.md)
 korvo_install_documents(development ${KORVO_DEVELOPMENT_PACKAGE} README.md docs/cpp.md docs/in-your-program.md)
 if(KORVO_LUA)
-  korvo_install_documents(lua ${KORVO_LUA_PACKAGE} docs/lua.md)
+  korvo_install_documents(lua ${KORVO_LUA_PACKAGE} docs/lua-layer.md docs/lua.md)
 endif()
 if(KORVO_PLATFORM STREQUAL "development")
   korvo_install_documents(platform ${KORVO_PLATFORM_PACKAGE}

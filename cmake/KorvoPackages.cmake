@@ -65,16 +65,17 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "liblua5.1-0-dev")
 
 set(CPACK_DEBIAN_LUA_PACKAGE_NAME ${KORVO_LUA_PACKAGE})
 set(CPACK_DEBIAN_LUA_PACKAGE_SECTION interpreters)
-set(CPACK_DEBIAN_LUA_DESCRIPTION "Lua 5.1 module for a camera's action_engine service
-Scripts for Lua 5.1 and LuaJIT create, list and bind actions and triggers with
-the functions that C programs call.
+set(CPACK_DEBIAN_LUA_DESCRIPTION "Lua 5.1 modules for a camera's action_engine service
+Scripts for Lua 5.1 and LuaJIT create, list and bind actions and triggers, and
+wait for events and answers.
 .
-This package holds the module korvo_api_action_engine, its manual, example
-scripts, and a stub with which editors complete and explain its functions.")
+This package holds korvo.action_engine, which takes named arguments and gives
+tables; below it korvo_api_action_engine, the functions that C programs call;
+their manuals, example scripts, and stubs with which editors complete and
+explain both.")
 set(CPACK_DEBIAN_LUA_PACKAGE_DEPENDS "${library} ${same_version}")
 set(CPACK_DEBIAN_LUA_PACKAGE_SUGGESTS "lua5.1 | luajit")
-# It holds a link and texts; there is no program in it whose libraries could be looked up.
-set(CPACK_DEBIAN_LUA_PACKAGE_SHLIBDEPS OFF)
+# The component holds links and texts; there is no program in it whose libraries could be looked up.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_NAME ${platform})

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The examples in the documents, so that none of them rots.
 //
-// Every ```lua block of docs/lua.md is run on its own, between the first one, which opens the module and a handle, and the
-// last one, which closes that. It prints what the ```text block behind it says, and nothing where there is none.
+// Every ```lua block of docs/lua.md and docs/lua-layer.md is run on its own, between the first one of the page, which opens
+// the module and a handle, and the last one, which closes that. It prints what the ```text block behind it says, and nothing where there is none.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -68,6 +68,8 @@ std::filesystem::path newPlace() {
 
 class LuaDocuments : public ::testing::TestWithParam<std::string> {
   protected:
+    static void expectExamplesToDoWhatTheySay(std::string const &document, std::size_t at_least);
+
     static Finished runScript(std::string const &text,
                               std::vector<std::pair<std::string, std::string>> const &environment = {}) {
         auto const folder = newPlace();
@@ -82,15 +84,15 @@ class LuaDocuments : public ::testing::TestWithParam<std::string> {
 INSTANTIATE_TEST_SUITE_P(, LuaDocuments, ::testing::ValuesIn(lua_interpreters::paths),
                          [](auto const &tested) { return lua_interpreters::nameOf(tested.param); });
 
-TEST_P(LuaDocuments, EveryExampleOfTheManualDoesWhatItSays) {
-    std::vector<Block> const blocks = blocksOf("docs/lua.md");
+void LuaDocuments::expectExamplesToDoWhatTheySay(std::string const &document, std::size_t at_least) {
+    std::vector<Block> const blocks = blocksOf(document);
     std::vector<std::size_t> examples;
     for (std::size_t place = 0; place < blocks.size(); ++place) {
         if (blocks[place].language == "lua") {
             examples.push_back(place);
         }
     }
-    ASSERT_GT(examples.size(), 15U);
+    ASSERT_GE(examples.size(), at_least);
     std::string const &beginning = blocks[examples.front()].text;
     std::string const &end = blocks[examples.back()].text;
     {
@@ -103,12 +105,20 @@ TEST_P(LuaDocuments, EveryExampleOfTheManualDoesWhatItSays) {
             blocks[place + 1].language == "text" && blocks[place + 1].follows_directly;
         Service const service({"--lenient"});
         Finished const finished = runScript(beginning + blocks[place].text + end);
-        EXPECT_TRUE(finished.exit == exited(0)) << "docs/lua.md:" << blocks[place].line << "\n"
+        EXPECT_TRUE(finished.exit == exited(0)) << document << ":" << blocks[place].line << "\n"
                                                 << finished.errors;
         EXPECT_EQ(finished.out, says_what_it_prints ? blocks[place + 1].text : "")
-            << "docs/lua.md:" << blocks[place].line << "\n"
+            << document << ":" << blocks[place].line << "\n"
             << finished.errors;
     }
+}
+
+TEST_P(LuaDocuments, EveryExampleOfThePlainFunctionsDoesWhatItSays) {
+    expectExamplesToDoWhatTheySay("docs/lua.md", 16);
+}
+
+TEST_P(LuaDocuments, EveryExampleOfTheServiceInLuaDoesWhatItSays) {
+    expectExamplesToDoWhatTheySay("docs/lua-layer.md", 10);
 }
 
 TEST_P(LuaDocuments, AnExampleThatFailsIsNoticed) {

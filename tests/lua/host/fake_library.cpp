@@ -141,6 +141,30 @@ int respond(lua_State *L) {
     return 0;
 }
 
+/// fake.respond_with(operation, {name = value, ...}): the good response with other texts or numbers in its lists
+int respondWith(lua_State *L) {
+    json::Object response = responseOf(expectation(lua_tostring(L, 1)));
+    lua_pushnil(L);
+    while (lua_next(L, 2) != 0) {
+        if (lua_istable(L, -1)) {
+            json::Array list;
+            for (int place = 1; place <= static_cast<int>(lua_objlen(L, -1)); ++place) {
+                lua_rawgeti(L, -1, place);
+                if (lua_type(L, -1) == LUA_TSTRING) {
+                    list.Insert(json::String(lua_tostring(L, -1)));
+                } else {
+                    list.Insert(json::Number(lua_tonumber(L, -1)));
+                }
+                lua_pop(L, 1);
+            }
+            response[lua_tostring(L, -2)] = list;
+        }
+        lua_pop(L, 1);
+    }
+    fake_platform::respond(response);
+    return 0;
+}
+
 /// fake.respond_version(major, minor)
 int respondVersion(lua_State *L) {
     json::Object response;
@@ -174,13 +198,15 @@ void pushMembers(lua_State *L, std::vector<Member> const &members) {
         lua_newtable(L);
         lua_pushstring(L, kinds[static_cast<std::size_t>(member.kind)]);
         lua_setfield(L, -2, "kind");
+        lua_pushstring(L, member.name);
+        lua_setfield(L, -2, "name");
         pushContent(L, member.sample);
         lua_setfield(L, -2, "sample");
         lua_rawseti(L, -2, ++place);
     }
 }
 
-/// fake.operations(): {{name = name, method = name, inputs = {{kind = kind, sample = value}, ...}, results = ...}, ...}
+/// fake.operations(): {{name = name, method = name, inputs = {{kind = kind, name = name, sample = value}, ...}, results = ...}, ...}
 int operations(lua_State *L) {
     lua_newtable(L);
     int place = 0;
@@ -212,6 +238,7 @@ void openFakeLibrary(lua_State *L) {
                                   {"releases", releases},
                                   {"messages", messages},
                                   {"respond", respond},
+                                  {"respond_with", respondWith},
                                   {"respond_version", respondVersion},
                                   {"fail", fail},
                                   {"command_for", commandFor},

@@ -18,8 +18,9 @@ namespace {
 void loadCases(State &state, std::string const &path) {
     openFakeLibrary(state);
     openHostLibrary(state);
-    std::string const error =
-        state.run("package.path = '" KORVO_LUA_SUPPORT "/?.lua'\nreturn dofile('" + path + "')");
+    std::string const error = state.run("package.path = '" KORVO_LUA_SUPPORT "/?.lua;" KORVO_LUA_MODULE_FOLDER
+                                        "/?.lua'\nreturn dofile('" +
+                                        path + "')");
     if (!error.empty()) {
         throw std::runtime_error(error);
     }

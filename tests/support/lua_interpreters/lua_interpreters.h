@@ -20,10 +20,10 @@ inline std::string nameOf(std::string const &path) {
     return name;
 }
 
-/// What an interpreter has in its environment to find the module.
+/// What an interpreter has in its environment to find the modules.
 inline std::vector<std::pair<std::string, std::string>> environment() {
     std::vector<std::pair<std::string, std::string>> variables = {
-        {"LUA_CPATH", KORVO_LUA_MODULE_FOLDER "/?.so"}};
+        {"LUA_CPATH", KORVO_LUA_MODULE_FOLDER "/?.so"}, {"LUA_PATH", KORVO_LUA_MODULE_FOLDER "/?.lua"}};
     if (*KORVO_LUA_PRELOAD != '\0') {
         variables.emplace_back("LD_PRELOAD", KORVO_LUA_PRELOAD);
     }

@@ -1,0 +1,65 @@
+-- SPDX-License-Identifier: Apache-2.0
+-- Waiting, for the whole script or within one of several coroutines.
+local events = require "korvo_action_engine_events"
+
+local waiting = {}
+
+-- The coroutines of run(), as long as it runs.
+local tasks = setmetatable({}, {__mode = "k"})
+
+--- Returns true as soon as ready() does, and false when `seconds` have gone by; nil waits for ever.
+function waiting.await(ready, seconds)
+    local deadline = seconds and events.now() + seconds
+    local thread = coroutine.running()
+    while true do
+        local since = events.changes()
+        if ready() then
+            return true
+        end
+        local rest = deadline and deadline - events.now()
+        if rest and rest <= 0 then
+            return false
+        end
+        if thread and tasks[thread] then
+            coroutine.yield(deadline or math.huge)
+        else
+            events.wait(since, rest)
+        end
+    end
+end
+
+--- Lets the script, or the coroutine of run() that calls it, rest.
+function waiting.sleep(seconds)
+    waiting.await(function() return false end, seconds)
+end
+
+--- Runs functions side by side, each as a coroutine: while one waits for an answer or an event the others go on. Returns
+--- when all have; an error in one is raised, and ends the others.
+function waiting.run(...)
+    local threads = {}
+    for place = 1, select("#", ...) do
+        local thread = coroutine.create((select(place, ...)))
+        tasks[thread] = true
+        threads[place] = thread
+    end
+    while #threads > 0 do
+        local since, next_deadline = events.changes(), math.huge
+        for place = #threads, 1, -1 do
+            local thread = threads[place]
+            local succeeded, deadline = coroutine.resume(thread)
+            if not succeeded then
+                error(debug.traceback(thread, tostring(deadline)), 0)
+            elseif coroutine.status(thread) == "dead" then
+                table.remove(threads, place)
+            else
+                -- Without a deadline it has only let the others go first.
+                next_deadline = math.min(next_deadline, tonumber(deadline) or 0)
+            end
+        end
+        if #threads > 0 then
+            events.wait(since, math.max(next_deadline - events.now(), 0))
+        end
+    end
+end
+
+return waiting

@@ -1,0 +1,226 @@
+-- SPDX-License-Identifier: Apache-2.0
+-- korvo.action_engine: each operation's command and result, by name.
+local ae = require "korvo.action_engine"
+local check = require "check"
+local layer = require "layer"
+
+local tests = {}
+
+local function with(options, test)
+    fake.script()
+    local engine = assert(ae.open(options))
+    test(engine)
+    engine:close()
+end
+
+local function operations()
+    local rows = {}
+    for _, row in ipairs(fake.operations()) do
+        rows[#rows + 1] = row
+    end
+    check.equal(#rows, 54)
+    return rows
+end
+
+local function command_for(row, sent)
+    local command = fake.command_for(row.name)
+    for name, value in pairs(sent) do
+        command[name] = value
+    end
+    return command
+end
+
+function tests.each_sends_its_command_and_gives_its_result_by_name()
+    for _, row in ipairs(operations()) do
+        with({name = "test", target = "camera-1", timeout = 2.5}, function(engine)
+            local given, sent = layer.named(row.inputs)
+            local _, answered = layer.named(row.results)
+            fake.respond_with(row.name, answered)
+            check.equal(engine[row.name](engine, given), layer.result(row.results), row.name)
+            local messages = fake.messages("send")
+            check.equal(#messages, 1, row.name)
+            check.equal(messages[1].json, command_for(row, sent), row.name)
+            check.equal(messages[1].target, "camera-1", row.name)
+            check.equal(fake.messages("receive")[1].timeout, 2500, row.name)
+        end)
+    end
+end
+
+function tests.each_refuses_what_is_missing_unknown_or_of_another_type_and_sends_nothing()
+    local wrong = {number = -1, flag = 1, text = 5, texts = {1}, table = {{key = "a"}}}
+    for _, row in ipairs(operations()) do
+        with({name = "test"}, function(engine)
+            local given = layer.named(row.inputs)
+            local function refused(name, what)
+                local result, message, status = engine[row.name](engine, given)
+                check.equal({result, status}, {nil, 1}, row.name .. " " .. name)
+                local begin = row.name .. ": " .. what
+                check.equal(message:sub(1, #begin), begin)
+            end
+            for name, value in pairs(given) do
+                given[name] = nil
+                refused(name, "'" .. name .. "' is missing; it wants ")
+                for _, other in pairs(wrong) do
+                    if type(value) ~= type(other) or other == -1 then
+                        given[name] = other
+                        refused(name, "'" .. name .. "' wants ")
+                    end
+                end
+                given[name] = value
+            end
+            given.no_such_thing = 1
+            refused("no_such_thing", "there is no 'no_such_thing'; it")
+            check.equal(#fake.messages("send"), 0, row.name)
+        end)
+    end
+end
+
+function tests.each_tells_of_failures()
+    for _, row in ipairs(operations()) do
+        with({name = "test"}, function(engine)
+            fake.fail("receive", 9)
+            local given = layer.named(row.inputs)
+            local message = row.name .. ": status 9 (remote function failure)"
+            check.equal({engine[row.name](engine, given)}, {nil, message, 9}, row.name)
+            fake.fail("receive", 9)
+            check.equal({pcall(function() return engine:strict()[row.name](engine, given) end)}, {false, message}, row.name)
+        end)
+    end
+end
+
+function tests.a_call_can_have_a_timeout_of_its_own()
+    with({name = "test"}, function(engine)
+        fake.respond("get_actions")
+        assert(engine:get_actions{timeout = 0.0701})
+        check.equal(fake.messages("receive")[1].timeout, 70)
+        for _, wrong in ipairs {0, -1, "1", 0 / 0, math.huge} do
+            check.equal({engine:get_actions{timeout = wrong}},
+                {nil, "get_actions: 'timeout' wants seconds, 0.001 or more", 1})
+        end
+    end)
+end
+
+function tests.an_argument_that_is_the_only_one_can_stand_plainly()
+    with({name = "test"}, function(engine)
+        fake.respond("delete_action")
+        check.equal(engine:delete_action(4294967295), true)
+        check.equal(fake.messages("send")[1].json.action_id, 4294967295)
+        check.equal({engine:create_association(7)}, {nil, "create_association: takes a table of named arguments, not 7; " ..
+            "its arguments are trigger_id, action_id", 1})
+        check.equal({engine:get_actions(7)}, {nil,
+            "get_actions: takes a table of named arguments, not 7; it has no arguments", 1})
+    end)
+end
+
+function tests.elements_of_lists_are_what_they_are()
+    with({name = "test"}, function(engine)
+        fake.respond_with("get_actions", {action_id = {4294967295, 2147483648, 7}, action_type = {1, 2, 9}})
+        check.equal(engine:get_actions(), {
+            {action_id = 4294967295, action_type = ae.kFtpUploadAction},
+            {action_id = 2147483648, action_type = ae.kSaveSnapshotAction},
+            {action_id = 7, action_type = ae.kRelayAction},
+        })
+    end)
+end
+
+function tests.lists_that_belong_together_and_differ_are_no_result()
+    with({name = "test"}, function(engine)
+        for _, types in ipairs {{1}, {1, 2, 3}} do
+            fake.respond_with("get_actions", {action_id = {1, 2}, action_type = types})
+            check.equal({engine:get_actions()}, {nil, "get_actions: lists that belong together differ in length", 4})
+        end
+    end)
+end
+
+function tests.messages_say_what_is_wrong_and_what_is_wanted()
+    with({name = "test"}, function(engine)
+        local function message_of(name, given)
+            return (select(2, engine[name](engine, given)))
+        end
+        check.equal(message_of("create_timer_trigger", {trigger_name = "t", timer_seconds = 1.5}),
+            "create_timer_trigger: 'timer_seconds' wants a whole number from 0 to 4294967295, and is 1.5")
+        check.equal(message_of("create_wiper_action", {action_name = "a\0b"}),
+            "create_wiper_action: 'action_name' wants a text without zero bytes, and is a text with a zero byte")
+        check.equal(message_of("create_wiper_action", "a\0b"),
+            "create_wiper_action: 'action_name' wants a text without zero bytes, and is a text with a zero byte")
+        local email = {action_name = "a", smtp_server = "s", to_addresses = {"a", 5}, cc_addresses = {}, from_address = "f",
+            subject = "s", body = "b", attach_jpeg = true, include_event = false}
+        check.equal(message_of("create_email_action", email),
+            "create_email_action: 'to_addresses' wants a list of texts (element 2 is 5)")
+        email.to_addresses = {"a", nil, "b", x = 1}
+        check.equal(message_of("create_email_action", email):match("^.*at '"),
+            "create_email_action: 'to_addresses' wants a list of texts (there is an element at '")
+        email.to_addresses = "a@example.org"
+        check.equal(message_of("create_email_action", email),
+            "create_email_action: 'to_addresses' wants a list of texts, and is a text")
+        local filters = "a list of {weekdays = a whole number from 0 to 4294967295, start = a whole number from 0 to " ..
+            "4294967295, stop = a whole number from 0 to 4294967295}"
+        check.equal(message_of("set_action_filters", {action_id = 1, filters = {{weekdays = 1, start = 2}}}),
+            "set_action_filters: 'filters' wants " .. filters .. " (element 1: 'stop' is nothing)")
+        check.equal(message_of("set_action_filters", {action_id = 1, filters = {{weekdays = 1, start = 2, stop = 3, ["end"] = 3}}}),
+            "set_action_filters: 'filters' wants " .. filters .. " (element 1: there is no 'end')")
+        check.equal(#fake.messages("send"), 0)
+    end)
+end
+
+function tests.names_that_an_engine_has_not_are_errors()
+    with({name = "test"}, function(engine)
+        for _, one in ipairs {engine, engine.async} do
+            local succeeded, message = pcall(function() return one.get_action_count end)
+            check.equal({succeeded, message:match(": (.*)$")},
+                {false, "an engine has no 'get_action_count'; there is get_action_counts"})
+        end
+        local _, message = pcall(function() return engine.nothing_like_it end)
+        check.equal(message:match("^.-: (.*)$"), "an engine has no 'nothing_like_it'; docs/lua-layer.md lists what it has")
+    end)
+end
+
+function tests.opening_says_what_is_wrong()
+    fake.script()
+    check.equal({ae.open{naem = "x"}}, {nil, "open: there is no 'naem'; there are name, target, timeout, events", 1})
+    check.equal({ae.open{name = 5}}, {nil, "open: 'name' wants a text without zero bytes", 1})
+    check.equal({ae.open{timeout = 0}}, {nil, "open: 'timeout' wants seconds, 0.001 or more", 1})
+    check.equal({ae.open{events = 0.5}}, {nil, "open: 'events' wants how many events may wait, 1 or more", 1})
+    check.equal({ae.open("x")}, {nil, "open: takes a table: ae.open{name = \"example\"}", 1})
+    fake.fail("open", 8)
+    local engine, message, status = ae.open{name = "x"}
+    check.equal({engine, message, status}, {nil, "open: status 2 (allocation failed)", 2})
+end
+
+function tests.a_closed_engine_says_so()
+    with({name = "test"}, function(engine)
+        check.equal(engine:close(), true)
+        check.equal({engine:get_actions()}, {nil, "get_actions: the engine is closed", 1})
+        check.equal({engine.async:get_actions()}, {nil, "get_actions: the engine is closed", 1})
+        check.equal({engine:next_event()}, {nil, "subscribe: the engine is closed", 1})
+        check.equal({engine:descriptor()}, {nil, "descriptor: the engine is closed", 1})
+        check.equal({engine:get_initiator_version()}, {nil, "get_initiator_version: the engine is closed", 1})
+        check.equal({engine:export()}, {nil, "get_actions: the engine is closed", 1})
+        check.equal(engine:events()(), nil)
+        check.equal(#fake.messages("send"), 0)
+    end)
+end
+
+function tests.engines_that_nobody_keeps_are_closed()
+    local module = require "korvo_api_action_engine"
+    local closed = 0
+    local deinit = module.korvo_api_action_engine_initiator_deinit
+    module.korvo_api_action_engine_initiator_deinit = function(handle)
+        closed = closed + 1
+        return deinit(handle)
+    end
+    fake.script()
+    do
+        local engine = assert(ae.open{name = "test"})
+        assert(engine.get_actions)
+        local kept = assert(ae.open{name = "kept"})
+        kept:close()
+        kept:close()
+    end
+    collectgarbage()
+    collectgarbage()
+    module.korvo_api_action_engine_initiator_deinit = deinit
+    check.equal(closed, 2)
+end
+
+return tests
