@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tool/command.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "tool/failure.h"
+
+namespace tool {
+
+Client &Context::client() {
+    if (client_ == nullptr) {
+        client_ = std::make_unique<Client>(settings);
+        client_->requireVersion();
+    }
+    return *client_;
+}
+
+std::vector<Command> const &commands() {
+    static std::vector<Command> const all = [] {
+        std::vector<Command> made;
+        addOperationCommands(made);
+        return made;
+    }();
+    return all;
+}
+
+std::vector<Parameter> const &commonParameters() {
+    using Takes = Parameter::Takes;
+    static std::vector<Parameter> const all = {
+        {"--json", "results and errors as JSON", false, Takes::flag},
+        {"--verbose", "show the library's log on standard error", false, Takes::flag},
+        {"--timeout", "how long each call waits: 250ms, 5s, 2m, 1h, forever (default: 5s)", false, Takes::one,
+         "TIME"},
+        {"--target", "which instance of the service (default: its default target)", false, Takes::one,
+         "NAME"},
+        {"--show-secrets", "show passwords instead of hiding them", false, Takes::flag},
+        {"--require-version", "stop unless the service speaks this version, as in 1.19", false, Takes::one,
+         "VERSION"},
+    };
+    return all;
+}
+
+std::string textOfFile(std::string const &parameter, std::string const &file) {
+    std::stringstream text;
+    if (file == "-") {
+        text << std::cin.rdbuf();
+        return text.str();
+    }
+    std::ifstream stream(file, std::ios::binary);
+    if (stream) {
+        text << stream.rdbuf();
+    }
+    if (!stream || stream.bad()) {
+        throw Failure(Exit::usage, parameter + ": cannot read \"" + file + "\": " + std::strerror(errno),
+                      "name a file that can be read, or - for standard input");
+    }
+    return text.str();
+}
+
+std::string passwordIn(std::string const &parameter, std::string const &file) {
+    std::string text = textOfFile(parameter, file);
+    text.erase(std::min(text.find_first_of("\r\n"), text.size()));
+    return text;
+}
+
+}  // namespace tool
