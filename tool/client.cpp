@@ -278,14 +278,14 @@ void Client::requireVersion() {
     if (!settings_->required_version) {
         return;
     }
-    auto const inWords = [](std::pair<unsigned int, unsigned int> version) {
+    auto const in_words = [](std::pair<unsigned int, unsigned int> version) {
         return std::to_string(version.first) + "." + std::to_string(version.second);
     };
     auto const version = serviceVersion();
     if (version != *settings_->required_version) {
         throw Failure(Exit::version,
-                      "the service speaks version " + inWords(version) + ", and --require-version wants " +
-                          inWords(*settings_->required_version),
+                      "the service speaks version " + in_words(version) + ", and --require-version wants " +
+                          in_words(*settings_->required_version),
                       "use another service, or leave --require-version out");
     }
 }

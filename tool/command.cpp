@@ -22,6 +22,9 @@ Client &Context::client() {
 std::vector<Command> const &commands() {
     static std::vector<Command> const all = [] {
         std::vector<Command> made;
+        addCatalogueCommands(made);
+        addRuleCommands(made);
+        addEventCommands(made);
         addOperationCommands(made);
         return made;
     }();

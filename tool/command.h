@@ -71,6 +71,9 @@ std::string textOfFile(std::string const &parameter, std::string const &file);
 std::string passwordIn(std::string const &parameter, std::string const &file);
 
 // What the files of commands add.
+void addCatalogueCommands(std::vector<Command> &commands);
+void addRuleCommands(std::vector<Command> &commands);
+void addEventCommands(std::vector<Command> &commands);
 void addOperationCommands(std::vector<Command> &commands);
 
 }  // namespace tool

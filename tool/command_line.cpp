@@ -35,7 +35,7 @@ Options addParameters(CLI::App &app, std::vector<Parameter> const &parameters) {
             // Of its own kind, since an option without a type is a flag.
             option = app.add_option(parameter.name, [](CLI::results_t const &) { return true; });
             option->type_size(1)->expected(1)->type_name(parameter.isOption() ? parameter.value : "");
-            option->allow_extra_args(false);
+            option->allow_extra_args(many && !parameter.isOption());
             option->multi_option_policy(many ? CLI::MultiOptionPolicy::TakeAll
                                              : CLI::MultiOptionPolicy::Throw);
             if (many && !parameter.isOption()) {
@@ -75,6 +75,7 @@ Settings settingsOf(Arguments const &common) {
     settings.show_secrets = common.flag("--show-secrets");
     settings.target = common.text("--target");
     if (common.has("--timeout")) {
+        settings.timeout_given = true;
         settings.timeout = durationOf("--timeout", common.text("--timeout"));
     }
     if (common.has("--require-version")) {

@@ -15,6 +15,7 @@ namespace {
 
 volatile std::sig_atomic_t noticed = 0;
 int noticed_descriptor = -1;
+bool ignored = false;
 
 extern "C" void noticeSignal(int) {
     int const before = errno;
@@ -42,9 +43,13 @@ bool requested() {
 }
 
 void check() {
-    if (requested()) {
+    if (requested() && !ignored) {
         throw Failure(Exit::interrupted, "interrupted");
     }
+}
+
+void ignoreFromNowOn() {
+    ignored = true;
 }
 
 int descriptor() {

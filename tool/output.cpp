@@ -79,7 +79,7 @@ void table(std::vector<std::string> const &heading, std::vector<std::vector<std:
 void pairs(std::vector<std::pair<std::string, std::string>> const &rows) {
     std::size_t width = 0;
     for (auto const &[name, value] : rows) {
-        width = std::max(width, widthOf(name));
+        width = value.empty() ? width : std::max(width, widthOf(name));
     }
     std::string text;
     for (auto const &[name, value] : rows) {

@@ -18,6 +18,7 @@ struct Settings {
     bool verbose = false;
     /// Of each call; nothing waits without limit.
     std::optional<std::chrono::milliseconds> timeout = std::chrono::seconds(5);
+    bool timeout_given = false;
     /// Empty is the default target.
     std::string target;
     std::optional<std::pair<unsigned int, unsigned int>> required_version;
