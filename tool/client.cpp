@@ -199,11 +199,19 @@ void Client::callAll(std::vector<Call> const &calls,
     }
 }
 
+/// A service that is just ending may still take a connection and close it, so a lost answer is asked for again.
 bool Client::isThere() {
-    unsigned int major = 0;
-    unsigned int minor = 0;
-    return korvo_api_action_engine___get_target_version___send(handle_, target(), &major, &minor) !=
-           KORVO_CORE_STATUS_DISABLED_TARGET;
+    constexpr int tries = 3;
+    for (int place = 0; place < tries; ++place) {
+        unsigned int major = 0;
+        unsigned int minor = 0;
+        auto const status =
+            korvo_api_action_engine___get_target_version___send(handle_, target(), &major, &minor);
+        if (status != KORVO_CORE_STATUS_IPC_FAILED) {
+            return status != KORVO_CORE_STATUS_DISABLED_TARGET;
+        }
+    }
+    return true;
 }
 
 bool Client::isListed(std::string const &member, unsigned int identifier) {
