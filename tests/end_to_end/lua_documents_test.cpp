@@ -163,11 +163,11 @@ TEST_P(LuaDocuments, TheExampleOfTheReadmeRunsWithItsCommand) {
             place_of_next = found + to.size();
         }
     };
-    // The service and the module.
-    replace("build/release", KORVO_BUILD_FOLDER, 2);
+    // The service, the modules and the Lua files.
+    replace("build/release", KORVO_BUILD_FOLDER, 3);
     std::string interpreter;
     for (auto const &[name, value] : lua_interpreters::environment()) {
-        if (name != "LUA_CPATH") {
+        if (name != "LUA_CPATH" && name != "LUA_PATH") {
             interpreter += name + "=" + value + " ";
         }
     }

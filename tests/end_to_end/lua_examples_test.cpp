@@ -6,6 +6,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 
@@ -482,6 +483,44 @@ TEST_P(LuaExamples, WatchGoesOnWhenTheServiceIsRestarted) {
     service.start();
     EXPECT_TRUE(watching.out().waitFor("the service answers again\ngone     action 1: wiper \"wipe\"\n"))
         << watching.out().text();
+}
+
+// ---- targets.lua ----
+
+TEST_P(LuaExamples, TargetsAsksTenServicesAtOnce) {
+    std::vector<std::string> words = {"--events", "2"};
+    std::vector<std::unique_ptr<Service>> services;
+    for (int number = 1; number <= 10; ++number) {
+        std::string const target = "camera-" + std::to_string(number);
+        services.push_back(std::make_unique<Service>(std::vector<std::string>{"--target", target}));
+        words.push_back(target);
+        Client const client;
+        auto const ask = [&](char const *what, Values const &inputs) {
+            EXPECT_EQ(operation(what).send(client.handle(), target.c_str(), inputs).status,
+                      KORVO_CORE_STATUS_NO_ERROR);
+        };
+        ask("create_wiper_action", {"wipe " + target});
+        ask("create_timer_trigger", {"often", 1U});
+        ask("create_association", {1U, 1U});
+    }
+    words.push_back("nobody");
+    Finished const finished = runExample("targets.lua", words);
+    EXPECT_TRUE(finished.exit == exited(1)) << finished.errors;
+    for (int number = 1; number <= 10; ++number) {
+        std::string const target = "camera-" + std::to_string(number);
+        EXPECT_EQ(count(finished.out, target + ": actions: 1, triggers: 1\n"), 1U) << finished.out;
+        EXPECT_EQ(count(finished.out, target + ": action 1 \"wipe " + target + "\" succeeded\n"), 2U)
+            << finished.out;
+    }
+    EXPECT_NE(finished.errors.find("nobody: get_action_counts: status 10 "), std::string::npos)
+        << finished.errors;
+}
+
+TEST_P(LuaExamples, TargetsSaysHowItIsUsed) {
+    EXPECT_TRUE(runExample("targets.lua").exit == exited(2));
+    Finished const finished = runExample("targets.lua", {"camera", "--events", "many"});
+    EXPECT_TRUE(finished.exit == exited(2)) << finished.out;
+    EXPECT_EQ(finished.errors, "usage: targets.lua [--events HOW_MANY] TARGET...\n");
 }
 
 // ---- All ----
