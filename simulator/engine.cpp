@@ -6,6 +6,7 @@
 #include <exception>
 #include <utility>
 
+#include "simulator/completion.h"
 #include "simulator/json_writer.h"
 #include "simulator/refused.h"
 
@@ -22,8 +23,8 @@ T const &setting(Catalogue::Entry const &trigger, std::string_view name) {
 
 /// An event for the record. Messages can be large and many can wait, so only the beginning is kept.
 EngineState::Cause causeOf(Trace const &trace) {
-    return std::make_shared<std::string const>("Topic: " + trace.topic + "\nMessage: " + trace.message +
-                                               "\n");
+    return std::make_shared<EngineState::Origin const>(
+        EngineState::Origin{"Topic: " + trace.topic + "\nMessage: " + trace.message + "\n", trace.chain});
 }
 
 /// For log lines: what it is, its identifier and its name.
@@ -48,7 +49,7 @@ std::string describe(std::uint32_t trigger_id, Catalogue::Entry const *trigger,
             " " + quoted(setting<std::string>(*trigger, "trigger_name")) + " (" + trigger->kind->noun + ")";
     }
     text += " fired.\n";
-    return cause == nullptr ? text : text + *cause;
+    return cause == nullptr ? text : text + cause->words;
 }
 
 /// The event that tells of a run (JSON).
@@ -80,6 +81,14 @@ std::string why(TriggerVerdict verdict, Catalogue::Entry const &trigger, onvif::
         default:
             return "";
     }
+}
+
+std::string endOf(EngineState::Chain const &chain) {
+    std::string words = "a chain ends after " + std::to_string(chain.size()) + " actions: ";
+    for (std::string const &action : chain) {
+        words.append(&action == &chain.front() ? "" : " > ").append(action);
+    }
+    return words;
 }
 
 /// One line for each entry that a person would wait for in vain.
@@ -198,14 +207,15 @@ TriggerVerdict EngineState::judge(std::uint32_t trigger_id, Catalogue::Entry con
 
 template <typename Each>
 Trace EngineState::lookAt(onvif::Event const &event, std::string const &property, Wall wall,
-                          Each each) const {
+                          bool is_completion, Each each) const {
     Trace trace;
     trace.time = wall;
     trace.topic = beginningOf(event.topic_text, Trace::longest_text);
     trace.message = beginningOf(event.message_text, Trace::longest_text);
     std::size_t differing = 0;
     for (auto const &[trigger_id, trigger] : catalogue.entries(Table::triggers)) {
-        if (trigger.kind->type == protocol::reoccurring_timer) {
+        if (trigger.kind->type == protocol::reoccurring_timer ||
+            (is_completion && trigger.meaning.topics.takesAll())) {
             continue;
         }
         TriggerVerdict const verdict = judge(trigger_id, trigger, event, property);
@@ -224,13 +234,13 @@ Trace EngineState::lookAt(onvif::Event const &event, std::string const &property
 
 Trace EngineState::explain(onvif::Event const &event, Wall wall) const {
     std::vector<std::uint32_t> fires;
-    Trace trace =
-        lookAt(event, propertyOf(event), wall, [&](Catalogue::Entry const &, TriggerTrace const &looked_at) {
-            if (looked_at.verdict == TriggerVerdict::fires ||
-                looked_at.verdict == TriggerVerdict::begins_wait) {
-                fires.push_back(looked_at.id);
-            }
-        });
+    Trace trace = lookAt(event, propertyOf(event), wall, /*is_completion*/ false,
+                         [&](Catalogue::Entry const &, TriggerTrace const &looked_at) {
+                             if (looked_at.verdict == TriggerVerdict::fires ||
+                                 looked_at.verdict == TriggerVerdict::begins_wait) {
+                                 fires.push_back(looked_at.id);
+                             }
+                         });
     for (std::uint32_t const trigger_id : fires) {
         for (std::uint32_t const action_id : catalogue.actionsOf(trigger_id)) {
             ActionTrace action{trigger_id, action_id, "", nullptr, ActionVerdict::gone, "", "", {}, ""};
@@ -241,14 +251,18 @@ Trace EngineState::explain(onvif::Event const &event, Wall wall) const {
     return trace;
 }
 
-void EngineState::refuse(std::string const &topic, std::string const &message, char const *why,
-                         Wall wall) noexcept {
+void EngineState::refuse(std::string const &topic, std::string const &message, char const *why, Wall wall,
+                         Chain chain) noexcept {
     try {
         Trace trace;
         trace.time = wall;
         trace.topic = beginningOf(topic, Trace::longest_text);
         trace.message = beginningOf(message, Trace::longest_text);
         trace.refusal = why;
+        if (!chain.empty()) {
+            trace.cause = Trace::Cause::completion;
+            trace.chain = std::move(chain);
+        }
         traces.add(std::move(trace));
         changed_ = true;
     } catch (std::exception const &) {
@@ -256,7 +270,17 @@ void EngineState::refuse(std::string const &topic, std::string const &message, c
     }
 }
 
-EngineState::Injection EngineState::inject(onvif::Event const &event, Time now, Wall wall) {
+bool EngineState::followsCompletion(bool success) const {
+    onvif::Topic const &topic = completionTopic(success);
+    auto const &triggers = catalogue.entries(Table::triggers);
+    return std::any_of(triggers.begin(), triggers.end(), [&topic](auto const &entry) {
+        Catalogue::Entry const &trigger = entry.second;
+        return trigger.kind->type != protocol::reoccurring_timer && trigger.fault.empty() &&
+               !trigger.meaning.topics.takesAll() && trigger.meaning.topics.matches(topic);
+    });
+}
+
+EngineState::Injection EngineState::inject(onvif::Event const &event, Time now, Wall wall, Chain chain) {
     constexpr std::size_t most_missed = 20;
     if (fired_.size() >= most_waiting) {
         throw impossible(std::to_string(fired_.size()) +
@@ -269,23 +293,27 @@ EngineState::Injection EngineState::inject(onvif::Event const &event, Time now, 
     std::string const property = propertyOf(event);
     auto const open = std::make_shared<OpenTrace>();
     Trace &trace = open->trace;
-    trace =
-        lookAt(event, property, wall, [&](Catalogue::Entry const &trigger, TriggerTrace const &looked_at) {
-            bool const fails = looked_at.verdict == TriggerVerdict::message_fails ||
-                               (looked_at.verdict == TriggerVerdict::ends_wait &&
-                                !trigger.meaning.contents.matches(event.message));
-            if (fails && injection.missed.size() < most_missed) {
-                injection.missed.push_back(described(looked_at.id, trigger) +
-                                           " does not take the message: " + looked_at.why);
-            }
-            if (looked_at.verdict == TriggerVerdict::fires) {
-                fires.push_back(looked_at.id);
-            } else if (looked_at.verdict == TriggerVerdict::begins_wait) {
-                waits.push_back(looked_at.id);
-            } else if (looked_at.verdict == TriggerVerdict::ends_wait) {
-                ends.push_back(looked_at.id);
-            }
-        });
+    trace = lookAt(event, property, wall, !chain.empty(),
+                   [&](Catalogue::Entry const &trigger, TriggerTrace const &looked_at) {
+                       bool const fails = looked_at.verdict == TriggerVerdict::message_fails ||
+                                          (looked_at.verdict == TriggerVerdict::ends_wait &&
+                                           !trigger.meaning.contents.matches(event.message));
+                       if (fails && injection.missed.size() < most_missed) {
+                           injection.missed.push_back(described(looked_at.id, trigger) +
+                                                      " does not take the message: " + looked_at.why);
+                       }
+                       if (looked_at.verdict == TriggerVerdict::fires) {
+                           fires.push_back(looked_at.id);
+                       } else if (looked_at.verdict == TriggerVerdict::begins_wait) {
+                           waits.push_back(looked_at.id);
+                       } else if (looked_at.verdict == TriggerVerdict::ends_wait) {
+                           ends.push_back(looked_at.id);
+                       }
+                   });
+    if (!chain.empty()) {
+        trace.cause = Trace::Cause::completion;
+        trace.chain = std::move(chain);
+    }
     if (!waits.empty() && property.size() > longest_property) {
         throw impossible(
             "a stable trigger takes the event, and the items that name its property have more than " +
@@ -368,8 +396,12 @@ std::optional<Deadlines::Ticket> EngineState::joinDue(Time now, Wall wall) {
         firing.front().cause = std::move(waiting->second.cause);
         waiting_.erase(waiting);
     }
+    Cause const cause = firing.front().cause;
     fired_.splice(fired_.end(), firing);
     try {
+        if (cause != nullptr) {
+            open->trace.chain = cause->chain;
+        }
         open->trace.add(
             {ticket->trigger_id,
              setting<std::string>(catalogue.at(Table::triggers, ticket->trigger_id), "trigger_name"),
@@ -426,7 +458,8 @@ bool Engine::step() {
     // Both events, before the action runs: afterwards nothing may fail that would let it run again.
     std::function<void(RunResult)> done =
         [this, begin, trace, told = std::move(told), succeeded = completion(*job, /*success*/ true),
-         failed = completion(*job, /*success*/ false)](RunResult result) mutable {
+         failed = completion(*job, /*success*/ false),
+         ended = Ended{job->action_id, job->name(), runs_.front().cause}](RunResult result) mutable {
             using std::chrono::microseconds;
             told.duration =
                 std::chrono::duration_cast<microseconds>(std::chrono::steady_clock::now() - begin);
@@ -434,6 +467,7 @@ bool Engine::step() {
             told.words = std::move(result.words);
             finishRun(trace, std::move(told));
             surroundings_.publish(result.success ? succeeded : failed);
+            tellTriggers(ended, result.success);
         };
     runs_.pop_front();
     // Moved: a copy would take memory.
@@ -450,6 +484,38 @@ void Engine::finishRun(std::shared_ptr<OpenTrace> const &trace, ActionTrace acti
     if (trace->ends()) {
         state_.with([&](EngineState &state) { state.traces.add(std::move(trace->trace)); });
         surroundings_.wake();
+    }
+}
+
+void Engine::tellTriggers(Ended const &ended, bool success) noexcept {
+    try {
+        constexpr std::size_t longest_name = 100;
+        std::string end;
+        change([&](EngineState &state) {
+            if (!state.followsCompletion(success)) {
+                return;
+            }
+            onvif::Event const event =
+                completionEvent(ended.action_id, ended.name, success, surroundings_.wall());
+            EngineState::Chain chain = ended.cause == nullptr ? EngineState::Chain() : ended.cause->chain;
+            chain.push_back("action " + std::to_string(ended.action_id) + " " +
+                            quoted(beginningOf(ended.name, longest_name)));
+            try {
+                if (chain.size() >= EngineState::longest_chain) {
+                    throw impossible(endOf(chain));
+                }
+                state.inject(event, surroundings_.now(), surroundings_.wall(), chain);
+            } catch (Refused const &refused) {
+                end = refused.what();
+                state.refuse(event.topic_text, event.message_text, refused.what(), surroundings_.wall(),
+                             std::move(chain));
+            }
+        });
+        if (!end.empty()) {
+            log_.warning("no trigger is told of action " + std::to_string(ended.action_id) + ": " + end);
+        }
+    } catch (std::exception const &) {
+        // Memory is short. The run itself has been told of.
     }
 }
 

@@ -63,8 +63,15 @@ class EngineState {
   public:
     using Table = Catalogue::Table;
     using Time = Deadlines::Time;
-    /// The event that made a trigger fire, in words; NULL for timers.
-    using Cause = std::shared_ptr<std::string const>;
+    /// Actions that have led to something, each by its completion, in words, the first first.
+    using Chain = std::vector<std::string>;
+    struct Origin {
+        /// The event that made a trigger fire.
+        std::string words;
+        Chain chain;
+    };
+    /// NULL for timers.
+    using Cause = std::shared_ptr<Origin const>;
 
     struct Firing {
         std::uint32_t trigger_id = 0;
@@ -78,6 +85,8 @@ class EngineState {
     /// are refused with status 9.
     static constexpr std::size_t most_followed = 10'000;
     static constexpr std::size_t longest_property = 1024;
+    /// The completion of the last of so many actions in a chain reaches no trigger.
+    static constexpr std::size_t longest_chain = 8;
 
     /// Timers start anew at `now`. Of each outcome so many traces are kept; those in the store are read.
     EngineState(Catalogue catalogue, Time now, std::size_t most_traces);
@@ -109,10 +118,17 @@ class EngineState {
     /// after such a message. Further messages that fit change nothing.
     ///
     /// Throws Refused (status 9) while too much waits or is followed, and std::bad_alloc; then nothing has changed.
-    Injection inject(onvif::Event const &event, Time now, Wall wall);
+    ///
+    /// With a chain the event is the completion of its last action, and only triggers whose topic filters name its topic see
+    /// it: one that takes every topic would run its own actions anew until the chain ends.
+    Injection inject(onvif::Event const &event, Time now, Wall wall, Chain chain = {});
+
+    /// Whether a trigger's topic filter names the completion of actions.
+    bool followsCompletion(bool success) const;
 
     /// Leaves a trace of an event that was not taken, where there is memory for it.
-    void refuse(std::string const &topic, std::string const &message, char const *why, Wall wall) noexcept;
+    void refuse(std::string const &topic, std::string const &message, char const *why, Wall wall,
+                Chain chain = {}) noexcept;
 
     /// What the event would be to each trigger that takes events, and to the actions of those that fire or begin to
     /// wait. Changes nothing.
@@ -141,7 +157,8 @@ class EngineState {
 
     /// Calls the function with each trigger that takes events, and with its verdict.
     template <typename Each>
-    Trace lookAt(onvif::Event const &event, std::string const &property, Wall wall, Each each) const;
+    Trace lookAt(onvif::Event const &event, std::string const &property, Wall wall, bool is_completion,
+                 Each each) const;
 
     /// Lets what is due first join what has fired; nothing when nothing is due.
     std::optional<Deadlines::Ticket> joinDue(Time now, Wall wall);
@@ -174,7 +191,7 @@ class Engine {
         std::function<Wall()> wall;
         std::function<LocalTime()> local_time;
         /// Begins to run an action, without the engine's lock, and calls back when it is over, on the thread of step(),
-        /// at once or later. It does not throw.
+        /// at once or later. It throws nothing of its own.
         std::function<void(Job const &, std::function<void(RunResult)>)> run;
         /// Publishes an event (JSON), without the engine's lock.
         std::function<void(std::string const &)> publish;
@@ -247,6 +264,13 @@ class Engine {
     void shuffle(std::vector<std::uint32_t> &action_ids);
     std::optional<Job> prepare(Run const &run, ActionTrace &trace);
     void finishRun(std::shared_ptr<OpenTrace> const &trace, ActionTrace action) noexcept;
+    /// An action that has run, for the triggers that follow that.
+    struct Ended {
+        std::uint32_t action_id;
+        std::string name;
+        EngineState::Cause cause;
+    };
+    void tellTriggers(Ended const &ended, bool success) noexcept;
 
     Surroundings surroundings_;
     Log const &log_;

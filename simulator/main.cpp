@@ -2,9 +2,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "korvo_core.h"
 #include "simulator/catalogue.h"
@@ -85,9 +87,20 @@ void serve(simulator::Options const &options) {
     });
     simulator::Clock clock(options.clock);
     simulator::Store store(options.store, [&log](std::string const &remark) { log.warning(remark); });
+    simulator::runners::Runner::Live live{options.live_mail, options.live_ftp};
+    std::optional<simulator::runners::Transfers> transfers;
+    if (options.live_mail || options.live_ftp) {
+        transfers.emplace(
+            simulator::runners::Transfers::Settings{options.live_time_out, options.tls_authorities},
+            [&loop] { loop.wake(); }, log);
+        live.transfers = &*transfers;
+    }
+    if (!options.smtp_login.empty()) {
+        live.logins = simulator::runners::readLogins(options.smtp_login);
+    }
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
-        [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log);
+        [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log, std::move(live));
     simulator::Service service(loop, logging.handle(), options.target,
                                simulator::Catalogue(store, options.rules), options.answers,
                                engineSettings(options, log), clock, runner, log);

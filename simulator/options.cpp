@@ -235,6 +235,32 @@ void setVersion(Options &options, std::string const &) {
     options.mode = Options::Mode::version;
 }
 
+void setLive(Options &options, std::string const &value) {
+    options.live_mail = value == "mail" || value == "mail,ftp" || value == "ftp,mail";
+    options.live_ftp = value == "ftp" || value == "mail,ftp" || value == "ftp,mail";
+    if (!options.live_mail && !options.live_ftp) {
+        throw UsageError("--live needs mail, ftp or mail,ftp; it was " + quoted(value) + ".");
+    }
+}
+
+void setLiveTimeOut(Options &options, std::string const &value) {
+    constexpr std::uint32_t most = 3600;
+    auto const number = wholeNumber(value);
+    if (!number || *number == 0 || *number > most) {
+        throw UsageError("--live-time-out needs a whole number of seconds from 1 to " + std::to_string(most) +
+                         "; it was " + quoted(value) + ".");
+    }
+    options.live_time_out = std::chrono::seconds(*number);
+}
+
+void setSmtpLogin(Options &options, std::string const &value) {
+    options.smtp_login = nonEmpty("smtp-login", value);
+}
+
+void setTlsAuthorities(Options &options, std::string const &value) {
+    options.tls_authorities = nonEmpty("tls-authorities", value);
+}
+
 /// Everything about one option. The man page repeats the words, which a test compares.
 struct Row {
     char const *name;
@@ -254,9 +280,20 @@ constexpr Row general[] = {
      "in the state folder. The folder is made where it\nis missing.",
      setSnapshots},
     {"outbox", "DIR",
-     "Where e-mails and uploads are put; nothing is\never sent. Without it,\n"
-     "action-engine-simulator/outbox in the state\nfolder. The folder is made where it is missing.",
+     "Where e-mails and uploads are put that are not\nsent, which without --live is all of them. Without\n"
+     "it, action-engine-simulator/outbox in the state\nfolder. The folder is made where it is missing.",
      setOutbox},
+    {"live", "WHAT",
+     "Really send e-mails (mail), uploads (ftp), or both\n(mail,ftp), to the servers that actions name.",
+     setLive},
+    {"live-time-out", "SECONDS", "How long a server may take for one, 30 seconds\nwhere it is not given.",
+     setLiveTimeOut},
+    {"smtp-login", "FILE",
+     "The logins for sending e-mails, a line for each\nserver: machine HOST login USER password PASSWORD.\n"
+     "They go to servers with TLS only.",
+     setSmtpLogin},
+    {"tls-authorities", "FILE",
+     "The authorities (PEM) that servers' certificates\nmust be from, not the machine's.", setTlsAuthorities},
     {"log-level", "LEVEL", "emerg, alert, crit, err, warning, notice, info\nor debug.", setLogLevel},
     {"lenient", nullptr,
      "Take filters, triggers and events that mean\nnothing, which are else refused. They never fire,\n"
@@ -362,6 +399,9 @@ Options parseOptions(int argc, char *argv[]) {
     }
     if (options.clock.rate != 0 && !options.clock.is_virtual) {
         throw UsageError("--clock-rate is for a virtual clock; give --clock virtual too.");
+    }
+    if (!options.smtp_login.empty() && !options.live_mail) {
+        throw UsageError("--smtp-login is for e-mails that are sent; give --live mail too.");
     }
     if (options.engine.shuffle_seed && !options.shuffle) {
         throw UsageError("--seed is for orders that are drawn; give --shuffle too.");

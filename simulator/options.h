@@ -2,6 +2,7 @@
 #ifndef KORVO_SIMULATOR_OPTIONS_H
 #define KORVO_SIMULATOR_OPTIONS_H
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 
@@ -25,6 +26,12 @@ struct Options {
     /// Empty to leave the level to the environment.
     std::string log_level;
     Catalogue::Rules rules;
+    /// What really leaves the machine, with which logins (a file, or empty) and authorities (likewise).
+    bool live_mail = false;
+    bool live_ftp = false;
+    std::string smtp_login;
+    std::string tls_authorities;
+    std::chrono::seconds live_time_out{30};
     Clock::Settings clock;
     Engine::Settings engine = Engine::default_settings;
     /// The actions of a trigger run in another order each time; engine.shuffle_seed is empty where none was given.

@@ -33,6 +33,7 @@ Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue
     : loop_(loop),
       clock_(clock),
       log_(log),
+      runner_(runner),
       engine_(std::move(catalogue), surroundings(runner), log, settings),
       dispatcher_(engine_, answers, log),
       control_({engine_, clock, dispatcher_.faults(), runner, [this] { loop_.wake(); }}, log),
@@ -95,7 +96,7 @@ Engine::Surroundings Service::surroundings(runners::Runner &runner) {
     return {[this] { return clock_.now(); },
             [this] { return clock_.wall(); },
             [this] { return clock_.local(); },
-            [&runner](Job const &job, auto const &done) { done(runner.run(job)); },
+            [&runner](Job const &job, auto const &done) { runner.run(job, done); },
             [this](std::string const &event) { publish(messaging_, event); },
             [this] { loop_.wake(); }};
 }
@@ -265,6 +266,7 @@ void Service::run() noexcept {
                 closeConnections();
             }
             sendDue();
+            runner_.finish();
             answerControl();
             keepTraces();
             // One action at a time, so that signals and held back answers get their turn in between.

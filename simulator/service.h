@@ -90,6 +90,7 @@ class Service {
     Loop &loop_;
     Clock &clock_;
     Log const &log_;
+    runners::Runner &runner_;
     Guarded<HeldAnswers> held_back_;
     /// Not before this.
     Loop::Clock::time_point traces_due_{};

@@ -33,6 +33,7 @@ class TopicFilter {
     /// An empty dialect is ConcreteSet. Throws SyntaxError.
     TopicFilter(std::string_view text, std::string_view dialect, Namespaces const &namespaces);
 
+    bool takesAll() const { return alternatives_.empty(); }
     bool matches(Topic const &topic) const;
 
     /// Where a topic that the filter does not take differs from the wanted one that is closest to it.

@@ -18,8 +18,19 @@ std::string headerValue(std::string_view text) {
     return value;
 }
 
+/// Servers take no lines of more than 998 bytes; longer ones go on in the next line, where there is a blank.
 void addHeader(std::string &mail, char const *name, std::string_view value) {
-    mail += std::string(name) + ": " + headerValue(value) + line_end;
+    constexpr std::size_t longest = 900;
+    std::string line = std::string(name) + ": " + headerValue(value);
+    while (line.size() > longest) {
+        std::size_t const blank = line.rfind(' ', longest);
+        if (blank == std::string::npos || blank == 0) {
+            break;
+        }
+        mail += line.substr(0, blank) + line_end;
+        line.erase(0, blank);
+    }
+    mail += line + line_end;
 }
 
 std::string addressList(Texts const &addresses) {
@@ -34,15 +45,30 @@ std::string addressList(Texts const &addresses) {
 std::string lines(std::string_view text) {
     std::string made;
     for (std::size_t n = 0; n < text.size(); ++n) {
-        if (text[n] == '\r' && n + 1 < text.size() && text[n + 1] == '\n') {
+        bool const is_pair = text[n] == '\r' && n + 1 < text.size() && text[n + 1] == '\n';
+        if (is_pair) {
             continue;
         }
-        if (text[n] == '\n') {
-            made += '\r';
+        // One of the two alone ends a line as well: servers differ in what they take it for.
+        if (text[n] == '\n' || text[n] == '\r') {
+            made += line_end;
+        } else {
+            made += text[n];
         }
-        made += text[n];
     }
     return made + line_end;
+}
+
+bool hasLongLine(std::string_view text) {
+    constexpr std::size_t longest = 900;
+    for (std::size_t begin = 0; begin < text.size();) {
+        std::size_t const end = std::min(text.find('\n', begin), text.size());
+        if (end - begin > longest) {
+            return true;
+        }
+        begin = end + 1;
+    }
+    return false;
 }
 
 std::string base64(std::string_view bytes) {
@@ -112,9 +138,10 @@ std::string composeMail(Job const &job, std::string_view picture, std::time_t da
     addHeader(mail, "X-Smtp-Server", job.setting<std::string>("smtp_server"));
     addHeader(mail, "MIME-Version", "1.0");
 
+    bool const encoded = hasLongLine(body);
     std::string const text_part =
-        std::string("Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: 8bit\r\n\r\n") +
-        body;
+        std::string("Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: ") +
+        (encoded ? "base64" : "8bit") + "\r\n\r\n" + (encoded ? base64(body) : body);
     if (!job.setting<bool>("attach_jpeg")) {
         return mail + text_part;
     }

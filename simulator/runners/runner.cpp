@@ -10,38 +10,89 @@
 #include <utility>
 
 #include "simulator/runners/file.h"
-#include "simulator/runners/mail.h"
 #include "simulator/runners/test_picture.h"
 
 namespace simulator::runners {
 
-Runner::Runner(Folders folders, std::function<Wall()> wall, std::function<Clock::Time()> now, Log const &log)
-    : folders_(std::move(folders)), wall_(std::move(wall)), log_(log), now_(std::move(now)) {}
+Runner::Runner(Folders folders, std::function<Wall()> wall, std::function<Clock::Time()> now, Log const &log,
+               Live live)
+    : folders_(std::move(folders)),
+      wall_(std::move(wall)),
+      log_(log),
+      now_(std::move(now)),
+      live_(std::move(live)) {}
 
-RunResult Runner::run(Job const &job) noexcept {
+Runner::Runner(Folders folders, std::function<Wall()> wall, std::function<Clock::Time()> now, Log const &log)
+    : Runner(std::move(folders), std::move(wall), std::move(now), log, Live()) {}
+
+void Runner::run(Job const &job, Done const &done) {
+    RunResult result{false, ""};
     try {
         std::string const action =
             std::string(job.kind->noun) + " " + std::to_string(job.action_id) + " " + quoted(job.name());
         try {
-            std::string words = perform(job);
-            log_.notice(action + ": " + words);
-            return {true, std::move(words)};
+            if (isLive(*job.kind)) {
+                send(job, action, done);
+                return;
+            }
+            result = {true, perform(job)};
         } catch (std::exception const &error) {
-            log_.warning(action + " failed: " + error.what());
-            return {false, error.what()};
+            result.words = error.what();
         }
+        tell(action, result);
     } catch (std::exception const &) {
         // Not even the log line could be made.
     }
-    return {false, ""};
+    done(std::move(result));
+}
+
+void Runner::finish() {
+    if (live_.transfers != nullptr) {
+        live_.transfers->finish();
+    }
+}
+
+void Runner::tell(std::string const &action, RunResult const &result) const {
+    if (result.success) {
+        log_.notice(action + ": " + result.words);
+    } else {
+        log_.warning(action + " failed: " + result.words);
+    }
+}
+
+bool Runner::isLive(EntryKind const &kind) const {
+    return (kind.type == protocol::send_email && live_.mail) ||
+           (kind.type == protocol::ftp_upload && live_.ftp);
+}
+
+void Runner::send(Job const &job, std::string const &action, Done const &done) {
+    bool only_with_tls = false;
+    Delivery delivery =
+        job.kind->type == protocol::send_email ? mail(job) : uploadOf(job, takeSnapshot(wall_()));
+    if (delivery.kind == Delivery::Kind::mail) {
+        auto const login = live_.logins.find(delivery.server.host);
+        if (login != live_.logins.end()) {
+            only_with_tls = true;
+            delivery.username = login->second.username;
+            delivery.password = login->second.password;
+        }
+    }
+    live_.transfers->begin(std::move(delivery), only_with_tls, [this, action, done](RunResult result) {
+        try {
+            tell(action, result);
+        } catch (std::exception const &) {
+            // It has run all the same.
+        }
+        done(std::move(result));
+    });
 }
 
 std::string Runner::perform(Job const &job) {
     switch (job.kind->type) {
         case protocol::send_email:
-            return sendEmail(job);
+            return recordMail(job);
         case protocol::ftp_upload:
-            return upload(job);
+            return recordUpload(job);
         case protocol::save_snapshot:
             return saveSnapshot(job);
         case protocol::ptz_pattern:
@@ -65,26 +116,26 @@ std::string Runner::perform(Job const &job) {
     }
 }
 
-std::string Runner::sendEmail(Job const &job) {
+Delivery Runner::mail(Job const &job) const {
     std::string const picture = job.setting<bool>("attach_jpeg") ? takeSnapshot(wall_()) : std::string();
-    std::string const mail = composeMail(job, picture, std::chrono::system_clock::to_time_t(wall_()));
+    return mailOf(job, picture, std::chrono::system_clock::to_time_t(wall_()));
+}
+
+std::string Runner::recordMail(Job const &job) {
+    Delivery const recorded = mail(job);
     std::string const name = outboxName(job, "mail", ".eml");
-    writeFile(folders_.outbox, name, mail);
+    writeFile(folders_.outbox, name, recorded.contents);
     return "mail put into the outbox as " + quoted(name);
 }
 
-std::string Runner::upload(Job const &job) {
-    auto const &filename = job.setting<std::string>("filename");
-    auto const &server = job.setting<std::string>("server_name");
-    if (filename.empty() || server.empty()) {
-        throw std::runtime_error("it names no server or no file");
-    }
+std::string Runner::recordUpload(Job const &job) {
+    Delivery const recorded = uploadOf(job, takeSnapshot(wall_()));
     std::string const name = outboxName(job, "upload", ".jpg");
-    writeFile(folders_.outbox, name, takeSnapshot(wall_()));
+    writeFile(folders_.outbox, name, recorded.contents);
     // The password is nobody's business, in a log least of all.
-    return "picture for " + quoted(filename) + " in " + quoted(job.setting<std::string>("path")) + " on " +
-           quoted(server) + " (as " + quoted(job.setting<std::string>("username")) +
-           ") put into the outbox as " + quoted(name);
+    return "picture for " + quoted(job.setting<std::string>("filename")) + " in " +
+           quoted(job.setting<std::string>("path")) + " on " + quoted(recorded.server.address) + " (as " +
+           quoted(recorded.username) + ") put into the outbox as " + quoted(name);
 }
 
 std::string Runner::saveSnapshot(Job const &job) {

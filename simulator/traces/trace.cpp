@@ -20,6 +20,8 @@ char const *nameOf(Trace::Cause cause) {
             return "timer";
         case Trace::Cause::stability:
             return "stability";
+        case Trace::Cause::completion:
+            return "completion";
     }
     return "";
 }
@@ -174,6 +176,9 @@ Outcome Trace::outcome() const {
 
 std::size_t Trace::size() const {
     std::size_t bytes = sizeof *this + topic.size() + message.size() + refusal.size();
+    for (std::string const &action : chain) {
+        bytes += sizeof action + action.size();
+    }
     for (TriggerTrace const &trigger : triggers) {
         bytes += sizeof trigger + trigger.name.size() + trigger.why.size();
     }
@@ -192,6 +197,9 @@ json::object describe(Trace const &trace) {
     if (trace.cause != Trace::Cause::timer) {
         object["topic"] = trace.topic;
         object["message"] = trace.message;
+    }
+    if (!trace.chain.empty()) {
+        object["chain"] = json::array(trace.chain.begin(), trace.chain.end());
     }
     addText(object, "refusal", trace.refusal);
     json::array &triggers = (object["triggers"] = json::array()).as_array();

@@ -81,7 +81,13 @@ char const *nameOf(Outcome outcome);
 
 /// What happened because of one event, timer or stability time, and what did not.
 struct Trace {
-    enum class Cause { event, timer, stability };
+    enum class Cause {
+        event,
+        timer,
+        stability,
+        /// An action has run.
+        completion,
+    };
 
     /// Further ones are only counted.
     static constexpr std::size_t most_triggers = 50;
@@ -94,6 +100,8 @@ struct Trace {
     Wall time{};
     std::string topic;
     std::string message;
+    /// The actions that have led here, each by its completion, the first first.
+    std::vector<std::string> chain;
     /// Why the event was refused.
     std::string refusal;
     std::vector<TriggerTrace> triggers;

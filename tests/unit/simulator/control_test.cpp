@@ -240,10 +240,11 @@ TEST_F(ControlTest, TellsOfDevicesAsTimeGoesBy) {
     auto const job = [](std::size_t type, Values settings) {
         return Job{1, &action_kinds[type], std::move(settings), ""};
     };
-    runner.run(job(9, {std::string("relay"), std::string("gate"), 0U, true, 2U, 1000U, 2000U}));
-    runner.run(job(7, {std::string("wiper")}));
-    runner.run(job(4, {std::string("preset"), std::string("door")}));
-    runner.run(job(2, {std::string("picture"), std::string("door.jpg")}));
+    runner.run(job(9, {std::string("relay"), std::string("gate"), 0U, true, 2U, 1000U, 2000U}),
+               [](RunResult const &) {});
+    runner.run(job(7, {std::string("wiper")}), [](RunResult const &) {});
+    runner.run(job(4, {std::string("preset"), std::string("door")}), [](RunResult const &) {});
+    runner.run(job(2, {std::string("picture"), std::string("door.jpg")}), [](RunResult const &) {});
     auto const devices = [&] { return ask(R"({"command":"Get_devices"})").at("devices").as_object(); };
     auto const relay = [&] { return text(devices().at("relays").at(0)); };
     EXPECT_EQ(relay(),

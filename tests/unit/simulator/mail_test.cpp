@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ctime>
 #include <stdexcept>
 #include <string>
@@ -97,6 +98,27 @@ TEST(Mail, LetsNoBodyEndItsPart) {
     mail.picture = true;
     mail.body = "--picture-follows--\n--picture-follows-0--";
     EXPECT_THAT(mail.compose(), HasSubstr("boundary=\"picture-follows-1\""));
+}
+
+TEST(Mail, HasNoLineThatServersRefuse) {
+    Mail mail;
+    mail.to = Texts(100, "somebody@a.example.org");
+    mail.body = std::string(1000, 'x');
+    std::string const text = mail.compose();
+    EXPECT_THAT(text, HasSubstr("Content-Transfer-Encoding: base64\r\n"));
+    std::size_t longest = 0;
+    for (std::size_t begin = 0, end = 0; (end = text.find("\r\n", begin)) != std::string::npos;
+         begin = end + 2) {
+        longest = std::max(longest, end - begin);
+    }
+    EXPECT_LE(longest, 998U);
+    EXPECT_THAT(text, HasSubstr(",\r\n somebody@a.example.org"));
+}
+
+TEST(Mail, HasNoLineEndsThatServersTakeForDifferentThings) {
+    Mail mail;
+    mail.body = "one\r.\rtwo\n.\nthree\r\n";
+    EXPECT_THAT(mail.compose(), testing::EndsWith("\r\none\r\n.\r\ntwo\r\n.\r\nthree\r\n\r\n"));
 }
 
 TEST(Mail, NeedsARecipient) {

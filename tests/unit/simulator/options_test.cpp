@@ -137,6 +137,18 @@ TEST(Options, SetBoundsAndWhatDeletionsDo) {
     EXPECT_FALSE(parse({"--shuffle"}).engine.shuffle_seed);
 }
 
+TEST(Options, SayWhatIsLive) {
+    EXPECT_FALSE(parse({}).live_mail || parse({}).live_ftp);
+    EXPECT_TRUE(parse({"--live", "mail"}).live_mail);
+    EXPECT_FALSE(parse({"--live", "mail"}).live_ftp);
+    Options const both =
+        parse({"--live=ftp,mail", "--smtp-login", "l", "--tls-authorities", "a", "--live-time-out", "5"});
+    EXPECT_TRUE(both.live_mail && both.live_ftp);
+    EXPECT_EQ(both.smtp_login, "l");
+    EXPECT_EQ(both.tls_authorities, "a");
+    EXPECT_EQ(both.live_time_out, std::chrono::seconds(5));
+}
+
 TEST(Options, ForHelpAndVersionEndTheReading) {
     EXPECT_EQ(parse({"--help"}).mode, Options::Mode::help);
     EXPECT_EQ(parse({"--version", "nonsense"}).mode, Options::Mode::version);
@@ -191,6 +203,10 @@ TEST(Options, ThatAreWrongAreExplained) {
         {{"--clock-rate", "60"}, "--clock-rate is for a virtual clock; give --clock virtual too."},
         {{"--traces", "100001"}, "--traces needs a whole number from 0 to 100000; it was \"100001\"."},
         {{"--traces", "many"}, "--traces needs a whole number"},
+        {{"--live", "mail,"}, "--live needs mail, ftp or mail,ftp; it was \"mail,\"."},
+        {{"--live-time-out", "0"}, "--live-time-out needs a whole number of seconds from 1 to 3600; it was"},
+        {{"--live", "ftp", "--smtp-login", "f"},
+         "--smtp-login is for e-mails that are sent; give --live mail too."},
         {{"--max-actions", "50001"},
          "--max-actions needs a whole number from 0 to 50000, or KIND=NUMBER, for example --max-actions "
          "ftp_action=10; it was \"50001\"."},
@@ -222,6 +238,10 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
                                      "--outbox DIR",
                                      "--log-level LEVEL",
                                      "--lenient",
+                                     "--live WHAT",
+                                     "--live-time-out SECONDS",
+                                     "--smtp-login FILE",
+                                     "--tls-authorities FILE",
                                      "--clock CLOCK",
                                      "--clock-rate NUMBER",
                                      "--traces NUMBER",
@@ -254,7 +274,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 20U);
+    EXPECT_EQ(options, 24U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

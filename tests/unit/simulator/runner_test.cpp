@@ -23,7 +23,10 @@ using testing::IsEmpty;
 class RunnerTest : public testing::Test {
   protected:
     bool run(protocol::ActionType type, Values settings) {
-        return runner.run(Job{7, &action_kinds[type], std::move(settings), "Trigger 1 fired.\n"}).success;
+        bool success = false;
+        runner.run(Job{7, &action_kinds[type], std::move(settings), "Trigger 1 fired.\n"},
+                   [&success](RunResult const &result) { success = result.success; });
+        return success;
     }
     /// The only line of the log.
     std::string line() { return log.lines.size() == 1 ? log.lines[0] : "not one line"; }

@@ -1,0 +1,338 @@
+// SPDX-License-Identifier: Apache-2.0
+// What leaves the machine, with real servers on the loopback interface.
+
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
+#include <boost/json/value.hpp>
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "processes/child.h"
+#include "simulator/runners/runner.h"
+#include "simulator/runners/test_picture.h"
+#include "support.h"
+
+namespace simulator::runners::tests {
+
+namespace {
+
+using simulator::tests::readFile;
+using simulator::tests::RecordedLog;
+using simulator::tests::TemporaryFolder;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+/// One of servers.py.
+class PythonServer {
+  public:
+    explicit PythonServer(std::vector<std::string> arguments) : child_(command(std::move(arguments))) {
+        EXPECT_TRUE(child_.out().waitFor("\n")) << child_.errors().text();
+        address_ = "127.0.0.1:" + child_.out().text().substr(0, child_.out().text().find('\n'));
+    }
+    std::string const &address() const { return address_; }
+
+  private:
+    static processes::Command command(std::vector<std::string> arguments) {
+        processes::Command command;
+        command.program = "/usr/bin/python3";
+        command.arguments = std::move(arguments);
+        command.arguments.insert(command.arguments.begin(), SERVERS);
+        return command;
+    }
+    processes::Child child_;
+    std::string address_;
+};
+
+/// Takes connections and says nothing.
+class SilentServer {
+  public:
+    SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        EXPECT_EQ(::bind(socket_, reinterpret_cast<sockaddr *>(&address), size), 0);
+        EXPECT_EQ(::listen(socket_, 64), 0);
+        EXPECT_EQ(::getsockname(socket_, reinterpret_cast<sockaddr *>(&address), &size), 0);
+        address_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+    }
+    ~SilentServer() { ::close(socket_); }
+    SilentServer(SilentServer const &) = delete;
+    SilentServer &operator=(SilentServer const &) = delete;
+    std::string const &address() const { return address_; }
+
+  private:
+    int socket_;
+    std::string address_;
+};
+
+Values mailTo(std::string const &server, bool picture = false) {
+    return {std::string("mail"),
+            server,
+            Texts{"to@x.org", "Anna <anna@x.org>"},
+            Texts{"cc@x.org"},
+            std::string("me@x.org"),
+            std::string("door"),
+            std::string("one\n.\ntwo"),
+            picture,
+            true};
+}
+
+Values uploadTo(std::string const &server, std::string const &path = "",
+                std::string const &file = "a b.jpg") {
+    return {std::string("upload"), server, std::string("anna"), std::string("secret"), path, file};
+}
+
+class Live : public testing::Test {
+  protected:
+    void start(Logins logins = {}, std::string const &authorities = "",
+               milliseconds time_out = seconds(120)) {
+        transfers.emplace(
+            Transfers::Settings{time_out, authorities}, [] {}, log.log());
+        runner.emplace(
+            Runner::Folders{files.path(), outbox.path()}, [this] { return wall; },
+            [] { return Clock::Time(); }, log.log(),
+            Runner::Live{/*mail*/ true, /*ftp*/ true, std::move(logins), &*transfers});
+    }
+
+    void run(protocol::ActionType type, Values settings) {
+        std::size_t const place = results.size();
+        results.emplace_back();
+        runner->run(Job{7, &action_kinds[type], std::move(settings), "Trigger 1 fired.\n"},
+                    [this, place](RunResult const &result) { results[place] = result; });
+    }
+    /// The result of the n-th run, when it is over.
+    RunResult wait(std::size_t place) {
+        while (!results.at(place)) {
+            runner->finish();
+            std::this_thread::sleep_for(milliseconds(1));
+        }
+        return *results[place];
+    }
+
+    TemporaryFolder files;
+    TemporaryFolder outbox;
+    RecordedLog log;
+    Wall wall{seconds(1795417140)};
+    std::vector<std::optional<RunResult>> results;
+    std::optional<Transfers> transfers;
+    std::optional<Runner> runner;
+};
+
+}  // namespace
+
+TEST_F(Live, AMailArrivesWithItsPictureAndTheEvent) {
+    PythonServer const server({"smtp", files.path()});
+    start();
+    run(protocol::send_email, mailTo(server.address(), /*picture*/ true));
+    RunResult const result = wait(0);
+    EXPECT_TRUE(result.success) << result.words;
+    EXPECT_EQ(result.words, "mail sent to 3 recipients through \"" + server.address() + "\"");
+    EXPECT_TRUE(log.holds("5 e-mail action 7 \"mail\": mail sent to 3 recipients"));
+    EXPECT_EQ(boost::json::parse(readFile(files / "1.envelope")),
+              boost::json::parse(
+                  R"({"from":"me@x.org","to":["to@x.org","anna@x.org","cc@x.org"],"tls":false,"login":""})"));
+    EXPECT_EQ(readFile(files / "1.picture"), takeSnapshot(wall));
+    std::string const text = readFile(files / "1.eml");
+    EXPECT_THAT(text, HasSubstr("\r\nTo: to@x.org, Anna <anna@x.org>\r\nCc: cc@x.org\r\nSubject: door\r\n"));
+    EXPECT_THAT(text, HasSubstr("\r\n\r\none\r\n.\r\ntwo\r\n\r\nTrigger 1 fired.\r\n"));
+    EXPECT_THAT(outbox.names(), IsEmpty());
+}
+
+TEST_F(Live, AnUploadIsByteEqual) {
+    PythonServer const server({"ftp", files.path()});
+    std::filesystem::create_directories(files / "in/deep");
+    start();
+    run(protocol::ftp_upload, uploadTo(server.address(), "in/deep"));
+    run(protocol::ftp_upload, uploadTo(server.address(), "/", "%0d#?.jpg"));
+    run(protocol::ftp_upload, uploadTo(server.address(), "nowhere"));
+    EXPECT_TRUE(wait(0).success) << wait(0).words;
+    EXPECT_EQ(readFile(files / "in/deep/a b.jpg"), takeSnapshot(wall));
+    EXPECT_TRUE(wait(1).success) << wait(1).words;
+    EXPECT_EQ(readFile(files / "%0d#?.jpg"), takeSnapshot(wall));
+    EXPECT_FALSE(wait(2).success);
+    EXPECT_THAT(wait(2).words, HasSubstr("the upload was not taken by \"" + server.address() + "\": "));
+    EXPECT_FALSE(log.holds("secret"));
+}
+
+TEST_F(Live, AServerThatHangsDelaysNobody) {
+    SilentServer const silent;
+    PythonServer const mails({"smtp", files.path()});
+    PythonServer const uploads({"ftp", files.path()});
+    start();
+    run(protocol::send_email, mailTo(silent.address()));
+    run(protocol::ftp_upload, uploadTo(silent.address()));
+    run(protocol::send_email, mailTo(mails.address()));
+    run(protocol::ftp_upload, uploadTo(uploads.address()));
+    run(protocol::run_wiper, {std::string("wiper")});
+    EXPECT_TRUE(results[4].has_value()) << "what does not leave the machine is over at once";
+    EXPECT_TRUE(wait(2).success) << wait(2).words;
+    EXPECT_TRUE(wait(3).success) << wait(3).words;
+    EXPECT_FALSE(results[0] || results[1]) << "these still wait";
+    runner.reset();
+    transfers.reset();
+    EXPECT_TRUE(log.holds("4 2 mails and uploads were given up at the end"));
+}
+
+TEST_F(Live, AServerThatHangsIsGivenUp) {
+    SilentServer const silent;
+    start({}, "", milliseconds(200));
+    run(protocol::send_email, mailTo(silent.address()));
+    run(protocol::ftp_upload, uploadTo(silent.address()));
+    for (std::size_t const place : {0U, 1U}) {
+        EXPECT_FALSE(wait(place).success);
+        EXPECT_THAT(wait(place).words, testing::ContainsRegex("\"127.0.0.1:[0-9]+\": .*timed out"));
+    }
+}
+
+TEST_F(Live, AQueueThatIsFullSaysSoAndLeavesRoomForOthers) {
+    SilentServer const silent;
+    SilentServer const other;
+    start();
+    for (int n = 0; n < 17; ++n) {
+        run(protocol::send_email, mailTo(silent.address()));
+    }
+    EXPECT_FALSE(results[15].has_value());
+    ASSERT_TRUE(results[16].has_value());
+    EXPECT_EQ(results[16]->words,
+              "the queue is full: 16 mails and uploads are on their way to \"" + silent.address() + "\"");
+    run(protocol::send_email, mailTo(other.address()));
+    EXPECT_FALSE(results[17].has_value());
+}
+
+TEST_F(Live, NobodyListens) {
+    std::string address;
+    { address = SilentServer().address(); }
+    start();
+    run(protocol::send_email, mailTo(address));
+    EXPECT_FALSE(wait(0).success);
+    EXPECT_THAT(wait(0).words, HasSubstr("the mail was not taken by \"" + address + "\": Failed to connect"));
+}
+
+TEST_F(Live, ALoginGoesToAServerWithTls) {
+    processes::Command make;
+    make.program = "/usr/bin/openssl";
+    make.arguments = {"req",
+                      "-x509",
+                      "-newkey",
+                      "rsa:2048",
+                      "-nodes",
+                      "-days",
+                      "2",
+                      "-subj",
+                      "/CN=localhost",
+                      "-addext",
+                      "subjectAltName=IP:127.0.0.1",
+                      "-keyout",
+                      outbox / "key.pem",
+                      "-out",
+                      outbox / "certificate.pem"};
+    processes::Child openssl(make);
+    ASSERT_EQ(openssl.wait(), processes::exited(0)) << openssl.errors().text();
+    PythonServer const with_tls({"smtp", files.path(), outbox / "certificate.pem", outbox / "key.pem"});
+    PythonServer const without_tls({"smtp", files.path()});
+    Logins const logins{{"127.0.0.1", {"anna", "secret"}}};
+
+    start(logins, outbox / "certificate.pem");
+    run(protocol::send_email, mailTo(with_tls.address()));
+    EXPECT_TRUE(wait(0).success) << wait(0).words;
+    EXPECT_THAT(readFile(files / "1.envelope"),
+                testing::AllOf(HasSubstr(R"("tls": true)"), HasSubstr(R"("login": "anna")")));
+    run(protocol::send_email, mailTo(without_tls.address()));
+    EXPECT_FALSE(wait(1).success);
+    EXPECT_THAT(wait(1).words, HasSubstr("a login goes to servers with TLS only"));
+
+    start({{"127.0.0.1", {"anna", "wrong"}}}, outbox / "certificate.pem");
+    run(protocol::send_email, mailTo(with_tls.address()));
+    EXPECT_FALSE(wait(2).success);
+
+    // Nobody the machine believes vouches for the certificate.
+    start(logins);
+    run(protocol::send_email, mailTo(with_tls.address()));
+    EXPECT_FALSE(wait(3).success);
+    EXPECT_THAT(wait(3).words, HasSubstr("certificate"));
+    EXPECT_FALSE(std::filesystem::exists(files / "2.envelope")) << "only the first was taken";
+    EXPECT_FALSE(log.holds("secret"));
+}
+
+TEST_F(Live, NoTextAddsARecipientAHeaderOrACommand) {
+    SilentServer const silent;
+    start();
+    std::size_t runs = 0;
+    for (std::string const text :
+         {"a@x.org, b@x.org", "a@x.org>\r\nRCPT TO:<b@x.org", "<a@x.org> <b@x.org>", "a@x.org b@x.org",
+          "a@x.org\nRCPT", "b@x.org <a@x.org>", "A, b <a@x.org>", "\"a\"@x.org", "a;b@x.org", "<>"}) {
+        for (std::size_t const place : {2U, 3U, 4U}) {
+            Values settings = mailTo(silent.address());
+            settings[place] = place == 4 ? Value(text) : Value(Texts{text});
+            run(protocol::send_email, settings);
+            ASSERT_TRUE(results[runs].has_value()) << text;
+            EXPECT_THAT(results[runs++]->words, HasSubstr("is no mail address like")) << text;
+        }
+    }
+    for (std::string const server : {"", "a b", "a/b", "a:0", "a:65536", "a:x", "a:", "u@a", "a\r\nb", "-a",
+                                     "[::1", "a#b", "a?b", "a%0db", "..", "a:1:2"}) {
+        run(protocol::send_email, mailTo(server));
+        run(protocol::ftp_upload, uploadTo(server));
+        ASSERT_TRUE(results[runs].has_value() && results[runs + 1].has_value()) << server;
+        EXPECT_THAT(results[runs++]->words, HasSubstr(" is no name or address")) << server;
+        EXPECT_FALSE(results[runs++]->success) << server;
+    }
+    for (std::size_t const place : {2U, 3U, 4U, 5U}) {
+        Values settings = uploadTo(silent.address());
+        settings[place] = std::string("a\r\nDELE b");
+        run(protocol::ftp_upload, settings);
+        ASSERT_TRUE(results[runs].has_value()) << place;
+        EXPECT_THAT(results[runs++]->words, HasSubstr("has a control character")) << place;
+    }
+}
+
+TEST(Servers, HaveANameOrAnAddressAndMayHaveAPort) {
+    EXPECT_EQ(readServer("Mail.Example.org").host, "mail.example.org");
+    EXPECT_EQ(readServer("Mail.Example.org:2525").host, "mail.example.org");
+    EXPECT_EQ(readServer("10.0.0.1:25").address, "10.0.0.1:25");
+    EXPECT_EQ(readServer("[fe80::1]:25").host, "[fe80::1]");
+    EXPECT_EQ(readServer("[::1]").host, "[::1]");
+}
+
+TEST(LoginFiles, HaveALineAServer) {
+    TemporaryFolder const folder;
+    std::string const path = folder / "logins";
+    auto const refusal = [&path](std::string const &text) -> std::string {
+        simulator::tests::writeFile(path, text);
+        std::filesystem::permissions(
+            path, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+        try {
+            (void)readLogins(path);
+        } catch (std::runtime_error const &error) {
+            return error.what();
+        }
+        return "";
+    };
+    EXPECT_EQ(refusal("# mine\n\nmachine A.org login anna password s\n"), "");
+    EXPECT_EQ(readLogins(path).at("a.org").password, "s");
+    EXPECT_THAT(refusal("\nmachine a.org login anna\n"), HasSubstr(", line 2: it must be like machine "));
+    EXPECT_THAT(refusal("machine a.org login anna password s t\n"), HasSubstr(", line 1: "));
+    EXPECT_THAT(refusal("machine a/b login anna password s\n"), HasSubstr("\"a/b\" is no name"));
+    EXPECT_EQ(refusal(""), "");
+    std::filesystem::permissions(path, std::filesystem::perms::group_read,
+                                 std::filesystem::perm_options::add);
+    EXPECT_THROW(readLogins(path), std::runtime_error) << "others can read it";
+    EXPECT_THROW(readLogins(folder / "none"), std::runtime_error);
+}
+
+}  // namespace simulator::runners::tests
