@@ -222,13 +222,13 @@
  *           text that is not UTF-8 (nothing was sent). Also the service's answer to a command that it finds
  *           malformed.
  *   2   KORVO_CORE_STATUS_ALLOC_FAILED
- *           init failed, for whatever reason; no memory for a list.
+ *           no memory, for a list or in the messaging layer; init failed, for whatever reason.
  *   3   KORVO_CORE_STATUS_MULTI_THREAD_ACCESS
  *           only passed on; on the development platform: the handle was used in a child process after fork().
  *   4   KORVO_CORE_STATUS_IPC_FAILED
- *           any exception inside the library: no memory, a list element of another type, a lock that the
- *           calling thread holds already. From the development platform: time-out, lost connection, a message
- *           that is broken or longer than 1 MiB, a response without a status.
+ *           any exception inside the library: no memory for what is no list, a list element of another type,
+ *           a lock that the calling thread holds already. From the development platform: time-out, lost
+ *           connection, a message that is broken or longer than 1 MiB, a response without a status.
  *   7   KORVO_CORE_STATUS_INTERNAL_EXCEPTION_CAUGHT
  *           only passed on; the library's own exceptions give 4.
  *   8   KORVO_CORE_STATUS_UNSUPPORTED_FUNCTION

@@ -123,7 +123,7 @@ void contain(void *logging, char const *kind, Handling handling) {
 
 korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service, char const *target,
                                                              char const *request_id,
-                                                             json::Object const &command) {
+                                                             json::Object const &command) try {
     std::string &text = commandBuffer();
     std::string const problem = json_text::write(command, text);
     if (!problem.empty()) {
@@ -138,11 +138,15 @@ korvo_core_status korvoInitiatorInterfaces::basicSendCommand(char const *service
     return korvo_core_private_command_send(messaging_handle_, service, target, request_id, text.data(),
                                            text.size(), this,
                                            is_asynchronous ? substituteFor(method->value()) : nullptr);
+} catch (std::bad_alloc const &) {
+    // As in libkorvo-core, and no exception, which the client library would take for one of its own.
+    return KORVO_CORE_STATUS_ALLOC_FAILED;
 }
 
 korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, char const *service,
                                                                  char const *, char const *request_id,
-                                                                 char const *method, json::Object &response) {
+                                                                 char const *method,
+                                                                 json::Object &response) try {
     char *block = nullptr;
     std::size_t length = 0;
     korvo_core_status const received =
@@ -179,6 +183,8 @@ korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, ch
         response = std::move(read);
     }
     return outcome;
+} catch (std::bad_alloc const &) {
+    return KORVO_CORE_STATUS_ALLOC_FAILED;
 }
 
 void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **target, char **request_id,

@@ -55,6 +55,7 @@ thread_local bool has_failed = false;
 std::atomic<bool> are_failing{false};
 std::atomic<std::size_t> counted{0};
 std::atomic<std::size_t> failed_so_far{0};
+std::atomic<void (*)()> failure_hook{nullptr};
 std::size_t first_failing = 0;
 std::size_t failing_end = 0;
 
@@ -136,6 +137,10 @@ bool failsInProcess() {
         return false;
     }
     failed_so_far.fetch_add(1);
+    if (auto const hook = failure_hook.load()) {
+        live_blocks::Unnoticed const unnoticed;
+        hook();
+    }
     return true;
 }
 
@@ -227,6 +232,10 @@ Unnoticed::Unnoticed() : recorded_(recorded_thread), until_failure_(until_failur
 Unnoticed::~Unnoticed() {
     recorded_thread = recorded_;
     until_failure = until_failure_;
+}
+
+void onFailure(void (*hook)()) {
+    failure_hook = hook;
 }
 
 bool canFail() {

@@ -75,6 +75,10 @@ bool failNth(std::size_t nth, Code const &code) {
     return detail::hasFailed();
 }
 
+/// Is called in the thread whose allocation FailingAllocations lets fail, before that fails; nothing of its own fails or is
+/// recorded. For tests that want to know who it was.
+void onFailure(void (*hook)());
+
 /// As many in a row as there are.
 constexpr std::size_t for_ever = SIZE_MAX;
 

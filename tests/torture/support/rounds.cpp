@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/rounds.h"
 
+#include <dlfcn.h>
+#include <execinfo.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -12,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 #include <thread>
 
 #include "emulator/emulator.h"
@@ -38,7 +41,40 @@ void tellAndDie(int signal) {
     (void)raise(signal);
 }
 
+std::atomic<bool> client_failed{false};
+std::atomic<bool> platform_failed{false};
+std::atomic<bool> thread_start_failed{false};
+std::atomic<bool> unknown_failed{false};
+
+/// Looks who has called, by the exported functions on the stack.
+void noteCulprit() {
+    std::array<void *, 100> frames{};
+    int const count = backtrace(frames.data(), static_cast<int>(frames.size()));
+    bool is_client = false;
+    for (int index = 0; index < count; ++index) {
+        Dl_info found{};
+        if (dladdr(frames.at(static_cast<std::size_t>(index)), &found) == 0 || found.dli_sname == nullptr) {
+            continue;
+        }
+        std::string_view const name = found.dli_sname;
+        if (name == "pthread_create") {
+            thread_start_failed = true;
+            return;
+        }
+        if (name.rfind("korvo_core_", 0) == 0 || name.find("basicSendCommand") != name.npos ||
+            name.find("basicReceiveResponse") != name.npos) {
+            platform_failed = true;
+            return;
+        }
+        is_client = is_client || name.rfind("korvo_api_action_engine_", 0) == 0;
+    }
+    (is_client ? client_failed : unknown_failed) = true;
+}
+
 void prepare() {
+    // The first time it loads a library.
+    noteCulprit();
+    live_blocks::onFailure(noteCulprit);
     for (int const signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) {
         (void)std::signal(signal, tellAndDie);
     }
@@ -94,6 +130,7 @@ Tally *const tally = static_cast<Tally *>(::testing::AddGlobalTestEnvironment(ne
 void watch(std::string const &what, std::function<void()> const &work, Leavings const &leavings) {
     (void)std::snprintf(current.data(), current.size(), "%s", what.c_str());
     SCOPED_TRACE(current.data());
+    client_failed = platform_failed = thread_start_failed = unknown_failed = false;
     (void)alarm(seconds_of_a_round);
     live_blocks::Recording recording(live_blocks::Threads::started);
     std::thread(work).join();
@@ -119,6 +156,10 @@ bool doRound(std::string const &what, std::function<void(Fault &)> const &round,
 }
 
 }  // namespace
+
+Culprits culprits() {
+    return {client_failed, platform_failed, thread_start_failed, unknown_failed};
+}
 
 void doOnce(std::string const &what, std::function<bool()> const &work) {
     prepare();

@@ -18,6 +18,19 @@
 
 namespace torture {
 
+/// Whose allocations have failed, one or several: the client library's own, or those in a function of the platform that it
+/// has called. Where the C library has no memory to start a thread, the system refuses that. `unknown` where the stack
+/// cannot be read.
+struct Culprits {
+    bool client = false;
+    bool platform = false;
+    bool thread_start = false;
+    bool unknown = false;
+};
+
+/// Those of the round so far.
+Culprits culprits();
+
 /// What fails in a round.
 class Fault {
   public:
