@@ -132,7 +132,7 @@ TEST_F(MessagingWithoutMemory, DeliversTheEventsThatComeAfterwards) {
         EXPECT_EQ(initiator.subscribe(), done);
         expectEvents(initiator, *peer_);
         fault.start();
-        peer_->publish("during");
+        (void)peer_->publish("during");
         auto const end = processes::Clock::now() + (fault.isForEver() ? milliseconds(20) : patience);
         while (!initiator.waitForEvent("during", milliseconds(1)) && !fault.isOver() &&
                processes::Clock::now() < end) {
@@ -143,7 +143,7 @@ TEST_F(MessagingWithoutMemory, DeliversTheEventsThatComeAfterwards) {
         }
         {
             live_blocks::Unnoticed const unnoticed;
-            peer_->publish("after");
+            (void)peer_->publish("after");
             EXPECT_TRUE(initiator.waitForEvent("after"));
         }
         expectUsable(initiator);

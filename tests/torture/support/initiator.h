@@ -136,7 +136,7 @@ inline void expectEvents(Initiator &initiator, Peer const &peer) {
     auto const end = processes::Clock::now() + patience;
     bool came = false;
     while (!came && processes::Clock::now() < end) {
-        peer.publish("again");
+        (void)peer.publish("again");
         came = initiator.waitForEvent("again", milliseconds(20));
     }
     EXPECT_TRUE(came) << "no events afterwards";

@@ -1,13 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/peer.h"
 
+#include <optional>
 #include <stdexcept>
 
 #include "live_blocks/live_blocks.h"
 
 namespace torture {
 
-Peer::Peer() {
+namespace {
+
+/// Nothing of what is done meanwhile fails, where that is wanted.
+class Safely {
+  public:
+    explicit Safely(Peer::Memory memory) {
+        if (memory == Peer::Memory::safe) {
+            unnoticed_.emplace();
+        }
+    }
+
+  private:
+    std::optional<live_blocks::Unnoticed> unnoticed_;
+};
+
+}  // namespace
+
+Peer::Peer(Memory memory) : memory_(memory) {
     open();
 }
 
@@ -16,7 +34,7 @@ Peer::~Peer() {
 }
 
 void Peer::open() {
-    live_blocks::Unnoticed const unnoticed;
+    Safely const safely(memory_);
     if (korvo_core_ipc_target_init(nullptr, service, "", "torture", &handle_) != KORVO_CORE_STATUS_NO_ERROR ||
         korvo_core_ipc_target_command_receive_callback(handle_, take, this) != KORVO_CORE_STATUS_NO_ERROR) {
         throw std::runtime_error("no service");
@@ -24,16 +42,16 @@ void Peer::open() {
 }
 
 void Peer::close() {
-    live_blocks::Unnoticed const unnoticed;
+    Safely const safely(memory_);
     if (handle_ != nullptr) {
         (void)korvo_core_ipc_deinit(handle_);
         handle_ = nullptr;
     }
 }
 
-void Peer::publish(std::string const &event) const {
-    live_blocks::Unnoticed const unnoticed;
-    (void)korvo_core_ipc_target_event_send(handle_, event.c_str());
+korvo_core_status Peer::publish(std::string const &event) const {
+    Safely const safely(memory_);
+    return korvo_core_ipc_target_event_send(handle_, event.c_str());
 }
 
 void Peer::take(char **source, char **request_id, char **command, void *context) {

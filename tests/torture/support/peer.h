@@ -9,13 +9,14 @@
 
 namespace torture {
 
-/// A service in this process, whose own work never fails: it answers each command with the command, or keeps silent.
-/// Made and closed by a thread whose allocations are not recorded.
+/// A service in this process: it answers each command with the command, or keeps silent. Its own work never fails, unless it
+/// is asked to take part: then its thread is one of those that are recorded.
 class Peer {
   public:
     static constexpr char const *service = "torture";
 
-    Peer();
+    enum class Memory { safe, fails };
+    explicit Peer(Memory memory = Memory::safe);
     ~Peer();
     Peer(Peer const &) = delete;
     Peer &operator=(Peer const &) = delete;
@@ -24,7 +25,7 @@ class Peer {
     void close();
     void open();
 
-    void publish(std::string const &event) const;
+    korvo_core_status publish(std::string const &event) const;
     /// From now on commands are taken and not answered.
     void keepSilent(bool wanted) { is_silent_ = wanted; }
     /// Commands that have come so far.
@@ -33,6 +34,7 @@ class Peer {
   private:
     static void take(char **source, char **request_id, char **command, void *context);
 
+    Memory const memory_;
     void *handle_ = nullptr;
     std::atomic<bool> is_silent_{false};
     std::atomic<unsigned int> commands_{0};

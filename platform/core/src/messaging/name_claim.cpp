@@ -26,6 +26,7 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
         return false;
     }
     socket_name_ = socket_name;
+    lock_name_ = socket_name + lock_suffix;
     if (!lock(owner, log)) {
         return false;
     }
@@ -54,10 +55,9 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
 }
 
 bool NameClaim::lock(std::string const &owner, Log const &log) {
-    std::string const lock_name = socket_name_ + lock_suffix;
     for (;;) {
         auto file = process::Descriptor::madeBy([&] {
-            return openat(folder_.get(), lock_name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
+            return openat(folder_.get(), lock_name_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW,
                           S_IRUSR | S_IWUSR);
         });
         if (!file) {
@@ -79,7 +79,7 @@ bool NameClaim::lock(std::string const &owner, Log const &log) {
         struct stat locked = {};
         struct stat visible = {};
         if (fstat(file.get(), &locked) == 0 &&
-            fstatat(folder_.get(), lock_name.c_str(), &visible, AT_SYMLINK_NOFOLLOW) == 0 &&
+            fstatat(folder_.get(), lock_name_.c_str(), &visible, AT_SYMLINK_NOFOLLOW) == 0 &&
             locked.st_ino == visible.st_ino && locked.st_dev == visible.st_dev) {
             lock_ = std::move(file);
             return true;
@@ -95,7 +95,7 @@ void NameClaim::release() noexcept {
         (void)unlinkat(folder_.get(), socket_name_.c_str(), 0);
         listener_.reset();
     }
-    (void)unlinkat(folder_.get(), (socket_name_ + lock_suffix).c_str(), 0);
+    (void)unlinkat(folder_.get(), lock_name_.c_str(), 0);
     lock_.reset();
     folder_.reset();
 }

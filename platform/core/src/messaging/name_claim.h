@@ -38,6 +38,7 @@ class NameClaim {
     process::Descriptor lock_;
     process::Descriptor listener_;
     std::string socket_name_;
+    std::string lock_name_;
 };
 
 }  // namespace platform

@@ -54,7 +54,6 @@ korvo_core_status Target::open() {
 
 void Target::close() {
     std::thread thread;
-    std::vector<PeerPointer> peers;
     {
         Hold hold(mutex_, log_);
         is_closing_ = true;
@@ -67,14 +66,15 @@ void Target::close() {
             thread = std::move(thread_);
             served_.wait(hold.mutex(), [&]() KORVO_REQUIRES(mutex_) { return !is_serving_; });
         }
-        for (auto const &[number, peer] : peers_) {
-            peers.push_back(peer);
-        }
     }
     if (thread.joinable()) {
         thread.join();
     }
-    for (PeerPointer const &peer : peers) {
+    auto const next = [&]() -> PeerPointer {
+        Hold hold(mutex_, log_);
+        return peers_.empty() ? nullptr : peers_.begin()->second;
+    };
+    while (PeerPointer const peer = next()) {
         flushOrDrop(peer);
         drop(peer, "the service stops");
     }

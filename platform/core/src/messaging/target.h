@@ -15,6 +15,9 @@
 // What the serving thread sends while it handles one initiator's commands is gathered and leaves in one
 // piece.
 //
+// Where memory is short for what an initiator has sent, or is to get, its connection ends: that tells it what has become of
+// its calls, and it connects and subscribes again. Ending a connection and closing need no memory.
+//
 // Locks. One mutex guards the table of peers and the queue of commands, each peer's own mutex its outgoing
 // queue. Order: mutex, peer's mutex. Neither is held during a system call that could wait, or during a
 // callback.
@@ -127,7 +130,12 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void handleRead(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
     void handle(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
     void handleCommand(PeerPointer const &peer, frame::Frame const &frame) KORVO_EXCLUDES(mutex_);
-    void subscribe(PeerPointer const &peer, bool wanted) KORVO_EXCLUDES(mutex_);
+    /// Each throws std::bad_alloc and changes nothing then.
+    void subscribe(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
+    void unsubscribe(PeerPointer const &peer) KORVO_EXCLUDES(mutex_);
+    /// Makes the list of subscribers anew, without those that are gone.
+    void replaceSubscribers(PeerPointer const &without, PeerPointer const &with) KORVO_REQUIRES(mutex_);
+    void forgetSubscriber(PeerPointer const &peer) noexcept KORVO_REQUIRES(mutex_);
     void call(Hold &hold, std::string_view source, std::string_view request_id, std::string_view command)
         KORVO_REQUIRES(mutex_);
     Command takeCommand() KORVO_REQUIRES(mutex_);
@@ -149,7 +157,9 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     void flushGathered() KORVO_EXCLUDES(mutex_);
     void flushArranged() KORVO_EXCLUDES(mutex_);
     void arrangeFlush(std::vector<PeerPointer> const &peers) KORVO_EXCLUDES(mutex_);
-    void drop(PeerPointer const &peer, char const *reason) KORVO_EXCLUDES(mutex_);
+    /// Whether the serving thread will come to it.
+    bool gather(PeerPointer const &peer) noexcept;
+    void drop(PeerPointer const &peer, char const *reason) noexcept KORVO_EXCLUDES(mutex_);
     void boundMemory() KORVO_EXCLUDES(mutex_);
     PeerPointer findPeer(std::string_view source) KORVO_EXCLUDES(mutex_);
     bool isServingThread() const {
@@ -180,6 +190,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     Flood refused_peers_;
     Flood broken_frames_;
     Flood odd_frames_;
+    Flood shortages_;
     /// The peer whose commands it is just handling.
     PeerPointer handled_;
     ReusedText lent_source_;
@@ -193,6 +204,8 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     std::unordered_map<std::uint64_t, PeerPointer> peers_ KORVO_GUARDED_BY(mutex_);
     /// Replaced as a whole, so that a publisher can use it without the mutex.
     std::shared_ptr<std::vector<PeerPointer> const> subscribers_ KORVO_GUARDED_BY(mutex_);
+    /// The list holds one that is gone, since memory was too short for a new list.
+    std::atomic<bool> has_gone_subscribers_{false};
     std::uint64_t next_peer_ KORVO_GUARDED_BY(mutex_) = 16;
     std::deque<Command> commands_ KORVO_GUARDED_BY(mutex_);
     std::size_t command_bytes_ KORVO_GUARDED_BY(mutex_) = 0;

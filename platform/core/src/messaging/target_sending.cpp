@@ -20,9 +20,16 @@ korvo_core_status Target::sendResponse(std::string_view source, std::string_view
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     PeerPointer const peer = findPeer(source);
-    PassResult const result = peer == nullptr
-                                  ? PassResult::gone
-                                  : passOn(peer, frame::Type::response, request_id, response, Urgency::now);
+    PassResult result = PassResult::gone;
+    if (peer != nullptr) {
+        try {
+            result = passOn(peer, frame::Type::response, request_id, response, Urgency::now);
+        } catch (std::bad_alloc const &) {
+            // Who waits for it is told by the end of the connection.
+            drop(peer, "memory is too short for its response");
+            throw;
+        }
+    }
     boundMemory();
     switch (result) {
         case PassResult::done:
@@ -60,8 +67,20 @@ korvo_core_status Target::sendEvent(std::string_view event) {
         }
     }
     std::vector<PeerPointer> to_arrange;
+    if (urgency == Urgency::soon) {
+        to_arrange.reserve(subscribers->size());
+    }
+    bool has_failed = false;
+    auto const pass = [&](PeerPointer const &peer) {
+        try {
+            return passOn(peer, frame::Type::event, target_, event, urgency);
+        } catch (std::bad_alloc const &) {
+            has_failed = true;
+            return PassResult::done;
+        }
+    };
     for (PeerPointer const &peer : *subscribers) {
-        switch (passOn(peer, frame::Type::event, target_, event, urgency)) {
+        switch (pass(peer)) {
             case PassResult::arrange:
                 to_arrange.push_back(peer);
                 break;
@@ -77,7 +96,7 @@ korvo_core_status Target::sendEvent(std::string_view event) {
         arrangeFlush(to_arrange);
     }
     boundMemory();
-    return KORVO_CORE_STATUS_NO_ERROR;
+    return has_failed ? KORVO_CORE_STATUS_ALLOC_FAILED : KORVO_CORE_STATUS_NO_ERROR;
 }
 
 Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std::string_view first,
@@ -109,14 +128,8 @@ Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std
         if (peer->is_blocked) {
             return PassResult::done;
         }
-        if (isServingThread()) {
-            if (!peer->is_gathered) {
-                peer->is_gathered = true;
-                if (gathered_.empty()) {
-                    gathering_since_ = Clock::now();
-                }
-                gathered_.push_back(peer);
-            }
+        if (isServingThread() && (peer->is_gathered || gather(peer))) {
+            peer->is_gathered = true;
             return PassResult::done;
         }
         if (urgency == Urgency::soon && waiting + more < limits::outgoing_gathered_bytes) {
@@ -176,6 +189,18 @@ void Target::flushOrDrop(PeerPointer const &peer) {
     }
 }
 
+bool Target::gather(PeerPointer const &peer) noexcept {
+    try {
+        gathered_.push_back(peer);
+    } catch (std::bad_alloc const &) {
+        return false;
+    }
+    if (gathered_.size() == 1) {
+        gathering_since_ = Clock::now();
+    }
+    return true;
+}
+
 void Target::flushGathered() {
     for (PeerPointer const &peer : gathered_) {
         flushOrDrop(peer);
@@ -199,11 +224,15 @@ void Target::arrangeFlush(std::vector<PeerPointer> const &peers) {
         Hold hold(mutex_, log_);
         if (is_running_) {
             bool const is_first = arranged_.empty();
-            arranged_.insert(arranged_.end(), peers.begin(), peers.end());
-            if (is_first) {
-                signalWake(wake_);
+            try {
+                arranged_.insert(arranged_.end(), peers.begin(), peers.end());
+                if (is_first) {
+                    signalWake(wake_);
+                }
+                return;
+            } catch (std::bad_alloc const &) {
+                // Then it is done here and now.
             }
-            return;
         }
     }
     for (PeerPointer const &peer : peers) {
@@ -238,7 +267,7 @@ void Target::boundMemory() {
     }
 }
 
-void Target::drop(PeerPointer const &peer, char const *reason) {
+void Target::drop(PeerPointer const &peer, char const *reason) noexcept {
     unsigned long long dropped_events = 0;
     {
         Hold hold(mutex_, log_);
@@ -254,8 +283,8 @@ void Target::drop(PeerPointer const &peer, char const *reason) {
         (void)epoll_.remove(peer->socket.get());
         // The descriptor itself is closed by the last thread that uses it.
         (void)shutdown(peer->socket.get(), SHUT_RDWR);
+        forgetSubscriber(peer);
     }
-    subscribe(peer, false);
     if (dropped_events != 0) {
         log_.warning("an initiator of service %s is gone that did not read %llu of its events",
                      service_.c_str(), dropped_events);

@@ -114,7 +114,12 @@ void Target::run() {
             hold.lock(mutex_);
         } catch (std::exception const &error) {
             hold.ensureLocked();
-            hold.warn("a command was lost: %s", error.what());
+            if (shortages_.count()) {
+                hold.warn("service %s could not serve for a moment: %s", service_.c_str(), error.what());
+            }
+            // What could not be read is still there.
+            served_.wait_for(hold.mutex(), limits::failure_rest,
+                             [&]() KORVO_REQUIRES(mutex_) { return is_closing_ || callback_ == nullptr; });
         }
     }
     is_serving_ = false;
@@ -133,7 +138,8 @@ Target::Command Target::takeCommand() {
 
 int Target::boundedWait(int timeout) const {
     std::optional<Clock::time_point> until = accepts_again_;
-    for (Flood const *const flood : {&failed_accepts_, &refused_peers_, &broken_frames_, &odd_frames_}) {
+    for (Flood const *const flood :
+         {&failed_accepts_, &refused_peers_, &broken_frames_, &odd_frames_, &shortages_}) {
         std::optional<Clock::time_point> const due = flood->due();
         if (due && (!until || *due < *until)) {
             until = due;
@@ -160,6 +166,7 @@ void Target::tellOfFloods(bool all) {
     tell(refused_peers_, "initiators were refused");
     tell(broken_frames_, "initiators sent broken frames");
     tell(odd_frames_, "frames came that only services send");
+    tell(shortages_, "times memory was too short to serve");
 }
 
 void Target::serveWithoutWaiting() {
@@ -172,11 +179,25 @@ void Target::serveWithoutWaiting() {
 }
 
 void Target::serve(int timeout) {
-    serving_thread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
-    // An exception may have left it.
-    handled_ = nullptr;
+    struct Serving {
+        explicit Serving(Target &served) : target(served) {
+            target.serving_thread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+        }
+        ~Serving() {
+            target.handled_ = nullptr;
+            target.serving_thread_.store(std::thread::id(), std::memory_order_relaxed);
+        }
+        Serving(Serving const &) = delete;
+        Serving &operator=(Serving const &) = delete;
+        Target &target;
+    };
+    Serving const serving(*this);
     flushGathered();
     std::array<epoll_event, 32> events;
+    if (has_gone_subscribers_.load(std::memory_order_relaxed)) {
+        Hold hold(mutex_, log_);
+        forgetSubscriber(nullptr);
+    }
     int const count =
         epoll_wait(epoll_.descriptor(), events.data(), static_cast<int>(events.size()), boundedWait(timeout));
     tellOfFloods(/*all*/ false);
@@ -219,7 +240,6 @@ void Target::serve(int timeout) {
             readPeer(peer);
         }
     }
-    serving_thread_.store(std::thread::id(), std::memory_order_relaxed);
 }
 
 void Target::acceptPeers() {
@@ -258,7 +278,7 @@ void Target::acceptPeers() {
         auto const peer = std::make_shared<Peer>(std::move(connected), number,
                                                  source_prefix_ + std::to_string(number), held_by_peers_);
         if (!epoll_.add(peer->socket.get(), number, EPOLLIN)) {
-            hold.warn("refused an initiator: %s", errorText(errno).c_str());
+            hold.warn("refused an initiator: %s", ErrorText(errno).get());
             continue;
         }
         peers_.emplace(number, peer);
@@ -272,13 +292,22 @@ void Target::readPeer(PeerPointer const &peer) {
         return;
     }
     if (count <= 0) {
-        drop(peer, count == 0 ? "it closed the connection" : errorText(errno).c_str());
+        drop(peer, count == 0 ? "it closed the connection" : ErrorText(errno).get());
         return;
     }
     peer->decoder.filled(static_cast<std::size_t>(count));
     peer->charge(peer->read_memory, peer->decoder.memory());
     handled_ = peer;
-    handleRead(peer);
+    try {
+        handleRead(peer);
+    } catch (std::bad_alloc const &) {
+        if (shortages_.count()) {
+            log_.warning(
+                "memory is too short for what an initiator of service %s has sent; it is disconnected",
+                service_.c_str());
+        }
+        drop(peer, "memory is too short for what it sent");
+    }
     handled_ = nullptr;
     flushGathered();
     peer->decoder.trim();
@@ -314,10 +343,10 @@ void Target::handle(PeerPointer const &peer, frame::Frame const &frame) {
             handleCommand(peer, frame);
             break;
         case frame::Type::subscribe:
-            subscribe(peer, true);
+            subscribe(peer);
             break;
         case frame::Type::unsubscribe:
-            subscribe(peer, false);
+            unsubscribe(peer);
             break;
         case frame::Type::response:
         case frame::Type::event:
@@ -362,19 +391,47 @@ void Target::call(Hold &hold, std::string_view source, std::string_view request_
     hold.lock(mutex_);
 }
 
-void Target::subscribe(PeerPointer const &peer, bool wanted) {
+void Target::subscribe(PeerPointer const &peer) {
     Hold hold(mutex_, log_);
-    auto const place = std::find(subscribers_->begin(), subscribers_->end(), peer);
-    if ((place != subscribers_->end()) == wanted || (wanted && peers_.count(peer->number) == 0)) {
-        return;
+    if (std::find(subscribers_->begin(), subscribers_->end(), peer) == subscribers_->end() &&
+        peers_.count(peer->number) != 0) {
+        replaceSubscribers(nullptr, peer);
     }
-    auto changed = std::make_shared<std::vector<PeerPointer>>(*subscribers_);
-    if (wanted) {
-        changed->push_back(peer);
-    } else {
-        changed->erase(changed->begin() + (place - subscribers_->begin()));
+}
+
+void Target::unsubscribe(PeerPointer const &peer) {
+    Hold hold(mutex_, log_);
+    if (std::find(subscribers_->begin(), subscribers_->end(), peer) != subscribers_->end()) {
+        replaceSubscribers(peer, nullptr);
+    }
+}
+
+void Target::replaceSubscribers(PeerPointer const &without, PeerPointer const &with) {
+    auto changed = std::make_shared<std::vector<PeerPointer>>();
+    changed->reserve(subscribers_->size() + 1);
+    for (PeerPointer const &subscriber : *subscribers_) {
+        if (subscriber != without && peers_.count(subscriber->number) != 0) {
+            changed->push_back(subscriber);
+        }
+    }
+    if (with != nullptr) {
+        changed->push_back(with);
     }
     subscribers_ = std::move(changed);
+    has_gone_subscribers_ = false;
+}
+
+void Target::forgetSubscriber(PeerPointer const &peer) noexcept {
+    if (!has_gone_subscribers_ &&
+        std::find(subscribers_->begin(), subscribers_->end(), peer) == subscribers_->end()) {
+        return;
+    }
+    try {
+        replaceSubscribers(peer, nullptr);
+    } catch (std::bad_alloc const &) {
+        // Nothing is sent to it any more. It goes with the next change of the list.
+        has_gone_subscribers_ = true;
+    }
 }
 
 }  // namespace platform
