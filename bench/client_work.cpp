@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <korvo/action_engine.hpp>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -181,6 +182,25 @@ std::vector<Way> waysToGetLists() {
     return ways;
 }
 
+/// The plain function, and the C++ layer on top of it.
+std::vector<Way> waysThroughLayers() {
+    static korvo::ActionEngine const engine = korvo::ActionEngine::open({"bench"}).value();
+    return {{"plain function",
+             [] {
+                 Relay relay;
+                 client().getRelay(relay);
+                 relay.check();
+             }},
+            {"C++ layer", [] {
+                 korvo::RelayAction const relay =
+                     engine.get_relay_action(korvo::ActionId{contents::action_id}).value();
+                 if (relay.action_name != contents::action_name ||
+                     relay.config_on_time_ms != contents::on_time_ms) {
+                     throw std::runtime_error("the C++ layer gives something else");
+                 }
+             }}};
+}
+
 struct Work {
     char const *figure;
     char const *name;
@@ -190,7 +210,8 @@ struct Work {
 };
 
 constexpr Work works[] = {{"client work, relay", "relay", relayExchange, waysToGetRelay, 5000},
-                          {"client work, lists", "lists", listsExchange, waysToGetLists, 200}};
+                          {"client work, lists", "lists", listsExchange, waysToGetLists, 200},
+                          {"layers, relay", "layers", relayExchange, waysThroughLayers, 5000}};
 
 void compareClientWork(Run &run) {
     useOneCore();
