@@ -25,6 +25,9 @@ std::vector<Command> const &commands() {
         addCatalogueCommands(made);
         addRuleCommands(made);
         addEventCommands(made);
+        addTransferCommands(made);
+        addTraceCommands(made);
+        addSimulatorCommands(made);
         addOperationCommands(made);
         return made;
     }();

@@ -74,6 +74,9 @@ std::string passwordIn(std::string const &parameter, std::string const &file);
 void addCatalogueCommands(std::vector<Command> &commands);
 void addRuleCommands(std::vector<Command> &commands);
 void addEventCommands(std::vector<Command> &commands);
+void addTransferCommands(std::vector<Command> &commands);
+void addTraceCommands(std::vector<Command> &commands);
+void addSimulatorCommands(std::vector<Command> &commands);
 void addOperationCommands(std::vector<Command> &commands);
 
 }  // namespace tool

@@ -4,8 +4,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <boost/json/serialize.hpp>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
@@ -163,6 +165,11 @@ std::string inWords(boost::json::value const &value) {
     }
     if (value.is_null()) {
         return "(hidden)";
+    }
+    if (value.is_double()) {
+        std::array<char, 32> text = {};
+        (void)std::snprintf(text.data(), text.size(), "%.3g", value.get_double());
+        return text.data();
     }
     if (value.is_array()) {
         std::string text;

@@ -82,18 +82,27 @@ void RuleSteps::remove(Catalogue const &catalogue, Entry const &entry) {
     bool const is_action = entry.isAction();
     (void)client_->call(operation(is_action ? "delete_action" : "delete_trigger"),
                         withMember(is_action ? "action_id" : "trigger_id", entry.id));
+    removed_.insert({is_action, entry.id});
     std::vector<unsigned int> bound;
     for (Entry const *other : is_action ? catalogue.triggersOf(entry.id) : catalogue.actionsOf(entry.id)) {
         bound.push_back(other->id);
     }
     steps_.done("the removal of " + titleOf(entry), [this, is_action, bound, entry] {
         unsigned int const id = make(entry.kind, entry.settings);
+        removed_.erase({is_action, entry.id});
+        made_again_[{is_action, entry.id}] = id;
         if (is_action) {
             (void)client_->call(operation("set_action_filters"), withMember("action_id", id, entry.filters));
         }
         for (unsigned int const other : bound) {
-            (void)client_->call(operation("create_association"), {{"trigger_id", is_action ? other : id},
-                                                                  {"action_id", is_action ? id : other}});
+            // One that is made again later binds itself to this one.
+            if (removed_.count({!is_action, other}) != 0) {
+                continue;
+            }
+            auto const again = made_again_.find({!is_action, other});
+            unsigned int const other_id = again == made_again_.end() ? other : again->second;
+            (void)client_->call(operation("create_association"), {{"trigger_id", is_action ? other_id : id},
+                                                                  {"action_id", is_action ? id : other_id}});
         }
     });
 }

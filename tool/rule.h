@@ -5,7 +5,11 @@
 // Making and taking away actions, triggers and bindings, each step with its way back.
 
 #include <boost/json/object.hpp>
+#include <functional>
+#include <map>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/catalogue.h"
@@ -34,6 +38,9 @@ class RuleSteps {
 
     Client *client_;
     Steps steps_;
+    /// Actions (true) and triggers by the identifiers they had.
+    std::set<std::pair<bool, unsigned int>> removed_;
+    std::map<std::pair<bool, unsigned int>, unsigned int> made_again_;
 };
 
 /// Settings of a kind from words like "snapshot action_name=door filename=door.jpg": what is left out is empty, 0 or false.

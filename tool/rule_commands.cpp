@@ -107,7 +107,6 @@ void remove(Context &context) {
     RuleSteps steps(client);
     json::array removed;
     steps.run([&] {
-        // Undone in the other order: the actions are there again when their trigger is bound to them.
         for (Entry const *action : catalogue.actionsOf(trigger.id)) {
             if (context.arguments.flag("--keep-actions") || catalogue.triggersOf(action->id).size() > 1) {
                 continue;
@@ -115,11 +114,7 @@ void remove(Context &context) {
             steps.remove(catalogue, *action);
             removed.emplace_back(action->id);
         }
-        Catalogue left = catalogue;
-        if (!removed.empty()) {
-            left = readCatalogue(client);
-        }
-        steps.remove(left, trigger);
+        steps.remove(catalogue, trigger);
     });
     json::object const gone = {{"trigger_id", trigger.id}, {"action_id", removed}};
     if (context.settings.json) {
