@@ -75,6 +75,10 @@ TEST_P(LuaLayer, ManyAnswersLeaveNothingBehind) {
     EXPECT_LT(std::stoi(finished.out), 500) << finished.out;
 }
 
+TEST_P(LuaLayer, TheStubForEditorsDeclaresWhatThereIs) {
+    expectOutput(runScript("layer_stub.lua", {KORVO_LAYER_STUB}), "55 operations, 131 functions\n");
+}
+
 TEST_P(LuaLayer, AScriptThatFailsIsNoticed) {
     Finished const finished = runScript("layer_registrations.lua", {"ten"});
     EXPECT_TRUE(finished.exit == exited(1)) << finished.out;
