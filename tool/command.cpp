@@ -28,6 +28,7 @@ std::vector<Command> const &commands() {
         addTransferCommands(made);
         addTraceCommands(made);
         addSimulatorCommands(made);
+        addCompletionCommands(made);
         addOperationCommands(made);
         return made;
     }();

@@ -190,6 +190,15 @@ class Parser {
 }  // namespace
 
 std::optional<Chosen> parse(std::vector<std::string> const &words) {
+    // What stands behind -- is the beginning of another command line, which is not for the parser.
+    if (words.size() > 1 && words[0] == "complete" && words[1] == "--") {
+        Chosen chosen;
+        for (Command const &command : commands()) {
+            chosen.command = command.name == words[0] ? &command : chosen.command;
+        }
+        chosen.arguments.add("WORD", {words.begin() + 2, words.end()});
+        return chosen;
+    }
     return Parser().parse(words);
 }
 
