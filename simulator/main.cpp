@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "korvo_core.h"
+#include "simulator/capture.h"
 #include "simulator/catalogue.h"
 #include "simulator/folders.h"
 #include "simulator/log.h"
@@ -101,9 +102,16 @@ void serve(simulator::Options const &options) {
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
         [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log, std::move(live));
-    simulator::Service service(loop, logging.handle(), options.target,
-                               simulator::Catalogue(store, options.rules), options.answers,
-                               engineSettings(options, log), clock, runner, log);
+    std::optional<simulator::Capture> capture;
+    if (!options.capture.empty()) {
+        capture.emplace(
+            options.capture,
+            options.show_secrets ? simulator::Capture::Secrets::shown : simulator::Capture::Secrets::hidden,
+            log);
+    }
+    simulator::Service service(
+        loop, logging.handle(), options.target, simulator::Catalogue(store, options.rules), options.answers,
+        engineSettings(options, log), clock, runner, capture ? &*capture : nullptr, log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     service.run();
 }

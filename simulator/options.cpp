@@ -243,6 +243,14 @@ void setLive(Options &options, std::string const &value) {
     }
 }
 
+void setCapture(Options &options, std::string const &value) {
+    options.capture = nonEmpty("capture", value);
+}
+
+void setShowSecrets(Options &options, std::string const &) {
+    options.show_secrets = true;
+}
+
 void setLiveTimeOut(Options &options, std::string const &value) {
     constexpr std::uint32_t most = 3600;
     auto const number = wholeNumber(value);
@@ -322,6 +330,11 @@ constexpr Row general[] = {
      "Draw the orders of --shuffle from this number, so\nthat they are the same each time. The log tells\n"
      "it where it is not given.",
      setSeed},
+    {"capture", "FILE",
+     "Add every message to and from clients to this file,\none JSON object a line, for a report of a fault.\n"
+     "Passwords are null.",
+     setCapture},
+    {"show-secrets", nullptr, "Leave passwords in the capture.", setShowSecrets},
     {"help", nullptr, "Print the options and exit.", setHelp},
     {"version", nullptr, "Print the program's version and exit.", setVersion},
 };
@@ -402,6 +415,9 @@ Options parseOptions(int argc, char *argv[]) {
     }
     if (!options.smtp_login.empty() && !options.live_mail) {
         throw UsageError("--smtp-login is for e-mails that are sent; give --live mail too.");
+    }
+    if (options.show_secrets && options.capture.empty()) {
+        throw UsageError("--show-secrets is for a capture; give --capture FILE too.");
     }
     if (options.engine.shuffle_seed && !options.shuffle) {
         throw UsageError("--seed is for orders that are drawn; give --shuffle too.");

@@ -26,6 +26,9 @@ struct Options {
     /// Empty to leave the level to the environment.
     std::string log_level;
     Catalogue::Rules rules;
+    /// Empty for none.
+    std::string capture;
+    bool show_secrets = false;
     /// What really leaves the machine, with which logins (a file, or empty) and authorities (likewise).
     bool live_mail = false;
     bool live_ftp = false;

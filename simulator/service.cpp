@@ -29,9 +29,10 @@ constexpr std::chrono::milliseconds pause_after_failure{100};
 
 Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
                  Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
-                 runners::Runner &runner, Log const &log)
+                 runners::Runner &runner, Capture *capture, Log const &log)
     : loop_(loop),
       clock_(clock),
+      capture_(capture),
       log_(log),
       runner_(runner),
       engine_(std::move(catalogue), surroundings(runner), log, settings),
@@ -152,6 +153,7 @@ void Service::answerControl() {
 }
 
 void Service::takeCommand(char const *source, char const *request_id, char const *command) {
+    capture(messaging_, source, Capture::Direction::to_service, command);
     Dispatcher::Answer const answer = dispatcher_.answer(command);
     if (answer.text.empty()) {
         return;
@@ -203,6 +205,7 @@ void Service::sendDue() {
 }
 
 void Service::publish(void *messaging, std::string const &event) {
+    capture(messaging, "", Capture::Direction::from_service, event);
     korvo_core_status const status = korvo_core_ipc_target_event_send(messaging, event.c_str());
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
         log_.warning(std::string("an event was not published: ") + korvo_core_status_to_string(status));
@@ -210,10 +213,18 @@ void Service::publish(void *messaging, std::string const &event) {
 }
 
 void Service::send(void *messaging, char const *source, char const *request_id, std::string const &response) {
+    capture(messaging, source, Capture::Direction::from_service, response);
     korvo_core_status const status =
         korvo_core_ipc_target_response_send(messaging, source, request_id, response.c_str());
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
         log_.info(std::string("an answer was not delivered: ") + korvo_core_status_to_string(status));
+    }
+}
+
+void Service::capture(void const *messaging, std::string_view peer, Capture::Direction direction,
+                      std::string_view text) const noexcept {
+    if (capture_ != nullptr && messaging != control_messaging_) {
+        capture_->note(std::chrono::system_clock::now(), peer, direction, text);
     }
 }
 

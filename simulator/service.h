@@ -9,7 +9,9 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 
+#include "simulator/capture.h"
 #include "simulator/catalogue.h"
 #include "simulator/control/control.h"
 #include "simulator/dispatcher.h"
@@ -30,11 +32,11 @@ namespace simulator {
 /// of their own, what waits for the last thread, and the messaging handles, which the core lets any thread send on.
 class Service {
   public:
-    /// Listens for commands from now on. What it is given must outlive the service. Throws std::runtime_error when the
+    /// Listens for commands from now on. Without a capture (NULL) nothing is recorded. What it is given must outlive the service. Throws std::runtime_error when the
     /// core refuses.
     Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
             Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
-            runners::Runner &runner, Log const &log);
+            runners::Runner &runner, Capture *capture, Log const &log);
     /// Takes no more commands and waits for the one that is being answered.
     ~Service();
 
@@ -83,12 +85,15 @@ class Service {
     /// Lets traces come to the store, many at a time.
     void keepTraces();
 
+    void capture(void const *messaging, std::string_view peer, Capture::Direction direction,
+                 std::string_view text) const noexcept;
     void tell(char const *what, std::exception const &error) const noexcept;
     void send(void *messaging, char const *source, char const *request_id, std::string const &response);
     void publish(void *messaging, std::string const &event);
 
     Loop &loop_;
     Clock &clock_;
+    Capture *capture_;
     Log const &log_;
     runners::Runner &runner_;
     Guarded<HeldAnswers> held_back_;

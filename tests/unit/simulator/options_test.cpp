@@ -218,6 +218,7 @@ TEST(Options, ThatAreWrongAreExplained) {
          "stable_onvif_trigger."},
         {{"--delete-policy", "never"}, "--delete-policy needs refuse or cascade; it was \"never\"."},
         {{"--shuffle", "--seed", "x"}, "--seed needs a whole number from 0 to 4294967295; it was \"x\"."},
+        {{"--show-secrets"}, "--show-secrets is for a capture; give --capture FILE too."},
         {{"--seed", "1"}, "--seed is for orders that are drawn; give --shuffle too."},
         {{"--log-level", "loud"},
          "--log-level: there is no level \"loud\". Levels are emerg, alert, crit, err, warning, notice, "
@@ -250,6 +251,8 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
                                      "--delete-policy POLICY",
                                      "--shuffle",
                                      "--seed NUMBER",
+                                     "--capture FILE",
+                                     "--show-secrets",
                                      "--help",
                                      "--version",
                                      "--fail METHOD=STATUS",
@@ -274,7 +277,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 24U);
+    EXPECT_EQ(options, 26U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

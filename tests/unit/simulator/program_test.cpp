@@ -321,6 +321,23 @@ TEST_F(ProgramTest, FiresTimersRunsActionsAndPublishesTheirCompletion) {
                 HasSubstr("snapshot action 3 \"evil\" failed: the file name \"../evil.jpg\" is refused"));
 }
 
+TEST_F(ProgramTest, CapturesWhatGoesToAndFro) {
+    TemporaryFolder const captures;
+    Program program({"--capture", captures / "c"});
+    expectReady(program);
+    Client client;
+    EXPECT_EQ(client.call(create_wiper), R"(r: {"command":"Create_wiper_action","status":0,"action_id":1})");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    std::string const captured = readFile(captures / "c");
+    std::string const answer = captured.substr(captured.find('\n') + 1);
+    EXPECT_THAT(captured,
+                HasSubstr(R"("direction":"to service","text":"{\"command\":\"Create_wiper_action\")"));
+    EXPECT_THAT(
+        answer,
+        HasSubstr(R"("direction":"from service","text":"{\"command\":\"Create_wiper_action\",\"status\":0)"));
+}
+
 TEST_F(ProgramTest, IsMovedAndQuestionedByItsControlService) {
     Program program({"--clock", "virtual=2026-11-23T07:59:00Z"});
     expectReady(program);

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "simulator/capture.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <boost/json/parse.hpp>
+#include <boost/json/value.hpp>
+#include <stdexcept>
+#include <string>
+
+#include "support.h"
+#include "time_zone.h"
+
+namespace simulator::tests {
+
+namespace {
+
+std::string textIn(std::string const &text, Capture::Secrets secrets = Capture::Secrets::hidden) {
+    boost::json::value const line =
+        boost::json::parse(Capture::line(Wall(), "peer", Capture::Direction::to_service, text, secrets));
+    return line.at("text").is_null() ? "null" : std::string(line.at("text").as_string());
+}
+
+}  // namespace
+
+TEST(Captures, AreOneObjectALine) {
+    TimeZone const zone("UTC0");
+    TemporaryFolder const folder;
+    RecordedLog log;
+    std::string const path = folder / "c.jsonl";
+    {
+        Capture capture(path, Capture::Secrets::hidden, log.log());
+        Wall const time{std::chrono::seconds(1795417140)};
+        capture.note(time, "a", Capture::Direction::to_service, "{\"command\":\"Get_actions\"}\n");
+        capture.note(time, "", Capture::Direction::from_service, R"({"event":"Action_completed"})");
+    }
+    Capture(path, Capture::Secrets::hidden, log.log()).note(Wall(), "b", Capture::Direction::to_service, "x");
+    EXPECT_EQ(
+        readFile(path),
+        R"({"time":"2026-11-23T06:59:00+00:00","peer":"a","direction":"to service","text":"{\"command\":\"Get_actions\"}\n"})"
+        "\n"
+        R"({"time":"2026-11-23T06:59:00+00:00","peer":null,"direction":"from service","text":"{\"event\":\"Action_completed\"}"})"
+        "\n"
+        R"({"time":"1970-01-01T00:00:00+00:00","peer":"b","direction":"to service","text":"x"})"
+        "\n");
+    struct stat status {};
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    EXPECT_TRUE(log.lines.empty());
+}
+
+TEST(Captures, HoldNoPasswordsUnlessTheyShould) {
+    EXPECT_EQ(textIn(R"({"command":"c","password":"secret"})"), R"({"command":"c","password":null})");
+    EXPECT_EQ(textIn(R"({"a":[{"pass\u0077ord":"secret"}]})"), R"({"a":[{"password":null}]})");
+    EXPECT_EQ(textIn(R"({"password":{"password":"secret"}})"), R"({"password":null})");
+    EXPECT_EQ(textIn(R"({"command":"c","password":"sec)"), "null");
+    EXPECT_EQ(textIn(R"({"command":"c","pass\u0077ord":"sec)"), "null");
+    EXPECT_EQ(textIn(R"({"command": "c" )"), R"({"command": "c" )");
+    EXPECT_EQ(textIn(R"({"password":"secret"})", Capture::Secrets::shown), R"({"password":"secret"})");
+}
+
+TEST(Captures, ThatCannotBeWrittenAreToldOfOnce) {
+    RecordedLog log;
+    EXPECT_THROW(Capture("/nowhere/c", Capture::Secrets::hidden, log.log()), std::runtime_error);
+    Capture full("/dev/full", Capture::Secrets::hidden, log.log());
+    full.note(Wall(), "a", Capture::Direction::to_service, "x");
+    full.note(Wall(), "a", Capture::Direction::to_service, "x");
+    ASSERT_EQ(log.lines.size(), 1U);
+    EXPECT_TRUE(log.holds("4 the capture lacks messages: "));
+}
+
+}  // namespace simulator::tests
