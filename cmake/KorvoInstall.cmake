@@ -98,6 +98,7 @@ if(KORVO_LUA)
   if(TARGET lua-layer)
     add_dependencies(product lua-layer)
     install(TARGETS korvo_action_engine_events LIBRARY DESTINATION ${KORVO_LUA_MODULE_DIR} COMPONENT lua)
+    korvo_install_search_path(korvo_action_engine_events ${KORVO_LUA_MODULE_DIR} lua)
     install(DIRECTORY src/lua_layer/korvo DESTINATION ${CMAKE_INSTALL_DATADIR}/lua/5.1 COMPONENT lua
       FILES_MATCHING PATTERN "*.lua")
     get_target_property(table lua-layer KORVO_TABLE)
