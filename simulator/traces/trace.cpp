@@ -177,7 +177,7 @@ Outcome Trace::outcome() const {
 std::size_t Trace::size() const {
     std::size_t bytes = sizeof *this + topic.size() + message.size() + refusal.size();
     for (std::string const &action : chain) {
-        bytes += sizeof action + action.size();
+        bytes += sizeof(std::string) + action.size();
     }
     for (TriggerTrace const &trigger : triggers) {
         bytes += sizeof trigger + trigger.name.size() + trigger.why.size();
