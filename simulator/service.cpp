@@ -223,7 +223,8 @@ void Service::send(void *messaging, char const *source, char const *request_id, 
 
 void Service::capture(void const *messaging, std::string_view peer, Capture::Direction direction,
                       std::string_view text) const noexcept {
-    if (capture_ != nullptr && messaging != control_messaging_) {
+    // The other handle may not be there yet when the first command comes.
+    if (capture_ != nullptr && messaging == messaging_) {
         capture_->note(std::chrono::system_clock::now(), peer, direction, text);
     }
 }
