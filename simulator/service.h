@@ -32,8 +32,8 @@ namespace simulator {
 /// of their own, what waits for the last thread, and the messaging handles, which the core lets any thread send on.
 class Service {
   public:
-    /// Listens for commands from now on. Without a capture (NULL) nothing is recorded. What it is given must outlive the service. Throws std::runtime_error when the
-    /// core refuses.
+    /// Listens for commands from now on. Without a capture (NULL) nothing is recorded. What it is given must outlive the
+    /// service. Throws std::runtime_error when the core refuses.
     Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
             Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
             runners::Runner &runner, Capture *capture, Log const &log);
