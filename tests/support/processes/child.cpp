@@ -72,8 +72,12 @@ Child::Child(Command const &command) {
     if (command.ends_with_us) {
         words = {"/usr/bin/setpriv", "--pdeathsig", "KILL"};
     }
-    for (std::string &word : emulator::wordsToStart(command.program)) {
-        words.push_back(std::move(word));
+    if (command.is_of_this_machine) {
+        words.push_back(command.program);
+    } else {
+        for (std::string &word : emulator::wordsToStart(command.program)) {
+            words.push_back(std::move(word));
+        }
     }
     words.insert(words.end(), command.arguments.begin(), command.arguments.end());
     std::vector<std::string> variables = environmentWith(command.environment);

@@ -25,6 +25,8 @@ struct Command {
     std::vector<std::pair<std::string, std::string>> environment;
     /// The kernel ends the child when the thread that started it ends: for what would run forever.
     bool ends_with_us = false;
+    /// Belongs to the machine that runs the tests, and not to what was built, which an emulator may have to run.
+    bool is_of_this_machine = false;
 };
 
 /// How a process ended: by itself with a code, or by a signal.

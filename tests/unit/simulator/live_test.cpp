@@ -49,6 +49,7 @@ class PythonServer {
     static processes::Command command(std::vector<std::string> arguments) {
         processes::Command command;
         command.program = "/usr/bin/python3";
+        command.is_of_this_machine = true;
         command.arguments = std::move(arguments);
         command.arguments.insert(command.arguments.begin(), SERVERS);
         return command;
@@ -226,6 +227,7 @@ TEST_F(Live, NobodyListens) {
 TEST_F(Live, ALoginGoesToAServerWithTls) {
     processes::Command make;
     make.program = "/usr/bin/openssl";
+    make.is_of_this_machine = true;
     make.arguments = {"req",
                       "-x509",
                       "-newkey",
