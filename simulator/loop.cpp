@@ -10,7 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
-#include <ctime>
+#include <limits>
 #include <system_error>
 
 namespace simulator {
@@ -37,16 +37,18 @@ Loop::~Loop() {
 }
 
 bool Loop::wait(std::optional<Clock::time_point> until) noexcept {
-    timespec time{};
+    // In milliseconds, and no longer than a number of them goes: who waits looks at its work and comes back. Not ppoll(),
+    // whose checked form in the C library reads a time of 64 bits as one of 32 where a long has as many.
+    int time = -1;
     if (until) {
+        using std::chrono::milliseconds;
         auto const left = std::max(*until - Clock::now(), Clock::duration::zero());
-        auto const seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-        time.tv_sec = static_cast<std::time_t>(seconds.count());
-        time.tv_nsec =
-            static_cast<long>(std::chrono::duration_cast<std::chrono::nanoseconds>(left - seconds).count());
+        auto const most = milliseconds(std::numeric_limits<int>::max());
+        time = left > most ? std::numeric_limits<int>::max()
+                           : static_cast<int>(std::chrono::ceil<milliseconds>(left).count());
     }
     pollfd watched[] = {{signals_, POLLIN, 0}, {wake_, POLLIN, 0}};
-    if (ppoll(watched, 2, until ? &time : nullptr, nullptr) <= 0) {
+    if (poll(watched, 2, time) <= 0) {
         // Over time, or interrupted: whoever waits looks at its work and comes back.
         return true;
     }
