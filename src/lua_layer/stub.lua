@@ -139,8 +139,15 @@ function Engine:rule(rule) end
 ---@return integer? status
 function Engine:export(options) end
 
----Adds what is in a document to the catalogue: all of it, or nothing.
----@param document table
+---The whole catalogue as a JSON text, as the tool writes it.
+---@param options? {passwords: boolean}
+---@return string? text
+---@return string? message
+---@return integer? status
+function Engine:export_json(options) end
+
+---Adds what is in a document, a table or a JSON text, to the catalogue: all of it, or nothing.
+---@param document table|string
 ---@return {actions: table<integer, integer>, triggers: table<integer, integer>}? new identifiers by those of the document
 ---@return string? message
 ---@return integer? status

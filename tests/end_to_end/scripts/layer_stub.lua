@@ -37,7 +37,7 @@ for name, operation in pairs(operations) do
     end
 end
 for _, name in ipairs {"strict", "close", "subscribe", "next_event", "events", "dropped_events", "descriptor", "actions", "triggers",
-    "list_actions", "list_triggers", "rule", "export", "import", "get_initiator_version"} do
+    "list_actions", "list_triggers", "rule", "export", "export_json", "import", "get_initiator_version"} do
     assert(declared["Engine:" .. name], name)
 end
 print(calls .. " operations, " .. count .. " functions")

@@ -1,6 +1,8 @@
 -- SPDX-License-Identifier: Apache-2.0
 -- Between named values, as scripts see them, and values in the order of the plain functions. Everything is checked before
 -- anything is sent; operations.lua says what there is.
+local json = require "korvo.action_engine.json"
+
 local arguments = {}
 
 local largest = 4294967295
@@ -9,7 +11,7 @@ local function is_text(value)
     return type(value) == "string" and not value:find("\0", 1, true)
 end
 
-local function is_number(value)
+function arguments.is_number(value)
     return type(value) == "number" and value >= 0 and value <= largest and value % 1 == 0
 end
 
@@ -39,7 +41,7 @@ local function shown(value)
     elseif type(value) == "string" then
         return value:find("\0", 1, true) and "a text with a zero byte" or "a text"
     end
-    return type(value) == "nil" and "nothing" or "a " .. type(value)
+    return (value == nil and "nothing") or (value == json.null and "null") or "a " .. type(value)
 end
 
 local function unless(fits)
@@ -58,11 +60,11 @@ local wants = {
 
 -- What is wrong with a value of a kind, to be put behind what is wanted; nil when nothing is.
 local faults = {
-    number = unless(is_number),
+    number = unless(arguments.is_number),
     flag = unless(function(value) return type(value) == "boolean" end),
     text = unless(is_text),
     texts = function(value) return fault_of_list(value, unless(is_text)) end,
-    numbers = function(value) return fault_of_list(value, unless(is_number)) end,
+    numbers = function(value) return fault_of_list(value, unless(arguments.is_number)) end,
 }
 
 local function wanted(field)

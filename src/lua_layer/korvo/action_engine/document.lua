@@ -3,6 +3,7 @@
 -- gives the result or raises {message = ..., status = ...}.
 local api = require "korvo_api_action_engine"
 local arguments = require "korvo.action_engine.arguments"
+local json = require "korvo.action_engine.json"
 local operations = require "korvo.action_engine.operations"
 
 local document = {methods = {}}
@@ -105,17 +106,131 @@ end
 
 -- ---- The document ----
 
--- Named as on the wire, where parallel lists stand each by itself.
+local function settings_fields(kind)
+    return operations["create_" .. kind].inputs
+end
+
+local filters_fields = operations.get_action_filters.results
+
+-- Named as on the wire and in its order, where parallel lists stand each by itself.
 local function to_wire(fields, named)
     local values = arguments.in_order(fields, named)
-    local wire, place = {}, 0
+    local wire = {}
     for _, field in ipairs(fields) do
         for _, part in ipairs(field.parts or {{wire = field.name}}) do
-            place = place + 1
-            wire[part.wire] = values[place]
+            wire[#wire + 1] = {part.wire, values[#wire + 1]}
         end
     end
-    return wire
+    return json.members(wire)
+end
+
+local function settings_to_wire(item, with_passwords)
+    local settings = item.settings
+    if settings.password and not with_passwords then
+        settings = copy(settings)
+        settings.password = json.null
+    end
+    return to_wire(settings_fields(item.kind), settings)
+end
+
+-- Less than 0 where the left text comes first. As bytes, since `<` goes by the program's locale.
+local function compare(left, right)
+    for place = 1, math.min(#left, #right) do
+        local difference = left:byte(place) - right:byte(place)
+        if difference ~= 0 then
+            return difference
+        end
+    end
+    return #left - #right
+end
+
+-- Items in the order of documents: by what they are called, their kind and their content. One that is exported with passwords and
+-- one without have the same.
+local function canonical(noun, items)
+    local keys, sorted = {}, copy(items)
+    for place, item in ipairs(items) do
+        local filters = item.filters and json.compact(to_wire(filters_fields, {filters = item.filters})) or ""
+        keys[item] = {item.settings[noun .. "_name"], item.kind, json.compact(settings_to_wire(item)) .. filters, place}
+    end
+    table.sort(sorted, function(left, right)
+        left, right = keys[left], keys[right]
+        for part = 1, 3 do
+            local difference = compare(left[part], right[part])
+            if difference ~= 0 then
+                return difference < 0
+            end
+        end
+        return left[4] < right[4]
+    end)
+    return sorted
+end
+
+-- The whole catalogue as members in the document's order. Items are numbered anew, so that equal catalogues give equal texts.
+local function whole_document(ask, name, given)
+    given = given == nil and {} or given
+    if type(given) ~= "table" then
+        refuse("%s: takes a table: %s{passwords = true}", name, name)
+    end
+    for key in pairs(given) do
+        if key ~= "passwords" then
+            refuse("%s: there is no '%s'; there is passwords", name, tostring(key))
+        end
+    end
+    local lists, numbers = {}, {}
+    for _, noun in ipairs{"action", "trigger"} do
+        lists[noun], numbers[noun] = {}, {}
+        for number, item in ipairs(canonical(noun, list(ask, noun))) do
+            numbers[noun][item.id] = number
+            lists[noun][number] = json.members{
+                {"id", number}, {"kind", item.kind}, {"settings", settings_to_wire(item, given.passwords)},
+                item.filters and {"filters", to_wire(filters_fields, {filters = item.filters})},
+            }
+        end
+    end
+    local associations = {}
+    for trigger_id, trigger in pairs(numbers.trigger) do
+        for _, action in ipairs(ask("get_trigger_associations", trigger_id)) do
+            -- One that was made meanwhile is not in the document.
+            if numbers.action[action.action_id] then
+                associations[#associations + 1] = {trigger, numbers.action[action.action_id]}
+            end
+        end
+    end
+    table.sort(associations, function(left, right)
+        return left[1] < right[1] or (left[1] == right[1] and left[2] < right[2])
+    end)
+    for place, association in ipairs(associations) do
+        associations[place] = json.members{{"trigger_id", association[1]}, {"action_id", association[2]}}
+    end
+    return json.members{
+        {"format", format}, {"version", version}, {"actions", lists.action}, {"triggers", lists.trigger},
+        {"associations", associations},
+    }
+end
+
+--- The whole catalogue as a table. Passwords are left out unless `passwords` is true.
+function methods.export(ask, given)
+    return json.to_table(whole_document(ask, "export", given))
+end
+
+--- The whole catalogue as a JSON text, to the byte what the tool's `export` writes. Passwords are null unless `passwords` is true.
+function methods.export_json(ask, given)
+    return json.pretty(whole_document(ask, "export_json", given)) .. "\n"
+end
+
+local function check_list(what, value)
+    if type(value) ~= "table" or json.is_object(value) then
+        refuse("%s must be a list", what)
+    end
+    local count = 0
+    for _ in pairs(value) do
+        count = count + 1
+    end
+    for place = 1, count do
+        if value[place] == nil then
+            refuse("%s must be a list, without holes or names", what)
+        end
+    end
 end
 
 local function from_wire(what, fields, wire)
@@ -126,10 +241,10 @@ local function from_wire(what, fields, wire)
     for _, field in ipairs(fields) do
         for _, part in ipairs(field.parts or {{wire = field.name}}) do
             local value = wire[part.wire]
-            if field.parts and type(value) ~= "table" then
-                refuse("%s: '%s' must be a list", what, part.wire)
+            if field.parts or json.is_object(value) then
+                check_list(what .. ": '" .. part.wire .. "'", value)
             end
-            values[#values + 1] = value == nil and document.null or value
+            values[#values + 1] = value == nil and json.null or value
         end
     end
     local named = arguments.by_name(fields, values)
@@ -137,55 +252,27 @@ local function from_wire(what, fields, wire)
         refuse("%s: lists that belong together differ in length", what)
     end
     for name, value in pairs(named) do
-        if value == document.null then
+        if value == json.null then
             named[name] = nil
         end
     end
     return named
 end
 
---- Stands for JSON's null, also in what libraries give that have a value of their own for it: anything but a text.
-document.null = setmetatable({}, {__tostring = function() return "null" end})
-
-local function settings_fields(kind)
-    return operations["create_" .. kind].inputs
+-- JSON libraries have values of their own for null.
+local function is_null(value)
+    local kind = type(value)
+    return kind ~= "string" and kind ~= "number" and kind ~= "boolean"
 end
 
---- The whole catalogue. Passwords are left out unless `passwords` is true.
-function methods.export(ask, given)
-    given = given or {}
-    local exported = {format = format, version = version, actions = {}, triggers = {}, associations = {}}
-    for _, item in ipairs(list(ask, "action")) do
-        local settings = to_wire(settings_fields(item.kind), item.settings)
-        if not given.passwords then
-            settings.password = nil
-        end
-        exported.actions[#exported.actions + 1] = {
-            id = item.id, kind = item.kind, settings = settings,
-            filters = to_wire(operations.get_action_filters.results, {filters = item.filters}),
-        }
-    end
-    for _, item in ipairs(list(ask, "trigger")) do
-        exported.triggers[#exported.triggers + 1] = {
-            id = item.id, kind = item.kind, settings = to_wire(settings_fields(item.kind), item.settings),
-        }
-        for _, action in ipairs(ask("get_trigger_associations", item.id)) do
-            exported.associations[#exported.associations + 1] = {trigger_id = item.id, action_id = action.action_id}
-        end
-    end
-    return exported
-end
-
--- Checks everything that can be checked before anything is made.
-local function read_items(ask, noun, items)
-    if type(items) ~= "table" then
-        refuse("import: '%ss' must be a list", noun)
-    end
+-- The items of a document, checked as calls check their arguments. Passwords that are null are empty then; `hidden` has those items.
+local function read_items(noun, items, hidden)
+    check_list("import: '" .. noun .. "s'", items)
     local read, seen = {}, {}
     for place, item in ipairs(items) do
         local what = string.format("import: %s %s", noun, tostring(type(item) == "table" and item.id or "at place " .. place))
-        if type(item) ~= "table" or type(item.id) ~= "number" or seen[item.id] then
-            refuse("%s: 'id' must be a number that no other %s has", what, noun)
+        if type(item) ~= "table" or not arguments.is_number(item.id) or item.id == 0 or seen[item.id] then
+            refuse("%s: 'id' must be a whole number from 1 to 4294967295 that no other %s has", what, noun)
         end
         seen[item.id] = true
         local is_known = false
@@ -197,28 +284,52 @@ local function read_items(ask, noun, items)
         end
         local fields = settings_fields(item.kind)
         local settings = from_wire(what, fields, item.settings)
-        if item.kind == "ftp_action" and type(settings.password) ~= "string" then
-            local succeeded, present = pcall(ask, "get_ftp_action", item.id)
-            if not succeeded then
-                refuse("%s has no password, and there is no such action that has one", what)
-            end
-            settings.password = present.password
+        local found = {id = item.id, kind = item.kind, settings = settings}
+        if item.kind == "ftp_action" and is_null(settings.password) then
+            settings.password = ""
+            hidden[found] = what
         end
         local fault = arguments.fault(what, fields, settings)
         if fault then
             refuse("%s", fault)
         end
-        local filters
         if noun == "action" then
-            filters = from_wire(what .. ": filters", operations.get_action_filters.results, item.filters).filters
-            fault = arguments.fault(what, operations.set_action_filters.inputs, {action_id = 0, filters = filters})
+            found.filters = from_wire(what .. ": filters", filters_fields, item.filters).filters
+            fault = arguments.fault(what, operations.set_action_filters.inputs, {action_id = 0, filters = found.filters})
             if fault then
                 refuse("%s", fault)
             end
         end
-        read[#read + 1] = {id = item.id, kind = item.kind, settings = settings, filters = filters}
+        read[place] = found
     end
     return read, seen
+end
+
+-- FTP actions in canonical order with what tells them apart: their name, and which of that name they are.
+local function each_ftp_action(items, visit)
+    local count = {}
+    for _, item in ipairs(canonical("action", items)) do
+        if item.kind == "ftp_action" then
+            local name = item.settings.action_name
+            count[name] = (count[name] or 0) + 1
+            visit(name .. "\0" .. count[name], item)
+        end
+    end
+end
+
+-- A document without passwords means those that the service has now.
+local function fill_passwords(ask, actions, hidden)
+    if not next(hidden) then
+        return
+    end
+    local passwords = {}
+    each_ftp_action(list(ask, "action"), function(key, item) passwords[key] = item.settings.password end)
+    each_ftp_action(actions, function(key, item)
+        if hidden[item] then
+            item.settings.password = passwords[key] or
+                refuse("%s has no password, and there is no ftp_action of its name that has one", hidden[item])
+        end
+    end)
 end
 
 -- Makes an item and notes how it is deleted; gives its identifier.
@@ -231,22 +342,30 @@ local function make(ask, note, noun, item)
     return id
 end
 
---- Adds what is in a document to the catalogue: all of it, or nothing. Gives the new identifiers by those of the document.
+--- Adds what is in a document, a table or a JSON text, to the catalogue: all of it, or nothing. Gives the new identifiers by those
+--- of the document. Everything that can be checked is, before anything is made.
 function methods.import(ask, given)
+    if type(given) == "string" then
+        local read, fault = json.read(given)
+        if read == nil then
+            refuse("import: %s", fault)
+        end
+        given = read
+    end
     if type(given) ~= "table" or given.format ~= format or given.version ~= version then
         refuse("import: takes a document with format = \"%s\" and version = %d", format, version)
     end
-    local actions, known_actions = read_items(ask, "action", given.actions)
-    local triggers, known_triggers = read_items(ask, "trigger", given.triggers)
-    if type(given.associations) ~= "table" then
-        refuse("import: 'associations' must be a list")
-    end
+    local hidden = {}
+    local actions, known_actions = read_items("action", given.actions, hidden)
+    local triggers, known_triggers = read_items("trigger", given.triggers, {})
+    check_list("import: 'associations'", given.associations)
     for place, association in ipairs(given.associations) do
         if type(association) ~= "table" or not known_triggers[association.trigger_id] or
             not known_actions[association.action_id] then
             refuse("import: association %d names what is not in the document", place)
         end
     end
+    fill_passwords(ask, actions, hidden)
     return all_or_nothing(ask, function(note)
         local new = {actions = {}, triggers = {}}
         for _, item in ipairs(actions) do
