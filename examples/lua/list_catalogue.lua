@@ -4,49 +4,53 @@
 --     lua5.1 list_catalogue.lua
 
 package.path = (arg[0]:match("^.*/") or "./") .. "?.lua;" .. package.path
-local camera = require "camera"
-local catalogue = require "catalogue"
+local ae = require "korvo.action_engine"
+local describe = require "describe"
 
-local function show_item(service, which, identifier, kind)
-    if not kind then
-        print(string.format("%s %.0f: of a type that this program does not know", which.noun, identifier))
-        return
+local days = {
+    {ae.kSunday, "Sun"}, {ae.kMonday, "Mon"}, {ae.kTuesday, "Tue"}, {ae.kWednesday, "Wed"}, {ae.kThursday, "Thu"},
+    {ae.kFriday, "Fri"}, {ae.kSaturday, "Sat"},
+}
+
+-- What the numbers count is the service's own: this is written for one that takes seconds since midnight.
+local function window(filter)
+    local names = {}
+    for _, day in ipairs(days) do
+        if math.floor(filter.weekdays / day[1]) % 2 == 1 then
+            names[#names + 1] = day[2]
+        end
     end
-    local item = catalogue.read(service, which, identifier, kind)
-    print(string.format("%s %.0f: %s %q", which.noun, identifier, kind:gsub("_", " "), catalogue.name(which, item)))
-    for _, setting in ipairs(catalogue.settings(which, item)) do
-        if setting ~= which.noun .. "_name" then
-            print(string.format("    %s = %s", setting, catalogue.setting_as_text(setting, item[setting])))
+    local function time(seconds)
+        return string.format("%02d:%02d", math.floor(seconds / 3600), math.floor(seconds / 60) % 60)
+    end
+    return table.concat(names, " ") .. " from " .. time(filter.start) .. " to " .. time(filter.stop)
+end
+
+local function show(noun, item)
+    print(describe.title(noun, item))
+    for _, setting in ipairs(describe.settings(item)) do
+        if setting.name ~= noun .. "_name" then
+            print("    " .. setting.name .. " = " .. setting.text)
         end
     end
 end
 
-local function show_filters(service, identifier)
-    for _, text in ipairs(catalogue.filters_as_texts(catalogue.read_filters(service, identifier))) do
-        print("    runs only " .. text)
-    end
-end
-
-local function show_bound_actions(service, identifier)
-    local action_ids = camera.identifiers((service.get_trigger_associations(identifier)))
-    for place, action_id in ipairs(action_ids) do
-        action_ids[place] = string.format("%.0f", action_id)
-    end
-    print("    runs " .. (action_ids[1] and "action " .. table.concat(action_ids, ", ") or "nothing"))
-end
-
-camera.run(function()
-    local service = camera.open("list_catalogue")
-    local actions, action_kinds = catalogue.list(service, catalogue.actions)
-    local triggers, trigger_kinds = catalogue.list(service, catalogue.triggers)
+describe.run("list_catalogue.lua", function()
+    local engine = assert(ae.open{name = "list_catalogue"}):strict()
+    local actions, triggers = engine:list_actions(), engine:list_triggers()
     print(string.format("actions: %d, triggers: %d", #actions, #triggers))
-    for _, identifier in ipairs(actions) do
-        show_item(service, catalogue.actions, identifier, action_kinds[identifier])
-        show_filters(service, identifier)
+    for _, action in ipairs(actions) do
+        show("action", action)
+        for _, filter in ipairs(action.filters) do
+            print("    runs only " .. window(filter))
+        end
     end
-    for _, identifier in ipairs(triggers) do
-        show_item(service, catalogue.triggers, identifier, trigger_kinds[identifier])
-        show_bound_actions(service, identifier)
+    for _, trigger in ipairs(triggers) do
+        show("trigger", trigger)
+        local ids = {}
+        for place, action in ipairs(engine:get_trigger_associations(trigger.id)) do
+            ids[place] = string.format("%.0f", action.action_id)
+        end
+        print("    runs " .. (ids[1] and "action " .. table.concat(ids, ", ") or "nothing"))
     end
-    service.close()
 end)

@@ -1,49 +1,38 @@
 -- SPDX-License-Identifier: Apache-2.0
--- Watches what is in the catalogue and says what changes. Scripts cannot be called back, so it asks again and again.
+-- Watches what is in the catalogue and says what changes. No event tells of that, so it asks again and again.
 --
 --     lua5.1 watch.lua [--interval SECONDS] [--count HOW_OFTEN]      (every second, until it is interrupted)
 
 package.path = (arg[0]:match("^.*/") or "./") .. "?.lua;" .. package.path
-local api = require "korvo_api_action_engine"
-local camera = require "camera"
-local catalogue = require "catalogue"
+local ae = require "korvo.action_engine"
+local describe = require "describe"
 
 io.stdout:setvbuf("line")
 
-local function options(arguments)
+local function options()
     local given = {interval = 1, count = math.huge}
-    for place = 1, #arguments, 2 do
-        local name = arguments[place]:match("^%-%-(%a+)$")
-        given[given[name] and name or error("unknown option '" .. arguments[place] .. "'", 0)] =
-            tonumber(arguments[place + 1]) or error(arguments[place] .. " needs a number", 0)
+    for place = 1, #arg, 2 do
+        local name = arg[place]:match("^%-%-(%a+)$")
+        given[given[name] and name or error("unknown option '" .. arg[place] .. "'", 0)] =
+            tonumber(arg[place + 1]) or error(arg[place] .. " needs a number", 0)
     end
     return given
 end
 
--- Lua has no way to wait by itself. False when somebody has interrupted the waiting.
-local function wait(seconds)
-    return os.execute(string.format("sleep %f", seconds)) == 0
-end
-
--- Everything as texts: settings by their names, by "action 1" and so on.
-local function look(service)
+-- Titles and settings as texts, by "action 1" and so on, or nil and what is wrong.
+local function look(engine)
     local seen = {}
-    for _, which in ipairs {catalogue.actions, catalogue.triggers} do
-        local identifiers, kinds = catalogue.list(service, which)
-        for _, identifier in ipairs(identifiers) do
-            local found, item = pcall(catalogue.read, service, which, identifier, kinds[identifier])
-            if found then
-                local texts = {}
-                for _, setting in ipairs(catalogue.settings(which, item)) do
-                    texts[setting] = catalogue.setting_as_text(setting, item[setting])
-                end
-                local key = string.format("%s %.0f", which.noun, identifier)
-                seen[key] = {title = string.format("%s: %s %q", key, (item.kind:gsub("_", " ")),
-                    catalogue.name(which, item)), texts = texts}
-            elseif camera.status_of(item) ~= api.KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE then
-                -- Status 9 is one that has been deleted since it was listed.
-                error(item, 0)
+    for _, noun in ipairs {"action", "trigger"} do
+        local items, problem = engine["list_" .. noun .. "s"](engine)
+        if not items then
+            return nil, problem
+        end
+        for _, item in ipairs(items) do
+            local texts = {}
+            for _, setting in ipairs(describe.settings(item)) do
+                texts[setting.name] = setting.text
             end
+            seen[string.format("%s %.0f", noun, item.id)] = {title = describe.title(noun, item), texts = texts}
         end
     end
     return seen
@@ -52,7 +41,7 @@ end
 local function sorted_keys(table_of)
     local keys = {}
     for key in pairs(table_of) do
-        table.insert(keys, key)
+        keys[#keys + 1] = key
     end
     table.sort(keys)
     return keys
@@ -68,36 +57,34 @@ local function report(before, now)
         if not before[key] then
             print("new      " .. now[key].title)
         else
-            for _, setting in ipairs(sorted_keys(now[key].texts)) do
-                local old, new = before[key].texts[setting], now[key].texts[setting]
+            for _, name in ipairs(sorted_keys(now[key].texts)) do
+                local old, new = before[key].texts[name], now[key].texts[name]
                 if old ~= new then
-                    print(string.format("changed  %s: %s is now %s, it was %s", key, setting, new, tostring(old)))
+                    print(string.format("changed  %s: %s is now %s, it was %s", key, name, new, tostring(old)))
                 end
             end
         end
     end
 end
 
-camera.run(function(arguments)
-    local given = options(arguments)
-    local service = camera.open("watch")
+describe.run("watch.lua", function()
+    local given = options()
+    local engine = assert(ae.open{name = "watch"})
     local before, answers = {}, true
-    local rounds = 0
-    repeat
-        local succeeded, now = pcall(look, service)
-        if succeeded then
+    for round = 1, given.count do
+        if round > 1 then
+            ae.sleep(given.interval)
+        end
+        local now, problem = look(engine)
+        if now then
             if not answers then
                 print("the service answers again")
             end
             report(before, now)
-            before, answers = now, true
-        elseif not camera.status_of(now) then
-            error(now, 0)
+            before = now
         elseif answers then
-            print("the service does not answer: " .. tostring(now))
-            answers = false
+            print("the service does not answer: " .. problem)
         end
-        rounds = rounds + 1
-    until rounds >= given.count or not wait(given.interval)
-    service.close()
+        answers = now ~= nil
+    end
 end)
