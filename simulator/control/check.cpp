@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/control/check.h"
 
+#include <optional>
+
 #include "simulator/filters.h"
 #include "simulator/log.h"
 #include "simulator/meaning.h"
@@ -20,11 +22,13 @@ onvif::Namespaces namespacesIn(Members const &members) {
     return namespaces;
 }
 
+/// What reading the filter gave, or why it could not be read.
 template <typename Read>
 object verdictOf(Read read) {
     try {
-        read();
-        return {{"accepted", true}};
+        object told = read();
+        told["accepted"] = true;
+        return told;
     } catch (onvif::SyntaxError const &error) {
         object told{{"accepted", false}, {"words", error.what()}};
         if (error.column() != 0) {
@@ -37,15 +41,36 @@ object verdictOf(Read read) {
 }  // namespace
 
 object checkTopicFilter(Members const &members) {
+    onvif::Namespaces const namespaces = namespacesIn(members);
+    std::optional<onvif::Topic> topic;
+    if (members.has("topic")) {
+        try {
+            topic = onvif::parseTopic(members.text("topic"), namespaces);
+        } catch (onvif::SyntaxError const &error) {
+            throw impossible(error.what());
+        }
+    }
     return verdictOf([&] {
-        (void)onvif::TopicFilter(members.text("topic_filter"), members.text("topic_filter_dialect", ""),
-                                 namespacesIn(members));
+        onvif::TopicFilter const filter(members.text("topic_filter"),
+                                        members.text("topic_filter_dialect", ""), namespaces);
+        return topic ? object{{"takes", filter.matches(*topic)}} : object();
     });
 }
 
 object checkContentFilter(Members const &members) {
-    return verdictOf(
-        [&] { (void)onvif::ContentFilter(members.text("content_filter"), namespacesIn(members)); });
+    onvif::Namespaces const namespaces = namespacesIn(members);
+    std::optional<onvif::Message> message;
+    if (members.has("message")) {
+        try {
+            message.emplace(members.text("message"), namespaces);
+        } catch (onvif::MessageError const &error) {
+            throw impossible(error.what());
+        }
+    }
+    return verdictOf([&] {
+        onvif::ContentFilter const filter(members.text("content_filter"), namespaces);
+        return message ? object{{"takes", filter.matches(*message)}} : object();
+    });
 }
 
 object checkFilters(Members const &members, Wall now) {

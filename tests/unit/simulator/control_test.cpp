@@ -236,6 +236,26 @@ TEST_F(ControlTest, ChecksFilters) {
         "false");
 }
 
+TEST_F(ControlTest, TellsWhatAFilterTakes) {
+    std::string const names =
+        R"(,"namespace_keys":["a"],"namespace_uris":["http://www.onvif.org/ver10/schema"]})";
+    std::string const topics = R"({"command":"Check_topic_filter","topic_filter":"a:B//.","topic":)";
+    EXPECT_EQ(text(ask(topics + R"("a:B/C")" + names).at("takes")), "true");
+    EXPECT_EQ(text(ask(topics + R"("a:C")" + names).at("takes")), "false");
+    EXPECT_FALSE(ask(R"({"command":"Check_topic_filter","topic_filter":"a:B")" + names).contains("takes"));
+    EXPECT_THAT(refusal(topics + R"("b:C")" + names), HasSubstr("the prefix \"b\" stands for no namespace"));
+
+    std::string const contents =
+        R"json({"command":"Check_content_filter","content_filter":"boolean(//a:SimpleItem[@Name=\"x\"])","message":)json";
+    EXPECT_EQ(text(ask(contents + R"("<a:M><a:SimpleItem Name='x'/></a:M>")" + names).at("takes")), "true");
+    EXPECT_EQ(text(ask(contents + R"("<a:M><a:SimpleItem Name='y'/></a:M>")" + names).at("takes")), "false");
+    EXPECT_THAT(refusal(contents + R"("text")" + names), HasSubstr("message"));
+    auto const unreadable =
+        ask(R"({"command":"Check_content_filter","content_filter":"true","message":"<a:M/>")" + names);
+    EXPECT_EQ(text(unreadable.at("accepted")), "false");
+    EXPECT_FALSE(unreadable.contains("takes"));
+}
+
 TEST_F(ControlTest, TellsOfDevicesAsTimeGoesBy) {
     auto const job = [](std::size_t type, Values settings) {
         return Job{1, &action_kinds[type], std::move(settings), ""};
