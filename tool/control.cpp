@@ -132,4 +132,17 @@ void Control::subscribe(Waiter &waiter) {
     }
 }
 
+std::unique_ptr<Control> controlIfThere(Settings const &settings) {
+    auto control = std::make_unique<Control>(settings);
+    try {
+        (void)control->ask("Get_clock");
+    } catch (Failure const &failure) {
+        if (failure.code() != Exit::no_service) {
+            throw;
+        }
+        return nullptr;
+    }
+    return control;
+}
+
 }  // namespace tool

@@ -3,6 +3,7 @@
 #define KORVO_TOOL_CONTROL_H
 
 #include <boost/json/object.hpp>
+#include <memory>
 #include <string>
 
 #include "korvo_core.h"
@@ -35,6 +36,9 @@ class Control {
     void *messaging_ = nullptr;
     unsigned int requests_ = 0;
 };
+
+/// Nothing where no service for development machines is running.
+std::unique_ptr<Control> controlIfThere(Settings const &settings);
 
 }  // namespace tool
 

@@ -12,6 +12,7 @@
 #include "tool/events.h"
 #include "tool/failure.h"
 #include "tool/interruption.h"
+#include "tool/markup.h"
 #include "tool/namespaces.h"
 #include "tool/output.h"
 
@@ -148,32 +149,6 @@ void waitService(Context &context) {
     }
 }
 
-std::string escaped(std::string const &text) {
-    std::string result;
-    for (char const character : text) {
-        switch (character) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            case '\n':
-                result += "&#10;";
-                break;
-            default:
-                result += character;
-        }
-    }
-    return result;
-}
-
 std::string utcNow() {
     std::time_t const now = std::time(nullptr);
     struct tm parts = {};
@@ -208,7 +183,7 @@ std::string messageOf(Arguments const &arguments) {
         section->items += "<tt:SimpleItem Name=\"" + escaped(item.substr(0, end)) + "\" Value=\"" +
                           escaped(item.substr(end + 1)) + "\"/>";
     }
-    std::string message = "<tt:Message xmlns:tt=\"http://www.onvif.org/ver10/schema\" UtcTime=\"" +
+    std::string message = std::string("<tt:Message xmlns:tt=\"") + schema_uri + "\" UtcTime=\"" +
                           escaped(arguments.has("--time") ? arguments.text("--time") : utcNow()) + "\"";
     if (arguments.has("--operation")) {
         std::string const property = arguments.text("--operation");

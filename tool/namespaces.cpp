@@ -9,8 +9,7 @@
 namespace tool {
 
 Namespaces namespacesIn(std::string const &option, std::vector<std::string> const &words) {
-    std::map<std::string, std::string> all = {{"tns1", "http://www.onvif.org/ver10/topics"},
-                                              {"tt", "http://www.onvif.org/ver10/schema"}};
+    std::map<std::string, std::string> all = {{"tns1", topics_uri}, {"tt", schema_uri}};
     for (std::string const &word : words) {
         auto const end = word.find('=');
         if (end == std::string::npos || end == 0) {

@@ -8,6 +8,10 @@
 
 namespace tool {
 
+/// What the usual prefixes tns1, of topics, and tt, of messages, stand for.
+constexpr char const *topics_uri = "http://www.onvif.org/ver10/topics";
+constexpr char const *schema_uri = "http://www.onvif.org/ver10/schema";
+
 /// Prefixes and what they stand for, as parallel lists.
 struct Namespaces {
     boost::json::array keys;

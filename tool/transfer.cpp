@@ -191,6 +191,13 @@ Catalogue catalogueIn(std::string const &parameter, std::string const &text) {
     return catalogue;
 }
 
+Catalogue chosenCatalogue(Context &context) {
+    if (context.arguments.has("FILE")) {
+        return catalogueIn("FILE", textOfFile("FILE", context.arguments.text("FILE")));
+    }
+    return readCatalogue(context.client());
+}
+
 Catalogue canonical(Catalogue const &catalogue) {
     Catalogue sorted = catalogue;
     for (auto *entries : {&sorted.actions, &sorted.triggers}) {

@@ -10,11 +10,15 @@
 #include <vector>
 
 #include "tool/catalogue.h"
+#include "tool/command.h"
 
 namespace tool {
 
 /// Throws a Failure that names the parameter and says which entry is wrong.
 Catalogue catalogueIn(std::string const &parameter, std::string const &text);
+
+/// The document that the parameter FILE names, or what the service has where none is given.
+Catalogue chosenCatalogue(Context &context);
 
 /// The same in canonical order with new identifiers.
 Catalogue canonical(Catalogue const &catalogue);
