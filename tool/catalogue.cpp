@@ -9,6 +9,7 @@
 #include "tool/failure.h"
 #include "tool/output.h"
 #include "tool/progress.h"
+#include "tool/secrets.h"
 
 namespace tool {
 namespace {
@@ -217,6 +218,35 @@ json::object documentOf(Catalogue const &catalogue) {
 std::string titleOf(Entry const &entry) {
     return (entry.isAction() ? "action " : "trigger ") + std::to_string(entry.id) + " (" +
            printable(entry.name()) + ")";
+}
+
+namespace {
+
+bool isTelling(json::value const &value) {
+    return !(value == json::value(false)) && !(value == json::value("")) &&
+           !(value.is_array() && value.get_array().empty());
+}
+
+}  // namespace
+
+std::string settingsInWords(Settings const &settings, Entry const &entry) {
+    json::object shown = entry.settings;
+    hideSecrets(settings, shown);
+    std::string text;
+    for (auto const &member : shown) {
+        if (member.key() != "action_name" && member.key() != "trigger_name" && isTelling(member.value())) {
+            text +=
+                (text.empty() ? "" : " ") + std::string(member.key()) + "=" + cut(inWords(member.value()));
+        }
+    }
+    return text;
+}
+
+std::string kindInWords(Entry const &entry) {
+    if (entry.kind.empty()) {
+        return "(unknown)";
+    }
+    return entry.kind.substr(0, entry.kind.rfind('_'));
 }
 
 namespace {

@@ -52,6 +52,11 @@ std::string triggerKind(unsigned int type);
 /// "action 7 (Gate)".
 std::string titleOf(Entry const &entry);
 
+/// "timer", "(unknown)".
+std::string kindInWords(Entry const &entry);
+/// All settings but the name, and but what is empty; long ones are cut.
+std::string settingsInWords(Settings const &settings, Entry const &entry);
+
 /// The action or trigger that a word names: "7", "action:7", or its name. Throws a Failure where there is none, or several.
 unsigned int findAction(Catalogue const &catalogue, std::string const &parameter, std::string const &word);
 unsigned int findTrigger(Catalogue const &catalogue, std::string const &parameter, std::string const &word);

@@ -18,49 +18,6 @@ namespace {
 
 namespace json = boost::json;
 
-constexpr std::size_t longest_value = 40;
-
-/// At most so many characters, with an ellipsis where some are missing.
-std::string cut(std::string const &text) {
-    if (widthOf(text) <= longest_value) {
-        return text;
-    }
-    std::size_t end = 0;
-    for (std::size_t characters = 0; characters < longest_value; ++characters) {
-        ++end;
-        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
-            ++end;
-        }
-    }
-    return text.substr(0, end) + "...";
-}
-
-bool isTelling(json::value const &value) {
-    return !(value == json::value(false)) && !(value == json::value("")) &&
-           !(value.is_array() && value.get_array().empty());
-}
-
-/// All but the name, and but what is empty.
-std::string settingsInWords(Settings const &settings, Entry const &entry) {
-    json::object shown = entry.settings;
-    hideSecrets(settings, shown);
-    std::string text;
-    for (auto const &member : shown) {
-        if (member.key() != "action_name" && member.key() != "trigger_name" && isTelling(member.value())) {
-            text +=
-                (text.empty() ? "" : " ") + std::string(member.key()) + "=" + cut(inWords(member.value()));
-        }
-    }
-    return text;
-}
-
-std::string kindInWords(Entry const &entry) {
-    if (entry.kind.empty()) {
-        return "(unknown)";
-    }
-    return entry.kind.substr(0, entry.kind.rfind('_'));
-}
-
 std::string identifiers(std::vector<Entry const *> const &entries) {
     std::string text;
     for (Entry const *entry : entries) {

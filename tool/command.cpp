@@ -26,6 +26,7 @@ std::vector<Command> const &commands() {
         addRuleCommands(made);
         addEventCommands(made);
         addTransferCommands(made);
+        addGraphCommands(made);
         addLintCommands(made);
         addTraceCommands(made);
         addSimulatorCommands(made);

@@ -75,6 +75,7 @@ void addCatalogueCommands(std::vector<Command> &commands);
 void addRuleCommands(std::vector<Command> &commands);
 void addEventCommands(std::vector<Command> &commands);
 void addTransferCommands(std::vector<Command> &commands);
+void addGraphCommands(std::vector<Command> &commands);
 void addLintCommands(std::vector<Command> &commands);
 void addTraceCommands(std::vector<Command> &commands);
 void addSimulatorCommands(std::vector<Command> &commands);

@@ -10,6 +10,7 @@
 #include <set>
 
 #include "tool/markup.h"
+#include "tool/members.h"
 #include "tool/namespaces.h"
 #include "tool/output.h"
 #include "tool/progress.h"
@@ -22,17 +23,6 @@ namespace json = boost::json;
 
 constexpr unsigned int every_day = 127;
 constexpr unsigned int day_seconds = 86'400;
-
-json::array const &listIn(json::object const &members, char const *name) {
-    static json::array const none;
-    auto const *const found = members.if_contains(name);
-    return found != nullptr && found->is_array() ? found->get_array() : none;
-}
-
-std::string textIn(json::object const &members, char const *name) {
-    auto const *const found = members.if_contains(name);
-    return found != nullptr && found->is_string() ? std::string(found->get_string()) : "";
-}
 
 bool isBlank(std::string const &text) {
     return text.find_first_not_of(" \t\r\n") == std::string::npos;

@@ -118,6 +118,21 @@ std::string printable(std::string const &text) {
     return result;
 }
 
+std::string cut(std::string const &text) {
+    constexpr std::size_t longest = 40;
+    if (widthOf(text) <= longest) {
+        return text;
+    }
+    std::size_t end = 0;
+    for (std::size_t characters = 0; characters < longest; ++characters) {
+        ++end;
+        while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+            ++end;
+        }
+    }
+    return text.substr(0, end) + "...";
+}
+
 namespace {
 
 constexpr std::size_t short_line = 100;

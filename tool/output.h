@@ -31,6 +31,9 @@ std::size_t widthOf(std::string const &text);
 /// Control characters, which a terminal would obey, as escapes.
 std::string printable(std::string const &text);
 
+/// At most 40 characters, with an ellipsis where some are missing.
+std::string cut(std::string const &text);
+
 /// Laid out for people, with two blanks a level; short lists and objects stay on one line.
 std::string pretty(boost::json::value const &value);
 /// A value for people: lists by commas, flags as yes and no.

@@ -10,80 +10,22 @@
 #include "tool/event_document.h"
 #include "tool/failure.h"
 #include "tool/output.h"
+#include "tool/trace_words.h"
 
 namespace tool {
 namespace {
 
 namespace json = boost::json;
 
-constexpr char const *plain = "\x1b[0m";
-
-std::string coloured(std::string const &text, std::string const &verdict) {
-    if (!output::isColoured()) {
-        return text;
-    }
-    char const *colour = "\x1b[33m";
-    if (verdict == "ran" || verdict == "succeeded" || verdict == "fires" || verdict == "would run") {
-        colour = "\x1b[32m";
-    } else if (verdict == "failed" || verdict == "refused") {
-        colour = "\x1b[31m";
-    }
-    return colour + text + plain;
-}
-
-/// Empty where there is none.
-std::string textIn(json::object const &members, char const *name) {
-    auto const *const found = members.if_contains(name);
-    return found == nullptr || found->is_null() ? "" : inWords(*found);
-}
-
-json::array const &listIn(json::object const &members, char const *name) {
-    static json::array const none;
-    auto const *const found = members.if_contains(name);
-    return found != nullptr && found->is_array() ? found->get_array() : none;
-}
-
-void addEntry(std::string &text, char const *what, json::object const &entry) {
-    std::string const kind = what;
-    std::string const verdict = textIn(entry, "verdict");
-    text += "  " + kind + " " + textIn(entry, (kind + "_id").c_str()) + " (" +
-            textIn(entry, (kind + "_name").c_str()) + "): " + coloured(verdict, verdict);
-    for (char const *member : {"why", "window", "words"}) {
-        std::string const more = textIn(entry, member);
-        text += more.empty() ? "" : (std::string(member) == "why" ? ": " : "; ") + more;
-    }
-    std::string const milliseconds = textIn(entry, "milliseconds");
-    text += milliseconds.empty() || verdict == "held back" ? "" : " (" + milliseconds + " ms)";
-    text += "\n";
-}
-
-std::string inWords(json::object const &trace) {
-    std::string const id = textIn(trace, "id");
-    std::string const outcome = textIn(trace, "outcome");
-    std::string const topic = textIn(trace, "topic");
-    std::string const refusal = textIn(trace, "refusal");
-    std::string text = (id.empty() ? "" : "trace " + id + "  ") + textIn(trace, "time") + "  " +
-                       textIn(trace, "cause") + (topic.empty() ? "" : " " + topic) +
-                       (outcome.empty() ? "" : ": " + coloured(outcome, outcome)) +
-                       (refusal.empty() ? "" : ": " + refusal) + "\n";
-    for (auto const &trigger : listIn(trace, "triggers")) {
-        addEntry(text, "trigger", trigger.as_object());
-    }
-    for (auto const &action : listIn(trace, "actions")) {
-        addEntry(text, "action", action.as_object());
-    }
-    for (char const *what : {"triggers", "actions"}) {
-        std::string const left_out = textIn(trace, (std::string(what) + "_left_out").c_str());
-        text += left_out.empty() || left_out == "0" ? "" : "  and " + left_out + " more " + what + "\n";
-    }
-    return text;
+json::array const &tracesIn(json::object const &answer) {
+    return answer.at("traces").as_array();
 }
 
 void show(Context &context, json::object const &trace) {
     if (context.settings.json) {
         output::json(trace);
     } else {
-        output::write(inWords(trace));
+        output::write(traceInWords(trace, output::isColoured()));
     }
 }
 
@@ -106,7 +48,7 @@ void why(Context &context) {
     choice["limit"] = context.arguments.flag("--last") || choice.empty() ? 1 : 10;
     Control control(context.settings);
     auto const answer = control.ask("Get_traces", choice);
-    auto const &traces = listIn(answer, "traces");
+    auto const &traces = tracesIn(answer);
     if (traces.empty() && !context.settings.json) {
         output::line("Nothing has happened" + std::string(choice.size() > 1 ? " to it" : "") +
                      ": no event and no timer that the service still remembers.");
@@ -132,11 +74,11 @@ void trace(Context &context) {
     auto const show_new = [&] {
         for (bool more = true; more;) {
             auto const answer = control.ask("Get_traces", choice);
-            for (auto const &entry : listIn(answer, "traces")) {
+            for (auto const &entry : tracesIn(answer)) {
                 show(context, entry.as_object());
                 last = entry.as_object().at("id");
             }
-            more = choice.contains("after") && !listIn(answer, "traces").empty() &&
+            more = choice.contains("after") && !tracesIn(answer).empty() &&
                    answer.at("more") == json::value(true);
             choice["after"] = last;
         }

@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "tool/failure.h"
+#include "tool/members.h"
 
 namespace tool {
 namespace {
@@ -128,14 +129,9 @@ char const *weekdayName(unsigned int weekday) {
 }
 
 std::vector<Window> windowsIn(json::object const &filters) {
-    auto const list = [&](char const *name) -> json::array const & {
-        static json::array const none;
-        auto const *const found = filters.if_contains(name);
-        return found != nullptr && found->is_array() ? found->get_array() : none;
-    };
-    auto const &weekdays = list("weekday_filters");
-    auto const &starts = list("time_filters_start");
-    auto const &ends = list("time_filters_end");
+    auto const &weekdays = listIn(filters, "weekday_filters");
+    auto const &starts = listIn(filters, "time_filters_start");
+    auto const &ends = listIn(filters, "time_filters_end");
     std::vector<Window> windows;
     for (std::size_t place = 0; place < std::min({weekdays.size(), starts.size(), ends.size()}); ++place) {
         windows.push_back({weekdays[place].to_number<unsigned int>(), starts[place].to_number<unsigned int>(),
