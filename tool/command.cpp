@@ -28,6 +28,7 @@ std::vector<Command> const &commands() {
         addTransferCommands(made);
         addGraphCommands(made);
         addLintCommands(made);
+        addReportCommands(made);
         addTraceCommands(made);
         addSimulatorCommands(made);
         addCompletionCommands(made);

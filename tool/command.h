@@ -77,6 +77,7 @@ void addEventCommands(std::vector<Command> &commands);
 void addTransferCommands(std::vector<Command> &commands);
 void addGraphCommands(std::vector<Command> &commands);
 void addLintCommands(std::vector<Command> &commands);
+void addReportCommands(std::vector<Command> &commands);
 void addTraceCommands(std::vector<Command> &commands);
 void addSimulatorCommands(std::vector<Command> &commands);
 void addCompletionCommands(std::vector<Command> &commands);

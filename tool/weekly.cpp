@@ -6,7 +6,9 @@
 #include <boost/json/value.hpp>
 #include <charconv>
 #include <cstdio>
+#include <iterator>
 #include <optional>
+#include <set>
 
 #include "tool/failure.h"
 #include "tool/members.h"
@@ -24,17 +26,6 @@ constexpr unsigned int day_seconds = 86'400;
 /// From Monday on, as people count.
 unsigned int dayAt(unsigned int place) {
     return (place + 1) % days;
-}
-
-std::string clockTime(unsigned int seconds) {
-    char text[32];
-    unsigned int const minutes = seconds / 60;
-    if (seconds % 60 == 0) {
-        (void)std::snprintf(text, sizeof text, "%02u:%02u", minutes / 60, minutes % 60);
-    } else {
-        (void)std::snprintf(text, sizeof text, "%02u:%02u:%02u", minutes / 60, minutes % 60, seconds % 60);
-    }
-    return text;
 }
 
 std::string daysInWords(unsigned int weekdays) {
@@ -124,6 +115,17 @@ std::optional<unsigned int> secondsOf(std::string const &words) {
 
 }  // namespace
 
+std::string clockTime(unsigned int seconds) {
+    char text[32];
+    unsigned int const minutes = seconds / 60;
+    if (seconds % 60 == 0) {
+        (void)std::snprintf(text, sizeof text, "%02u:%02u", minutes / 60, minutes % 60);
+    } else {
+        (void)std::snprintf(text, sizeof text, "%02u:%02u:%02u", minutes / 60, minutes % 60, seconds % 60);
+    }
+    return text;
+}
+
 char const *weekdayName(unsigned int weekday) {
     return names[weekday % days];
 }
@@ -193,6 +195,30 @@ bool isOpen(std::vector<Window> const &windows, unsigned int weekday, unsigned i
         }
         return (today && window.start <= second) || (yesterday && second < window.end);
     });
+}
+
+std::vector<std::pair<unsigned int, unsigned int>> openTimes(std::vector<Window> const &windows,
+                                                             unsigned int weekday) {
+    // Between two of these nothing changes.
+    std::set<unsigned int> changes = {0};
+    for (Window const &window : windows) {
+        changes.insert({window.start, window.end});
+    }
+    changes.erase(changes.lower_bound(day_seconds), changes.end());
+    changes.insert(day_seconds);
+    std::vector<std::pair<unsigned int, unsigned int>> times;
+    for (auto begin = changes.begin(); *begin < day_seconds; ++begin) {
+        if (!isOpen(windows, weekday, *begin)) {
+            continue;
+        }
+        unsigned int const end = *std::next(begin);
+        if (!times.empty() && times.back().second == *begin) {
+            times.back().second = end;
+        } else {
+            times.emplace_back(*begin, end);
+        }
+    }
+    return times;
 }
 
 }  // namespace tool

@@ -6,6 +6,7 @@
 
 #include <boost/json/object.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tool {
@@ -30,6 +31,12 @@ Window windowOf(std::string const &option, std::string const &words);
 /// Whether some window is open at this second of a day, Sunday being 0.
 bool isOpen(std::vector<Window> const &windows, unsigned int weekday, unsigned int second);
 
+/// When some window is open on a weekday, each from a second of the day to the one behind its last.
+std::vector<std::pair<unsigned int, unsigned int>> openTimes(std::vector<Window> const &windows,
+                                                             unsigned int weekday);
+
+/// "08:00", or "08:00:01".
+std::string clockTime(unsigned int seconds);
 char const *weekdayName(unsigned int weekday);
 
 }  // namespace tool
