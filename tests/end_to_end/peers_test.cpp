@@ -8,7 +8,6 @@
 
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <future>
 #include <memory>
 #include <string>
@@ -34,7 +33,7 @@ class RawClient {
     RawClient() : socket_(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         sockaddr_un address = {};
         address.sun_family = AF_UNIX;
-        std::string const path = socketPath();
+        std::string const path = Service::socketPath();
         EXPECT_LT(path.size(), sizeof address.sun_path);
         std::memcpy(address.sun_path, path.data(), std::min(path.size(), sizeof address.sun_path - 1));
         EXPECT_EQ(connect(socket_.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0)
@@ -63,18 +62,6 @@ class RawClient {
     void close() { socket_.reset(); }
 
   private:
-    /// That of the service, not of its control: what the name begins with is made of the service's.
-    static std::string socketPath() {
-        constexpr char const *action_engine = "fe8630b91f775a9f9776bb75";
-        for (auto const &entry :
-             std::filesystem::directory_iterator(Workspace::ofThisProgram().runtimeFolder())) {
-            if (entry.is_socket() && entry.path().filename().string().rfind(action_engine, 0) == 0) {
-                return entry.path().string();
-            }
-        }
-        return "";
-    }
-
     Descriptor socket_;
 };
 

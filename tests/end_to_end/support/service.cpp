@@ -49,6 +49,18 @@ void Service::start() {
     }
 }
 
+/// That of the service, not of its control: what the name begins with is made of the service's.
+std::string Service::socketPath() {
+    constexpr char const *action_engine = "fe8630b91f775a9f9776bb75";
+    for (auto const &entry :
+         std::filesystem::directory_iterator(Workspace::ofThisProgram().runtimeFolder())) {
+        if (entry.is_socket() && entry.path().filename().string().rfind(action_engine, 0) == 0) {
+            return entry.path().string();
+        }
+    }
+    return "";
+}
+
 void Service::stop() {
     child_->signal(SIGTERM);
     auto const exit = child_->wait();

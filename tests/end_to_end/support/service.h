@@ -48,6 +48,9 @@ class Service {
         return child_->errors().waitFor(wanted, from);
     }
 
+    /// The socket of the one that runs.
+    static std::string socketPath();
+
     /// How to run the program with these options and nothing else.
     static Command command(std::vector<std::string> options);
 

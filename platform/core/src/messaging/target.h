@@ -161,6 +161,15 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     bool gather(PeerPointer const &peer) noexcept;
     void drop(PeerPointer const &peer, char const *reason) noexcept KORVO_EXCLUDES(mutex_);
     void boundMemory() KORVO_EXCLUDES(mutex_);
+    /// Disconnects the peer for which most is held, to go on with less memory. False when nobody makes the service hold much.
+    bool giveMemoryBack() KORVO_EXCLUDES(mutex_);
+    /// What is held for all peers, and for the one that it is most for.
+    struct Holdings {
+        PeerPointer greediest;
+        std::size_t most = 0;
+        std::size_t all = 0;
+    };
+    Holdings holdings() KORVO_EXCLUDES(mutex_);
     PeerPointer findPeer(std::string_view source) KORVO_EXCLUDES(mutex_);
     bool isServingThread() const {
         return serving_thread_.load(std::memory_order_relaxed) == std::this_thread::get_id();

@@ -240,31 +240,47 @@ void Target::arrangeFlush(std::vector<PeerPointer> const &peers) {
     }
 }
 
+Target::Holdings Target::holdings() {
+    Holdings found;
+    Hold hold(mutex_, log_);
+    // Of those that are connected: others are just about to go.
+    for (auto const &[number, peer] : peers_) {
+        std::size_t const bytes = peer->read_memory + peer->unsent_memory;
+        found.all += bytes;
+        if (bytes > found.most) {
+            found.most = bytes;
+            found.greediest = peer;
+        }
+    }
+    return found;
+}
+
 void Target::boundMemory() {
     while (held_by_peers_.load(std::memory_order_relaxed) > limits::service_bytes) {
-        PeerPointer greediest;
-        std::size_t most = 0;
-        std::size_t all = 0;
-        {
-            Hold hold(mutex_, log_);
-            // Of those that are connected: others are just about to go.
-            for (auto const &[number, peer] : peers_) {
-                std::size_t const bytes = peer->read_memory + peer->unsent_memory;
-                all += bytes;
-                if (bytes > most) {
-                    most = bytes;
-                    greediest = peer;
-                }
-            }
-        }
-        if (all <= limits::service_bytes) {
+        Holdings const held = holdings();
+        if (held.all <= limits::service_bytes) {
             return;
         }
         log_.warning(
             "an initiator of service %s is disconnected: all together make it hold %zu bytes, this one %zu",
-            service_.c_str(), all, most);
-        drop(greediest, "the service holds too much, and for it the most");
+            service_.c_str(), held.all, held.most);
+        drop(held.greediest, "the service holds too much, and for it the most");
     }
+}
+
+bool Target::giveMemoryBack() {
+    Holdings const held = holdings();
+    // What each connection reads with is no hoard.
+    if (held.most <= limits::read_buffer) {
+        return false;
+    }
+    if (shortages_.count()) {
+        log_.warning(
+            "memory is too short; an initiator of service %s is disconnected, for which it holds %zu bytes",
+            service_.c_str(), held.most);
+    }
+    drop(held.greediest, "memory is too short, and the service holds the most for it");
+    return true;
 }
 
 void Target::drop(PeerPointer const &peer, char const *reason) noexcept {

@@ -286,7 +286,16 @@ void Target::acceptPeers() {
 }
 
 void Target::readPeer(PeerPointer const &peer) {
-    frame::Decoder::Space const space = peer->decoder.space();
+    frame::Decoder::Space space = {};
+    try {
+        space = peer->decoder.space();
+    } catch (std::bad_alloc const &) {
+        // Otherwise frames without an end would keep all memory, and nobody would be served any more.
+        if (!giveMemoryBack()) {
+            throw;
+        }
+        return;
+    }
     ssize_t const count = recv(peer->socket.get(), space.begin, space.size, MSG_DONTWAIT);
     if (count < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR)) {
         return;
