@@ -28,7 +28,7 @@ Dispatcher::Dispatcher(Engine &engine, Settings settings, Log const &log,
       version_(settings.version),
       faults_(settings.faults),
       log_(log),
-      real_time_(std::move(real_time)) {
+      refusals_(log, std::move(real_time)) {
     response_.reserve(longest_confirmation);
 }
 
@@ -115,20 +115,8 @@ void Dispatcher::logFailure(char const *why) noexcept {
 }
 
 void Dispatcher::logRefusal(char const *why) noexcept {
-    // A client that sends nothing but nonsense must not fill the log.
-    constexpr unsigned int most_a_second = 20;
     try {
-        Engine::Time const now = real_time_();
-        if (now - refusals_since_ >= std::chrono::seconds(1)) {
-            if (refusals_ > most_a_second) {
-                log_.warning(std::to_string(refusals_ - most_a_second) + " more commands were refused");
-            }
-            refusals_since_ = now;
-            refusals_ = 0;
-        }
-        if (++refusals_ <= most_a_second) {
-            log_.warning(commandName() + " refused: " + why);
-        }
+        refusals_.tell(commandName(), why);
     } catch (std::exception const &) {
         // As above.
     }

@@ -13,6 +13,7 @@
 #include "simulator/faults.h"
 #include "simulator/handlers/call.h"
 #include "simulator/log.h"
+#include "simulator/refusal_log.h"
 
 namespace simulator {
 
@@ -62,9 +63,7 @@ class Dispatcher {
     CommandReader reader_;
     std::string response_;
     handlers::ToldVersions told_versions_;
-    std::function<Engine::Time()> real_time_;
-    Engine::Time refusals_since_{};
-    unsigned int refusals_ = 0;
+    RefusalLog refusals_;
 };
 
 }  // namespace simulator

@@ -9,12 +9,15 @@
 #include <utility>
 
 #include "korvo_core.h"
-#include "simulator/capture.h"
+#include "simulator/captures/rebuilding.h"
+#include "simulator/captures/recording.h"
+#include "simulator/captures/tape.h"
 #include "simulator/catalogue.h"
 #include "simulator/folders.h"
 #include "simulator/log.h"
 #include "simulator/loop.h"
 #include "simulator/options.h"
+#include "simulator/refused.h"
 #include "simulator/runners/runner.h"
 #include "simulator/service.h"
 #include "simulator/state_folder.h"
@@ -71,6 +74,31 @@ simulator::Engine::Settings engineSettings(simulator::Options const &options, si
     return settings;
 }
 
+simulator::Catalogue catalogue(simulator::Store &store, simulator::Options const &options,
+                               simulator::Log const &log) {
+    simulator::Catalogue made(store, options.rules);
+    if (options.from_capture.empty()) {
+        return made;
+    }
+    for (auto const table : {simulator::Catalogue::Table::actions, simulator::Catalogue::Table::triggers}) {
+        if (!made.entries(table).empty()) {
+            throw std::runtime_error("--from-capture: the store " + simulator::quoted(options.store) +
+                                     " holds a catalogue already; give --store another file");
+        }
+    }
+    simulator::Rebuilt rebuilt = simulator::catalogueIn(simulator::readCapture(options.from_capture));
+    try {
+        made.replace(std::move(rebuilt.contents));
+    } catch (simulator::Refused const &refused) {
+        throw std::runtime_error("cannot build the catalogue from the capture " +
+                                 simulator::quoted(options.from_capture) + ": " + refused.what());
+    }
+    for (std::string const &remark : rebuilt.remarks) {
+        log.warning("from the capture: " + remark);
+    }
+    return made;
+}
+
 void serve(simulator::Options const &options) {
     if (!options.log_level.empty() &&
         ::setenv("KORVO_LOG_LEVEL", options.log_level.c_str(), /*overwrite*/ 1) != 0) {
@@ -102,16 +130,18 @@ void serve(simulator::Options const &options) {
     simulator::runners::Runner runner(
         {folder(options.snapshots, "snapshots"), folder(options.outbox, "outbox")},
         [&clock] { return clock.wall(); }, [&clock] { return clock.now(); }, log, std::move(live));
-    std::optional<simulator::Capture> capture;
+    simulator::Tape tape(log);
     if (!options.capture.empty()) {
-        capture.emplace(
+        tape.startCapture(
             options.capture,
             options.show_secrets ? simulator::Capture::Secrets::shown : simulator::Capture::Secrets::hidden,
-            log);
+            simulator::Capture::Existing::added_to);
     }
-    simulator::Service service(
-        loop, logging.handle(), options.target, simulator::Catalogue(store, options.rules), options.answers,
-        engineSettings(options, log), clock, runner, capture ? &*capture : nullptr, log);
+    if (!options.replay.empty()) {
+        tape.startReplay(options.replay, clock.now());
+    }
+    simulator::Service service(loop, logging.handle(), options.target, catalogue(store, options, log),
+                               options.answers, engineSettings(options, log), clock, runner, tape, log);
     std::cout << program << ": ready (target " << simulator::quoted(options.target) << ")" << std::endl;
     service.run();
 }

@@ -251,6 +251,14 @@ void setShowSecrets(Options &options, std::string const &) {
     options.show_secrets = true;
 }
 
+void setReplay(Options &options, std::string const &value) {
+    options.replay = nonEmpty("replay", value);
+}
+
+void setFromCapture(Options &options, std::string const &value) {
+    options.from_capture = nonEmpty("from-capture", value);
+}
+
 void setLiveTimeOut(Options &options, std::string const &value) {
     constexpr std::uint32_t most = 3600;
     auto const number = wholeNumber(value);
@@ -335,6 +343,12 @@ constexpr Row general[] = {
      "Passwords are null.",
      setCapture},
     {"show-secrets", nullptr, "Leave passwords in the capture.", setShowSecrets},
+    {"replay", "FILE",
+     "Answer clients as this capture has it, and send\nits events at their places, so that a fault shows\n"
+     "again. The catalogue is not asked.",
+     setReplay},
+    {"from-capture", "FILE",
+     "Begin with the catalogue that this capture shows.\nThe store must be new or empty.", setFromCapture},
     {"help", nullptr, "Print the options and exit.", setHelp},
     {"version", nullptr, "Print the program's version and exit.", setVersion},
 };

@@ -29,6 +29,9 @@ struct Options {
     /// Empty for none.
     std::string capture;
     bool show_secrets = false;
+    /// Empty for none.
+    std::string replay;
+    std::string from_capture;
     /// What really leaves the machine, with which logins (a file, or empty) and authorities (likewise).
     bool live_mail = false;
     bool live_ftp = false;

@@ -29,15 +29,15 @@ constexpr std::chrono::milliseconds pause_after_failure{100};
 
 Service::Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
                  Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
-                 runners::Runner &runner, Capture *capture, Log const &log)
+                 runners::Runner &runner, Tape &tape, Log const &log)
     : loop_(loop),
       clock_(clock),
-      capture_(capture),
+      tape_(tape),
       log_(log),
       runner_(runner),
       engine_(std::move(catalogue), surroundings(runner), log, settings),
       dispatcher_(engine_, answers, log),
-      control_({engine_, clock, dispatcher_.faults(), runner, [this] { loop_.wake(); }}, log),
+      control_({engine_, clock, dispatcher_.faults(), runner, tape, [this] { loop_.wake(); }}, log),
       logging_(logging),
       target_(target) {
     listen(protocol::service, onCommand, messaging_);
@@ -98,7 +98,7 @@ Engine::Surroundings Service::surroundings(runners::Runner &runner) {
             [this] { return clock_.wall(); },
             [this] { return clock_.local(); },
             [&runner](Job const &job, auto const &done) { runner.run(job, done); },
-            [this](std::string const &event) { publish(messaging_, event); },
+            [this](std::string const &event) { publishOwn(event); },
             [this] { loop_.wake(); }};
 }
 
@@ -153,22 +153,38 @@ void Service::answerControl() {
 }
 
 void Service::takeCommand(char const *source, char const *request_id, char const *command) {
-    capture(messaging_, source, Capture::Direction::to_service, command);
-    Dispatcher::Answer const answer = dispatcher_.answer(command);
-    if (answer.text.empty()) {
+    note(messaging_, source, request_id, Capture::Direction::to_service, command);
+    bool const replayed =
+        tape_.replays() && tape_.answer(command, clock_.now(),
+                                        {[this](std::string const &event) { publish(messaging_, event); },
+                                         [&](Replay::Answer const &recorded) {
+                                             answer(source, request_id, recorded.text, recorded.delay);
+                                         }});
+    if (replayed) {
+        // The next event is another one.
+        loop_.wake();
         return;
     }
-    if (answer.close) {
+    Dispatcher::Answer const made = dispatcher_.answer(command);
+    if (made.text.empty()) {
+        return;
+    }
+    if (made.close) {
         close_ = true;
         loop_.wake();
         return;
     }
-    for (int times = answer.duplicate ? 2 : 1; times > 0; --times) {
-        if (answer.delay.count() == 0) {
-            send(messaging_, source, request_id, answer.text);
-        } else {
-            sendLater(source, request_id, answer.text, answer.delay);
-        }
+    for (int times = made.duplicate ? 2 : 1; times > 0; --times) {
+        answer(source, request_id, made.text, made.delay);
+    }
+}
+
+void Service::answer(char const *source, char const *request_id, std::string const &response,
+                     std::chrono::milliseconds delay) {
+    if (delay.count() == 0) {
+        send(messaging_, source, request_id, response);
+    } else {
+        sendLater(source, request_id, response, delay);
     }
 }
 
@@ -204,8 +220,14 @@ void Service::sendDue() {
     }
 }
 
+void Service::publishOwn(std::string const &event) {
+    if (!tape_.replays()) {
+        publish(messaging_, event);
+    }
+}
+
 void Service::publish(void *messaging, std::string const &event) {
-    capture(messaging, "", Capture::Direction::from_service, event);
+    note(messaging, "", "", Capture::Direction::from_service, event);
     korvo_core_status const status = korvo_core_ipc_target_event_send(messaging, event.c_str());
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
         log_.warning(std::string("an event was not published: ") + korvo_core_status_to_string(status));
@@ -213,7 +235,7 @@ void Service::publish(void *messaging, std::string const &event) {
 }
 
 void Service::send(void *messaging, char const *source, char const *request_id, std::string const &response) {
-    capture(messaging, source, Capture::Direction::from_service, response);
+    note(messaging, source, request_id, Capture::Direction::from_service, response);
     korvo_core_status const status =
         korvo_core_ipc_target_response_send(messaging, source, request_id, response.c_str());
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
@@ -221,11 +243,11 @@ void Service::send(void *messaging, char const *source, char const *request_id, 
     }
 }
 
-void Service::capture(void const *messaging, std::string_view peer, Capture::Direction direction,
-                      std::string_view text) const noexcept {
+void Service::note(void const *messaging, std::string_view peer, std::string_view request,
+                   Capture::Direction direction, std::string_view text) const noexcept {
     // The other handle may not be there yet when the first command comes.
-    if (capture_ != nullptr && messaging == messaging_) {
-        capture_->note(std::chrono::system_clock::now(), peer, direction, text);
+    if (messaging == messaging_) {
+        tape_.note(std::chrono::system_clock::now(), {peer, request, direction, text});
     }
 }
 
@@ -238,7 +260,7 @@ void Service::tell(char const *what, std::exception const &error) const noexcept
 }
 
 std::optional<Loop::Clock::time_point> Service::nextMoment() {
-    auto const next = engine_.nextDeadline();
+    auto const next = earlier(engine_.nextDeadline(), tape_.nextDeadline());
     std::optional<Loop::Clock::time_point> deadline = next ? clock_.realTimeOf(*next) : std::nullopt;
     if (engine_.tracesWait()) {
         deadline = std::min(deadline.value_or(traces_due_), traces_due_);
@@ -278,6 +300,7 @@ void Service::run() noexcept {
                 closeConnections();
             }
             sendDue();
+            tape_.sendDue(clock_.now(), [this](std::string const &event) { publish(messaging_, event); });
             runner_.finish();
             answerControl();
             keepTraces();

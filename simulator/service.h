@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/capture.h"
+#include "simulator/captures/tape.h"
 #include "simulator/catalogue.h"
 #include "simulator/control/control.h"
 #include "simulator/dispatcher.h"
@@ -32,11 +32,11 @@ namespace simulator {
 /// of their own, what waits for the last thread, and the messaging handles, which the core lets any thread send on.
 class Service {
   public:
-    /// Listens for commands from now on. Without a capture (NULL) nothing is recorded. What it is given must outlive the
-    /// service. Throws std::runtime_error when the core refuses.
+    /// Listens for commands from now on. What it is given must outlive the service. Throws std::runtime_error when the core
+    /// refuses.
     Service(Loop &loop, void *logging, std::string const &target, Catalogue catalogue,
             Dispatcher::Settings answers, Engine::Settings const &settings, Clock &clock,
-            runners::Runner &runner, Capture *capture, Log const &log);
+            runners::Runner &runner, Tape &tape, Log const &log);
     /// Takes no more commands and waits for the one that is being answered.
     ~Service();
 
@@ -73,10 +73,15 @@ class Service {
     static void onControl(char **source, char **request_id, char **command, void *context);
     static void onCommand(char **source, char **request_id, char **command, void *context);
     void takeCommand(char const *source, char const *request_id, char const *command);
+    /// Sends it at once or later.
+    void answer(char const *source, char const *request_id, std::string const &response,
+                std::chrono::milliseconds delay);
     void sendLater(std::string source, std::string request_id, std::string response,
                    std::chrono::milliseconds delay);
 
     // On the thread that runs.
+    /// Publishes what actions have done, unless clients are answered from a capture.
+    void publishOwn(std::string const &event);
     void answerControl();
     /// Closes all connections to the service, as a fault has it, and listens again.
     void closeConnections();
@@ -85,15 +90,15 @@ class Service {
     /// Lets traces come to the store, many at a time.
     void keepTraces();
 
-    void capture(void const *messaging, std::string_view peer, Capture::Direction direction,
-                 std::string_view text) const noexcept;
+    void note(void const *messaging, std::string_view peer, std::string_view request,
+              Capture::Direction direction, std::string_view text) const noexcept;
     void tell(char const *what, std::exception const &error) const noexcept;
     void send(void *messaging, char const *source, char const *request_id, std::string const &response);
     void publish(void *messaging, std::string const &event);
 
     Loop &loop_;
     Clock &clock_;
-    Capture *capture_;
+    Tape &tape_;
     Log const &log_;
     runners::Runner &runner_;
     Guarded<HeldAnswers> held_back_;

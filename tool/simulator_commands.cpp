@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The control of a service for development machines: sim clock, sim fault, sim device.
+// The control of a service for development machines: sim clock, sim fault, sim device, sim capture, sim replay.
 
 #include <boost/json/array.hpp>
 #include <boost/json/value.hpp>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tool/command.h"
 #include "tool/control.h"
@@ -101,6 +105,47 @@ void device(Context &context) {
     show(context, Control(context.settings).ask("Get_devices").at("devices").as_object());
 }
 
+/// The service has a folder of its own to start from.
+json::object fileIn(Arguments const &arguments) {
+    return {{"file", std::filesystem::absolute(arguments.text("FILE")).string()}};
+}
+
+/// The word says which; a file is for the first only.
+bool starts(Arguments const &arguments) {
+    std::string const what = arguments.text("WHAT");
+    if (what != "start" && what != "stop") {
+        throw Failure(Exit::usage, "there is nothing to " + what, "give start FILE, or stop");
+    }
+    if (arguments.has("FILE") != (what == "start")) {
+        throw Failure(Exit::usage, what == "start" ? "it needs a file" : "stop takes no file",
+                      "give start FILE, or stop");
+    }
+    return what == "start";
+}
+
+void capture(Context &context) {
+    Arguments const &arguments = context.arguments;
+    bool const start = starts(arguments);
+    if (!start && arguments.flag("--show-secrets")) {
+        throw Failure(Exit::usage, "--show-secrets is for start", "leave it out");
+    }
+    Control control(context.settings);
+    if (!start) {
+        show(context, control.ask("Stop_capture"));
+        return;
+    }
+    json::object members = fileIn(arguments);
+    members["secrets"] = arguments.flag("--show-secrets");
+    show(context, control.ask("Start_capture", members));
+}
+
+void replay(Context &context) {
+    Arguments const &arguments = context.arguments;
+    bool const start = starts(arguments);
+    Control control(context.settings);
+    show(context, start ? control.ask("Start_replay", fileIn(arguments)) : control.ask("Stop_replay"));
+}
+
 }  // namespace
 
 void addSimulatorCommands(std::vector<Command> &commands) {
@@ -137,6 +182,23 @@ void addSimulatorCommands(std::vector<Command> &commands) {
          fault});
     commands.push_back(
         {"sim device", group, "show relays, wiper, washer, head and pictures", "", {}, device});
+    commands.push_back(
+        {"sim capture",
+         group,
+         "write every message of the service into a new file, or end that",
+         "The file is for a report of a fault. Passwords are null in it.",
+         {{"WHAT", "start or stop", true, Takes::one, "start|stop", Completion::word, {"start", "stop"}},
+          {"FILE", "for start; it must not exist", false, Takes::one, "FILE", Completion::file},
+          {"--show-secrets", "leave passwords in it", false, Takes::flag}},
+         capture});
+    commands.push_back(
+        {"sim replay",
+         group,
+         "let the service answer from a capture, or end that",
+         "Its catalogue is not asked meanwhile.",
+         {{"WHAT", "start or stop", true, Takes::one, "start|stop", Completion::word, {"start", "stop"}},
+          {"FILE", "for start", false, Takes::one, "FILE", Completion::file}},
+         replay});
 }
 
 }  // namespace tool

@@ -64,6 +64,15 @@ onvif::Event eventIn(Members const &members) {
                      {members.texts("namespace_keys"), members.texts("namespace_uris")});
 }
 
+/// The service's own folder is none that its clients know.
+std::string fileIn(Members const &members) {
+    std::string path = members.text("file");
+    if (path.empty() || path.front() != '/' || path.find('\0') != std::string::npos) {
+        throw malformed("the member \"file\" must be an absolute path");
+    }
+    return path;
+}
+
 bool isAbout(json::object const &trace, char const *list, char const *member, std::uint32_t id) {
     json::value const *const entries = trace.if_contains(list);
     return entries != nullptr && entries->is_array() &&
@@ -152,6 +161,13 @@ Control::Object Control::carryOut(std::string_view name, Members const &members)
              control.replaceCatalogue(given);
              return Object();
          }},
+        {"Start_capture", [](Control &control, Members const &given) { return control.startCapture(given); }},
+        {"Stop_capture",
+         [](Control &control, Members const &) {
+             return Object{{"messages", control.parts_.tape.stopCapture()}};
+         }},
+        {"Start_replay", [](Control &control, Members const &given) { return control.startReplay(given); }},
+        {"Stop_replay", [](Control &control, Members const &) { return control.stopReplay(); }},
     };
     auto const *const row =
         std::find_if(std::begin(rows), std::end(rows), [&](Row const &one) { return one.name == name; });
@@ -226,7 +242,7 @@ bool Control::advance() {
     if (!advance_) {
         return false;
     }
-    auto const next = parts_.engine.nextDeadline();
+    auto const next = earlier(parts_.engine.nextDeadline(), parts_.tape.nextDeadline());
     if (next && *next <= advance_->until) {
         parts_.clock.advanceTo(*next);
         return true;
@@ -352,6 +368,24 @@ void Control::replaceCatalogue(Members const &members) {
     parts_.engine.change([&](EngineState &state) {
         state.replace(readDocument(members.objectAt("catalogue"), state.catalogue), parts_.clock.now());
     });
+}
+
+Control::Object Control::startCapture(Members const &members) {
+    parts_.tape.startCapture(fileIn(members),
+                             members.flag("secrets") ? Capture::Secrets::shown : Capture::Secrets::hidden,
+                             Capture::Existing::refused);
+    return {};
+}
+
+Control::Object Control::startReplay(Members const &members) {
+    parts_.tape.startReplay(fileIn(members), parts_.clock.now());
+    parts_.wake();
+    return {};
+}
+
+Control::Object Control::stopReplay() {
+    Replay::Counts const counts = parts_.tape.stopReplay();
+    return {{"answered", counts.answered}, {"refused", counts.refused}, {"left", counts.left}};
 }
 
 }  // namespace simulator::control

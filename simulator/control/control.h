@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "simulator/captures/tape.h"
 #include "simulator/engine.h"
 #include "simulator/faults.h"
 #include "simulator/guarded.h"
@@ -29,6 +30,7 @@ class Control {
         Clock &clock;
         Guarded<FaultTable> &faults;
         runners::Runner const &runner;
+        Tape &tape;
         /// Asks for Engine::step() and nextDeadline(), since the clock runs otherwise than before.
         std::function<void()> wake;
     };
@@ -61,6 +63,9 @@ class Control {
     Object inject(Members const &members);
     Object catalogue(Members const &members);
     void replaceCatalogue(Members const &members);
+    Object startCapture(Members const &members);
+    Object startReplay(Members const &members);
+    Object stopReplay();
 
     Parts parts_;
     Log const &log_;

@@ -71,6 +71,12 @@ class Clock {
     Time const last_;
 };
 
+/// The first of two moments, either of which may be none.
+inline std::optional<Clock::Time> earlier(std::optional<Clock::Time> first,
+                                          std::optional<Clock::Time> second) {
+    return !first || (second && *second < *first) ? second : first;
+}
+
 }  // namespace simulator
 
 #endif

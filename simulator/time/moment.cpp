@@ -150,4 +150,28 @@ std::optional<Wall> readMoment(std::string_view text) {
     return seconds ? std::optional<Wall>(std::chrono::system_clock::from_time_t(*seconds)) : std::nullopt;
 }
 
+namespace {
+/// Where the fraction stands: behind 2026-11-23T07:59:00.
+constexpr std::size_t fraction_place = 19;
+}  // namespace
+
+std::string preciseMomentText(Wall moment) {
+    auto const second = std::chrono::floor<std::chrono::seconds>(moment);
+    auto const milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(moment - second).count();
+    std::string text = momentText(second);
+    std::string const digits = std::to_string(1000 + milliseconds);
+    return text.replace(fraction_place, 0, "." + digits.substr(1));
+}
+
+std::optional<Wall> readPreciseMoment(std::string_view text) {
+    if (text.size() <= fraction_place || text[fraction_place] != '.') {
+        return readMoment(text);
+    }
+    std::string_view fraction = text.substr(fraction_place + 1);
+    auto const milliseconds = takeDigits(fraction, 3);
+    auto const second = readMoment(std::string(text.substr(0, fraction_place)).append(fraction));
+    return milliseconds && second ? std::optional<Wall>(*second + std::chrono::milliseconds(*milliseconds))
+                                  : std::nullopt;
+}
+
 }  // namespace simulator

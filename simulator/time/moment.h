@@ -39,6 +39,10 @@ std::string momentText(Wall moment);
 /// years out of range.
 std::optional<Wall> readMoment(std::string_view text);
 
+/// The same with milliseconds: 2026-11-23T07:59:00.250+01:00. What is read may also be without.
+std::string preciseMomentText(Wall moment);
+std::optional<Wall> readPreciseMoment(std::string_view text);
+
 /// What to say of a text that readMoment() does not take, behind the text.
 inline constexpr char const *no_moment =
     "is no time that the clock shows, written like 2026-11-23T07:59:00, with Z or +01:00 behind it or "

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "processes/temporary_folder.h"
 #include "support/service.h"
 #include "tool_program.h"
 
@@ -115,6 +116,30 @@ TEST(Simulator, TakesFaultsAndTime) {
     (void)results({"sim", "fault", "--clear-all"});
     EXPECT_TRUE(tool({"get-actions"}).exit == exited(0));
     EXPECT_TRUE(contains(results({"sim", "device"}), "relays       none\n"));
+}
+
+TEST(Simulator, CapturesAndReplays) {
+    Service service;
+    processes::TemporaryFolder const folder;
+    std::string const file = folder / "c";
+    EXPECT_TRUE(tool({"sim", "capture", "stop"}).exit == exited(5));
+    (void)results({"sim", "capture", "start", file});
+    (void)results({"create-wiper-action", "--action-name", "captured"});
+    std::string const listed = results({"get-actions"});
+    EXPECT_TRUE(contains(results({"sim", "capture", "stop"}), "messages  "));
+    EXPECT_TRUE(tool({"sim", "capture", "start", file}).exit == exited(5)) << "the file is there";
+    (void)results({"create-wiper-action", "--action-name", "not captured"});
+
+    (void)results({"sim", "replay", "start", file});
+    EXPECT_EQ(results({"get-actions"}), listed);
+    EXPECT_TRUE(tool({"get-actions"}).exit == exited(5)) << "it was captured once";
+    EXPECT_TRUE(contains(results({"sim", "replay", "stop"}), "refused   1\n"));
+    EXPECT_NE(results({"get-actions"}), listed);
+
+    EXPECT_TRUE(tool({"sim", "replay", "start"}).exit == exited(2));
+    EXPECT_TRUE(tool({"sim", "replay", "stop", file}).exit == exited(2));
+    EXPECT_TRUE(tool({"sim", "capture", "stop", "--show-secrets"}).exit == exited(2));
+    EXPECT_TRUE(tool({"sim", "replay", "begin", file}).exit == exited(2));
 }
 
 TEST(Simulator, IsMissed) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "simulator/capture.h"
+#include "simulator/captures/capture.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -16,9 +16,11 @@ namespace simulator::tests {
 
 namespace {
 
+constexpr Capture::Existing added_to = Capture::Existing::added_to;
+
 std::string textIn(std::string const &text, Capture::Secrets secrets = Capture::Secrets::hidden) {
-    boost::json::value const line =
-        boost::json::parse(Capture::line(Wall(), "peer", Capture::Direction::to_service, text, secrets));
+    boost::json::value const line = boost::json::parse(
+        Capture::line(Wall(), {"peer", "r", Capture::Direction::to_service, text}, secrets));
     return line.at("text").is_null() ? "null" : std::string(line.at("text").as_string());
 }
 
@@ -30,19 +32,23 @@ TEST(Captures, AreOneObjectALine) {
     RecordedLog log;
     std::string const path = folder / "c.jsonl";
     {
-        Capture capture(path, Capture::Secrets::hidden, log.log());
-        Wall const time{std::chrono::seconds(1795417140)};
-        capture.note(time, "a", Capture::Direction::to_service, "{\"command\":\"Get_actions\"}\n");
-        capture.note(time, "", Capture::Direction::from_service, R"({"event":"Action_completed"})");
+        Capture capture(path, Capture::Secrets::hidden, added_to, log.log());
+        Wall const time{std::chrono::milliseconds(1795417140'007)};
+        capture.note(time, {"a", "7", Capture::Direction::to_service, "{\"command\":\"Get_actions\"}\n"});
+        capture.note(time, {"", "", Capture::Direction::from_service, R"({"event":"Action_completed"})"});
+        EXPECT_EQ(capture.count(), 2U);
     }
-    Capture(path, Capture::Secrets::hidden, log.log()).note(Wall(), "b", Capture::Direction::to_service, "x");
+    Capture(path, Capture::Secrets::hidden, added_to, log.log())
+        .note(Wall(), {"b", "8", Capture::Direction::to_service, "x"});
+    EXPECT_THROW(Capture(path, Capture::Secrets::hidden, Capture::Existing::refused, log.log()),
+                 std::runtime_error);
     EXPECT_EQ(
         readFile(path),
-        R"({"time":"2026-11-23T06:59:00+00:00","peer":"a","direction":"to service","text":"{\"command\":\"Get_actions\"}\n"})"
+        R"({"time":"2026-11-23T06:59:00.007+00:00","peer":"a","request":"7","direction":"to service","text":"{\"command\":\"Get_actions\"}\n"})"
         "\n"
-        R"({"time":"2026-11-23T06:59:00+00:00","peer":null,"direction":"from service","text":"{\"event\":\"Action_completed\"}"})"
+        R"({"time":"2026-11-23T06:59:00.007+00:00","peer":null,"request":null,"direction":"from service","text":"{\"event\":\"Action_completed\"}"})"
         "\n"
-        R"({"time":"1970-01-01T00:00:00+00:00","peer":"b","direction":"to service","text":"x"})"
+        R"({"time":"1970-01-01T00:00:00.000+00:00","peer":"b","request":"8","direction":"to service","text":"x"})"
         "\n");
     struct stat status {};
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
@@ -62,10 +68,11 @@ TEST(Captures, HoldNoPasswordsUnlessTheyShould) {
 
 TEST(Captures, ThatCannotBeWrittenAreToldOfOnce) {
     RecordedLog log;
-    EXPECT_THROW(Capture("/nowhere/c", Capture::Secrets::hidden, log.log()), std::runtime_error);
-    Capture full("/dev/full", Capture::Secrets::hidden, log.log());
-    full.note(Wall(), "a", Capture::Direction::to_service, "x");
-    full.note(Wall(), "a", Capture::Direction::to_service, "x");
+    EXPECT_THROW(Capture("/nowhere/c", Capture::Secrets::hidden, added_to, log.log()), std::runtime_error);
+    Capture full("/dev/full", Capture::Secrets::hidden, added_to, log.log());
+    full.note(Wall(), {"a", "7", Capture::Direction::to_service, "x"});
+    full.note(Wall(), {"a", "7", Capture::Direction::to_service, "x"});
+    EXPECT_EQ(full.count(), 0U);
     ASSERT_EQ(log.lines.size(), 1U);
     EXPECT_TRUE(log.holds("4 the capture lacks messages: "));
 }

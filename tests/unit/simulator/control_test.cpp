@@ -76,7 +76,8 @@ class ControlTest : public testing::Test {
                            [this] { return clock.wall(); },
                            [this] { return clock.now(); },
                            bench.log.log()};
-    control::Control control{{bench.engine, clock, bench.dispatcher.faults(), runner, [] {}},
+    Tape tape{bench.log.log()};
+    control::Control control{{bench.engine, clock, bench.dispatcher.faults(), runner, tape, [] {}},
                              bench.log.log()};
 };
 
@@ -113,7 +114,8 @@ TEST_F(ControlTest, AdvancesTheClockFromOneTimerToTheNext) {
 
 TEST_F(ControlTest, MovesNoRealClock) {
     Clock real({});
-    control::Control other({bench.engine, real, bench.dispatcher.faults(), runner, [] {}}, bench.log.log());
+    control::Control other({bench.engine, real, bench.dispatcher.faults(), runner, tape, [] {}},
+                           bench.log.log());
     std::string answer;
     other.answer(R"({"command":"Advance_clock","seconds":1})",
                  [&](std::string const &given) { answer = given; });
@@ -356,6 +358,32 @@ TEST_F(ControlTest, RefusesWhatItDoesNotKnow) {
     EXPECT_THAT(refusal(R"({"command":7})"), StartsWith("1: the member \"command\" must be a string"));
     EXPECT_THAT(refusal(R"({"command":"Get_actions"})"),
                 StartsWith("8: there is no control command \"Get_actions\"; there are Get_clock, "));
+}
+
+TEST_F(ControlTest, StartsAndStopsCapturesAndReplays) {
+    std::string const file = folder / "c";
+    std::string const named = R"(,"file":")" + file + "\"}";
+    EXPECT_EQ(refusal(R"({"command":"Stop_capture"})"), "9: no messages are captured");
+    EXPECT_EQ(refusal(R"({"command":"Stop_replay"})"), "9: no capture is replayed");
+    EXPECT_EQ(refusal(R"({"command":"Start_capture","file":"c"})"),
+              "1: the member \"file\" must be an absolute path");
+    EXPECT_EQ(refusal(R"({"command":"Start_replay"})"), "1: the member \"file\" is missing");
+    EXPECT_EQ(refusal(R"({"command":"Start_replay")" + named),
+              "9: cannot read the capture \"" + file + "\": No such file or directory");
+    EXPECT_EQ(refusal(R"({"command":"Start_capture","secrets":true)" + named), "0: ");
+    EXPECT_EQ(refusal(R"({"command":"Start_capture")" + named),
+              "9: messages are captured already; stop that first");
+    tape.note(Wall(), {"a", "1", Capture::Direction::to_service, R"({"command":"c","password":"p"})"});
+    EXPECT_EQ(text(ask(R"({"command":"Stop_capture"})")),
+              R"({"command":"Stop_capture","status":0,"messages":1})");
+    EXPECT_THAT(readFile(file), HasSubstr(R"(\"password\":\"p\")"));
+    EXPECT_EQ(refusal(R"({"command":"Start_capture")" + named),
+              "9: cannot write the capture \"" + file + "\": File exists");
+    EXPECT_EQ(refusal(R"({"command":"Start_replay")" + named), "0: ");
+    EXPECT_EQ(refusal(R"({"command":"Start_replay")" + named),
+              "9: a capture is replayed already; stop that first");
+    EXPECT_EQ(text(ask(R"({"command":"Stop_replay"})")),
+              R"({"command":"Stop_replay","status":0,"answered":0,"refused":0,"left":1})");
 }
 
 }  // namespace simulator::tests

@@ -218,6 +218,8 @@ TEST(Options, ThatAreWrongAreExplained) {
          "stable_onvif_trigger."},
         {{"--delete-policy", "never"}, "--delete-policy needs refuse or cascade; it was \"never\"."},
         {{"--shuffle", "--seed", "x"}, "--seed needs a whole number from 0 to 4294967295; it was \"x\"."},
+        {{"--replay", ""}, "--replay needs a value that is not empty."},
+        {{"--from-capture", ""}, "--from-capture needs a value that is not empty."},
         {{"--show-secrets"}, "--show-secrets is for a capture; give --capture FILE too."},
         {{"--seed", "1"}, "--seed is for orders that are drawn; give --shuffle too."},
         {{"--log-level", "loud"},
@@ -253,6 +255,8 @@ TEST(Options, AreExplainedInTheManualPageInTheSameWords) {
                                      "--seed NUMBER",
                                      "--capture FILE",
                                      "--show-secrets",
+                                     "--replay FILE",
+                                     "--from-capture FILE",
                                      "--help",
                                      "--version",
                                      "--fail METHOD=STATUS",
@@ -277,7 +281,7 @@ TEST(Options, OfTheManualPageAreAllInTheHelp) {
             ++options;
         }
     }
-    EXPECT_EQ(options, 26U);
+    EXPECT_EQ(options, 28U);
 }
 
 TEST(CloseMethodNames, AreAtMostThreeTheClosestFirst) {

@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
+#include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 #include <chrono>
 #include <condition_variable>
@@ -23,8 +25,10 @@
 #include <thread>
 #include <vector>
 
+#include "emulator/emulator.h"
 #include "korvo_core.h"
 #include "processes/child.h"
+#include "recorded.h"
 #include "support.h"
 
 namespace simulator::tests {
@@ -55,6 +59,18 @@ class Program {
 
     void signal(int number) { child_.signal(number); }
 
+    /// So many bytes of memory it has had at once; 0 where a sanitizer or an emulator has its own share of them.
+    std::size_t mostMemory() const {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+        return 0;
+#else
+        std::string const status = readFile("/proc/" + std::to_string(child_.pid()) + "/status");
+        std::size_t const peak = status.find("VmHWM:");
+        EXPECT_NE(peak, std::string::npos);
+        return !emulator::present ? std::stoul(status.substr(peak + 6)) * 1024 : 0;
+#endif
+    }
+
     /// Waits for the end. Minus the signal's number when it was one.
     int exitStatus() {
         auto const exit = child_.wait();
@@ -63,7 +79,9 @@ class Program {
     }
 
     /// All of standard error; only after exitStatus().
-    std::string errors() { return child_.errors().text(); }
+    std::string errors() {
+        return child_.errors().text();
+    }
 
   private:
     static processes::Command command(std::vector<std::string> arguments) {
@@ -338,6 +356,107 @@ TEST_F(ProgramTest, CapturesWhatGoesToAndFro) {
         HasSubstr(R"("direction":"from service","text":"{\"command\":\"Create_wiper_action\",\"status\":0)"));
 }
 
+TEST_F(ProgramTest, ShowsACapturedFaultAgain) {
+    TemporaryFolder const captures;
+    std::string const file = captures / "c";
+    std::vector<std::string> recorded;
+    auto const asked = [](Client &client) {
+        std::vector<std::string> answers;
+        client.subscribe();
+        for (char const *const command :
+             {create_wiper, R"({"command":"Create_timer_trigger","trigger_name":"t","timer_seconds":1})",
+              R"({"command":"Create_association","trigger_id":1,"action_id":1})"}) {
+            answers.push_back(client.call(command));
+        }
+        answers.push_back(client.events(1).front());
+        answers.push_back(client.call(get_actions));
+        return answers;
+    };
+    {
+        Program program({"--capture", file, "--fail", "Get_actions=7"});
+        expectReady(program);
+        Client client;
+        recorded = asked(client);
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.exitStatus(), 0);
+    }
+    Program program({"--replay", file});
+    expectReady(program);
+    Client client;
+    EXPECT_EQ(asked(client), recorded);
+    EXPECT_EQ(recorded.back(), R"(r: {"command":"Get_actions","status":7})");
+    EXPECT_EQ(client.call(get_actions), R"(r: {"command":"Get_actions","status":9})");
+    Client control("action_engine_simulator");
+    EXPECT_THAT(control.call(R"({"command":"Stop_replay"})"),
+                HasSubstr(R"("status":0,"answered":4,"refused":1,"left":0)"));
+    EXPECT_EQ(client.call(get_actions),
+              R"(r: {"command":"Get_actions","status":0,"action_id":[],"action_type":[]})");
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_THAT(program.errors(),
+                HasSubstr("refused: the capture holds this command no further time (once in all)"));
+}
+
+TEST_F(ProgramTest, TakesTheEventsOfAReplayFromAVirtualClock) {
+    TemporaryFolder const captures;
+    Captured captured;
+    captured.command(get_actions).answer("{}").after(std::chrono::hours(1)).event("after an hour");
+    writeFile(captures / "c", captured.text());
+    Program program({"--replay", captures / "c", "--clock", "virtual"});
+    expectReady(program);
+    Client client;
+    Client control("action_engine_simulator");
+    client.subscribe();
+    EXPECT_EQ(client.call(get_actions), "r: {}");
+    EXPECT_THAT(control.call(R"({"command":"Advance_clock","seconds":3601})"), HasSubstr(R"("status":0)"));
+    EXPECT_THAT(client.events(1), ElementsAre("after an hour"));
+}
+
+TEST_F(ProgramTest, BeginsWithTheCatalogueOfACapture) {
+    TemporaryFolder const captures;
+    Captured captured;
+    captured.command(create_wiper).answer(R"({"command":"Create_wiper_action","status":0,"action_id":7})");
+    writeFile(captures / "c", captured.text());
+    std::string const list = R"(r: {"command":"Get_actions","status":0,"action_id":[7],"action_type":[7]})";
+    for (bool const again : {false, true}) {
+        std::vector<std::string> arguments = {"--store", state / "lab.db"};
+        if (!again) {
+            arguments.insert(arguments.end(), {"--from-capture", captures / "c"});
+        }
+        Program program(arguments);
+        expectReady(program);
+        Client client;
+        EXPECT_EQ(client.call(get_actions), list);
+        program.signal(SIGTERM);
+        EXPECT_EQ(program.exitStatus(), 0);
+    }
+    Program full({"--store", state / "lab.db", "--from-capture", captures / "c"});
+    EXPECT_EQ(full.exitStatus(), 1);
+    EXPECT_THAT(full.errors(), HasSubstr("holds a catalogue already; give --store another file"));
+    writeFile(captures / "d", captured.text() + "{\n");
+    for (char const *const option : {"--from-capture", "--replay"}) {
+        Program malformed({option, captures / "d"});
+        EXPECT_EQ(malformed.exitStatus(), 1);
+        EXPECT_THAT(malformed.errors(), HasSubstr("line 3 is no JSON: incomplete JSON"));
+    }
+    captured.command(R"({"command":"Create_timer_trigger","trigger_name":"t","timer_seconds":1})")
+        .answer(R"({"command":"Create_timer_trigger","status":0,"trigger_id":1})");
+    captured
+        .command(
+            R"({"command":"Create_onvif_trigger","trigger_name":"o","topic_filter":"*","topic_filter_dialect":"","content_filter":"","namespace_keys":[],"namespace_uris":[]})")
+        .answer(R"({"command":"Create_onvif_trigger","status":0,"trigger_id":2})");
+    writeFile(captures / "e", captured.text());
+    Program nonsense({"--store", state / "new.db", "--from-capture", captures / "e"});
+    EXPECT_EQ(nonsense.exitStatus(), 1);
+    EXPECT_THAT(nonsense.errors(), HasSubstr("trigger 2: "));
+    Program empty({"--store", state / "new.db"});
+    expectReady(empty);
+    Client client;
+    EXPECT_EQ(client.call(R"({"command":"Get_triggers"})"),
+              R"(r: {"command":"Get_triggers","status":0,"trigger_id":[],"trigger_type":[]})")
+        << "nothing is half done";
+}
+
 TEST_F(ProgramTest, IsMovedAndQuestionedByItsControlService) {
     Program program({"--clock", "virtual=2026-11-23T07:59:00Z"});
     expectReady(program);
@@ -405,6 +524,80 @@ TEST_F(ProgramTest, HoldsUpNoOtherAnswerWhileOneIsDelayedAndLeavesDroppedOnesOut
               R"(late: {"command":"Get_triggers","status":0,"trigger_id":[],"trigger_type":[]})");
     EXPECT_GE(steady_clock::now() - start, milliseconds(300));
     EXPECT_EQ(client.receive(milliseconds(0)), std::nullopt);
+}
+
+TEST_F(ProgramTest, RefusesWhatIsTooMuchInWordsAndWorksOn) {
+    Program program({});
+    expectReady(program);
+    Client client;
+    auto const repeated = [](char const *text, std::size_t count) {
+        std::string all;
+        for (std::size_t n = 0; n < count; ++n) {
+            all += text;
+        }
+        return all;
+    };
+    std::string const condition = R"(boolean(//tt:SimpleItem[@Name="n"]))";
+    std::string const items = repeated(R"(<tt:SimpleItem Name="n" Value="v"/>)", 10'000);
+    constexpr std::size_t bound = 1'000'000;
+    enum class Is { event, topic_filter, content_filter };
+    struct Case {
+        Is what;
+        std::string text;
+        int status;
+        /// In the log; empty for what is taken.
+        char const *words;
+    };
+    Case const cases[] = {
+        {Is::content_filter, condition, 0, ""},
+        {Is::event, "", 9, "the message is no XML"},
+        {Is::event, "no XML", 9, "the message is no XML"},
+        {Is::event, "<m", 9, "the message is no XML"},
+        {Is::event, "<m>" + std::string(bound, 'x') + "</m>", 0, ""},
+        {Is::event, "<m>" + std::string(bound, 'x'), 9, "the message is no XML"},
+        {Is::event, "<tt:Message><tt:Data>" + items + "</tt:Data></tt:Message>", 0, ""},
+        {Is::event, repeated("<m>", bound / 7) + repeated("</m>", bound / 7), 9,
+         "the message has more than 100 elements in one another"},
+        {Is::event, "<m" + repeated(" a='b'", bound / 6) + "/>", 0, ""},
+        {Is::topic_filter, repeated("a/", 32 * 1024), 9, "it has 65536 bytes, and 32768 are the most"},
+        {Is::topic_filter, repeated("|", 30 * 1024), 9, "the topic filter, column 1:"},
+        {Is::content_filter, std::string(64 * 1024, ' '), 9, "it has 65536 bytes, and 32768 are the most"},
+        {Is::content_filter, repeated("(", 1000) + condition + repeated(")", 1000), 9,
+         "column 101: more than 100 brackets in one another"},
+        {Is::content_filter, repeated("not(", 1000) + condition + repeated(")", 1000), 9,
+         "column 401: more than 100 brackets in one another"},
+        {Is::content_filter, condition + repeated((" or " + condition).c_str(), 800), 0, ""},
+    };
+    auto const commandOf = [](Case const &one) {
+        boost::json::object command{{"namespace_keys", {"tt"}},
+                                    {"namespace_uris", {"http://www.onvif.org/ver10/schema"}}};
+        if (one.what == Is::event) {
+            command["command"] = "Onvif_event";
+            command["topic"] = "t";
+            command["message"] = one.text;
+        } else {
+            command["command"] = "Create_onvif_trigger";
+            command["trigger_name"] = "n";
+            command["topic_filter"] = one.what == Is::topic_filter ? one.text : "";
+            command["topic_filter_dialect"] = "";
+            command["content_filter"] = one.what == Is::content_filter ? one.text : "";
+        }
+        return boost::json::serialize(command);
+    };
+    for (int round = 0; round < 3; ++round) {
+        for (Case const &one : cases) {
+            EXPECT_THAT(client.call(commandOf(one)), HasSubstr("\"status\":" + std::to_string(one.status)))
+                << one.text.substr(0, 40) << ", " << one.text.size() << " bytes; " << one.words;
+        }
+    }
+    EXPECT_LT(program.mostMemory(), 256U << 20U);
+    EXPECT_THAT(client.call(get_actions), HasSubstr("\"status\":0"));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    std::string const log = program.errors();
+    for (Case const &one : cases) {
+        EXPECT_THAT(log, HasSubstr(one.words));
+    }
 }
 
 TEST_F(ProgramTest, SurvivesClientsThatDieAndSendNonsense) {

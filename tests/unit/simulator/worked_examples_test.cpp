@@ -85,7 +85,8 @@ class WorkedService {
                             [this] { return clock_.wall(); },
                             [this] { return clock_.now(); },
                             bench_.log.log()};
-    control::Control control_{{bench_.engine, clock_, bench_.dispatcher.faults(), runner_, [] {}},
+    Tape tape_{bench_.log.log()};
+    control::Control control_{{bench_.engine, clock_, bench_.dispatcher.faults(), runner_, tape_, [] {}},
                               bench_.log.log()};
 };
 

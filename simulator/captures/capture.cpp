@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "simulator/capture.h"
+#include "simulator/captures/capture.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -61,10 +61,12 @@ json::value shown(std::string_view text, Capture::Secrets secrets) {
 
 }  // namespace
 
-Capture::Capture(std::string const &path, Secrets secrets, Log const &log)
+Capture::Capture(std::string const &path, Secrets secrets, Existing existing, Log const &log)
     : secrets_(secrets),
       log_(log),
-      file_(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
+      file_(::open(path.c_str(),
+                   O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | (existing == Existing::refused ? O_EXCL : 0),
+                   0600)) {
     if (file_ < 0) {
         throw std::runtime_error("cannot write the capture " + quoted(path) + ": " +
                                  std::generic_category().message(errno));
@@ -75,30 +77,39 @@ Capture::~Capture() {
     ::close(file_);
 }
 
-std::string Capture::line(Wall time, std::string_view peer, Direction direction, std::string_view text,
-                          Secrets secrets) {
-    json::object const told{
-        {"time", momentText(time)},
-        {"peer", peer.empty() ? json::value(nullptr) : json::value(json::string(peer.data(), peer.size()))},
-        {"direction", direction == Direction::to_service ? "to service" : "from service"},
-        {"text", shown(text, secrets)}};
-    return json::serialize(told) + "\n";
+std::string Capture::line(Wall time, Message const &message, Secrets secrets) {
+    auto const told = [](std::string_view text) {
+        return text.empty() ? json::value(nullptr) : json::value(json::string(text.data(), text.size()));
+    };
+    json::object const line{
+        {"time", preciseMomentText(time)},
+        {"peer", told(message.peer)},
+        {"request", told(message.request)},
+        {"direction", message.direction == Direction::to_service ? to_service_text : from_service_text},
+        {"text", shown(message.text, secrets)}};
+    return json::serialize(line) + "\n";
 }
 
-void Capture::note(Wall time, std::string_view peer, Direction direction, std::string_view text) noexcept {
+void Capture::note(Wall time, Message const &message) noexcept {
     try {
-        std::string const written = line(time, peer, direction, text, secrets_);
-        failed_.with([&](bool &failed) {
-            ssize_t const count = ::write(file_, written.data(), written.size());
-            if (count != static_cast<ssize_t>(written.size()) && !failed) {
-                failed = true;
+        std::string const text = line(time, message, secrets_);
+        written_.with([&](Written &written) {
+            ssize_t const size = ::write(file_, text.data(), text.size());
+            if (size == static_cast<ssize_t>(text.size())) {
+                ++written.count;
+            } else if (written.all) {
+                written.all = false;
                 log_.warning("the capture lacks messages: " +
-                             (count < 0 ? std::generic_category().message(errno) : "the disk is full"));
+                             (size < 0 ? std::generic_category().message(errno) : "the disk is full"));
             }
         });
     } catch (std::exception const &) {
         // Memory is short; the message itself goes on.
     }
+}
+
+std::uint32_t Capture::count() {
+    return written_.with([](Written const &written) { return written.count; });
 }
 
 }  // namespace simulator
