@@ -12,22 +12,19 @@
 #include <cstring>
 
 #include "tool/failure.h"
+#include "tool/whole_file.h"
 
 namespace tool {
 namespace output {
 
 void write(std::string const &text) {
-    for (std::size_t place = 0; place < text.size();) {
-        auto const written = ::write(STDOUT_FILENO, text.data() + place, text.size() - place);
-        if (written >= 0) {
-            place += static_cast<std::size_t>(written);
-        } else if (errno == EPIPE) {
-            throw ReaderGone();
-        } else if (errno != EINTR) {
-            throw Failure(Exit::other,
-                          std::string("cannot write to standard output: ") + std::strerror(errno),
-                          "make room, or send the output elsewhere");
-        }
+    int const problem = writeAll(STDOUT_FILENO, text);
+    if (problem == EPIPE) {
+        throw ReaderGone();
+    }
+    if (problem != 0) {
+        throw Failure(Exit::other, std::string("cannot write to standard output: ") + std::strerror(problem),
+                      "make room, or send the output elsewhere");
     }
 }
 

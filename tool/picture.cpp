@@ -14,6 +14,7 @@
 #include "tool/failure.h"
 #include "tool/graph.h"
 #include "tool/interruption.h"
+#include "tool/whole_file.h"
 
 namespace tool {
 namespace {
@@ -23,7 +24,7 @@ class Scratch {
   public:
     Scratch() : descriptor_(::memfd_create("korvo-action-engine", MFD_CLOEXEC)) {
         if (descriptor_ < 0) {
-            fail("make");
+            fail("make", errno);
         }
     }
     ~Scratch() { (void)::close(descriptor_); }
@@ -34,13 +35,8 @@ class Scratch {
 
     /// Leaves the place at the beginning, where the next reader begins.
     void fill(std::string const &text) {
-        for (std::size_t place = 0; place < text.size();) {
-            auto const written = ::write(descriptor_, text.data() + place, text.size() - place);
-            if (written >= 0) {
-                place += static_cast<std::size_t>(written);
-            } else if (errno != EINTR) {
-                fail("write");
-            }
+        if (int const problem = writeAll(descriptor_, text); problem != 0) {
+            fail("write", problem);
         }
         (void)::lseek(descriptor_, 0, SEEK_SET);
     }
@@ -60,9 +56,9 @@ class Scratch {
     }
 
   private:
-    [[noreturn]] static void fail(char const *what) {
+    [[noreturn]] static void fail(char const *what, int problem) {
         throw Failure(Exit::other,
-                      std::string("cannot ") + what + " a file in memory: " + std::strerror(errno));
+                      std::string("cannot ") + what + " a file in memory: " + std::strerror(problem));
     }
 
     int descriptor_;

@@ -22,7 +22,8 @@ mode_t usualMode() {
     return 0666U & ~mask;
 }
 
-/// 0, or what went wrong.
+}  // namespace
+
 int writeAll(int descriptor, std::string const &text) {
     for (std::size_t place = 0; place < text.size();) {
         auto const written = ::write(descriptor, text.data() + place, text.size() - place);
@@ -32,10 +33,8 @@ int writeAll(int descriptor, std::string const &text) {
             return errno;
         }
     }
-    return ::fsync(descriptor) == 0 ? 0 : errno;
+    return 0;
 }
-
-}  // namespace
 
 void writeWhole(std::string const &parameter, std::string const &file, std::string const &text) {
     auto const fail = [&](Exit code, std::string const &why, char const *advice) {
@@ -56,6 +55,9 @@ void writeWhole(std::string const &parameter, std::string const &file, std::stri
         fail(Exit::usage, std::strerror(errno), "name a file in a folder that can be written to");
     }
     int problem = writeAll(descriptor, text);
+    if (problem == 0 && ::fsync(descriptor) != 0) {
+        problem = errno;
+    }
     if (problem == 0 && ::fchmod(descriptor, exists ? found.st_mode & 07777U : usualMode()) != 0) {
         problem = errno;
     }
