@@ -251,11 +251,20 @@ std::string kindInWords(Entry const &entry) {
 
 namespace {
 
+/// "7" for "action:7".
+std::string withoutPrefix(std::string const &what, std::string const &word) {
+    std::string const prefix = what + ":";
+    return word.compare(0, prefix.size(), prefix) == 0 ? word.substr(prefix.size()) : word;
+}
+
+bool isNumber(std::string const &word) {
+    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+}
+
 unsigned int findIn(std::vector<Entry> const &entries, std::string const &what, std::string const &parameter,
                     std::string const &word) {
-    std::string const prefix = what + ":";
-    std::string const plain = word.compare(0, prefix.size(), prefix) == 0 ? word.substr(prefix.size()) : word;
-    if (!plain.empty() && plain.find_first_not_of("0123456789") == std::string::npos) {
+    std::string const plain = withoutPrefix(what, word);
+    if (isNumber(plain)) {
         unsigned int const id = numberOf(parameter, plain);
         if (find(entries, id) != nullptr) {
             return id;
@@ -288,6 +297,20 @@ unsigned int findAction(Catalogue const &catalogue, std::string const &parameter
 
 unsigned int findTrigger(Catalogue const &catalogue, std::string const &parameter, std::string const &word) {
     return findIn(catalogue.triggers, "trigger", parameter, word);
+}
+
+unsigned int actionGiven(Context &context, std::string const &option) {
+    std::string const &word = context.arguments.text(option);
+    return isNumber(withoutPrefix("action", word))
+               ? numberOf(option, withoutPrefix("action", word))
+               : findAction(readCatalogue(context.client()), option, word);
+}
+
+unsigned int triggerGiven(Context &context, std::string const &option) {
+    std::string const &word = context.arguments.text(option);
+    return isNumber(withoutPrefix("trigger", word))
+               ? numberOf(option, withoutPrefix("trigger", word))
+               : findTrigger(readCatalogue(context.client()), option, word);
 }
 
 }  // namespace tool

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "tool/client.h"
+#include "tool/command.h"
 
 namespace tool {
 
@@ -60,6 +60,10 @@ std::string settingsInWords(Settings const &settings, Entry const &entry);
 /// The action or trigger that a word names: "7", "action:7", or its name. Throws a Failure where there is none, or several.
 unsigned int findAction(Catalogue const &catalogue, std::string const &parameter, std::string const &word);
 unsigned int findTrigger(Catalogue const &catalogue, std::string const &parameter, std::string const &word);
+/// The same for a word that was given to an option; the service is only asked where it is a name, so that a number may be
+/// that of something which is gone.
+unsigned int actionGiven(Context &context, std::string const &option);
+unsigned int triggerGiven(Context &context, std::string const &option);
 
 }  // namespace tool
 

@@ -8,6 +8,7 @@
 #include <iostream>
 
 #include "korvo_api_action_engine.h"
+#include "tool/catalogue.h"
 #include "tool/command.h"
 #include "tool/events.h"
 #include "tool/failure.h"
@@ -64,11 +65,11 @@ std::string timeOfDay() {
     return std::strftime(text, sizeof text, "%H:%M:%S", &parts) == 0 ? "" : text;
 }
 
-bool isWanted(json::object const &event, Settings const &settings, Arguments const &arguments) {
+bool isWanted(json::object const &event, Settings const &settings, std::optional<unsigned int> action) {
     if (!settings.target.empty() && event.at("source") != json::value(settings.target)) {
         return false;
     }
-    return !arguments.has("--action") || event.at("action_id") == json::value(arguments.number("--action"));
+    return !action || event.at("action_id") == json::value(*action);
 }
 
 void show(Settings const &settings, json::object const &event) {
@@ -83,8 +84,9 @@ void show(Settings const &settings, json::object const &event) {
 
 /// Until so many were seen; 0 is no end. Gives how many were.
 unsigned int follow(Context &context, unsigned int count) {
+    std::optional<unsigned int> action;
     if (context.arguments.has("--action")) {
-        (void)context.arguments.number("--action");
+        action = actionGiven(context, "--action");
     }
     auto const limit = limitOf(context.settings);
     Waiter waiter;
@@ -98,7 +100,7 @@ unsigned int follow(Context &context, unsigned int count) {
             break;
         }
         json::object const event = json::parse(*text).as_object();
-        if (isWanted(event, context.settings, context.arguments)) {
+        if (isWanted(event, context.settings, action)) {
             show(context.settings, event);
             ++seen;
         }
@@ -224,8 +226,9 @@ void inject(Context &context) {
 
 void addEventCommands(std::vector<Command> &commands) {
     using Takes = Parameter::Takes;
-    Parameter const action{"--action",        "only events of this action", false, Takes::one, "ID",
-                           Completion::action};
+    Parameter const action{"--action", "only events of this action: its identifier or name",
+                           false,      Takes::one,
+                           "ID",       Completion::action};
     commands.push_back({"watch",
                         "What happens",
                         "show each action that completes, until it is interrupted",

@@ -5,6 +5,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
 
+#include "tool/catalogue.h"
 #include "tool/command.h"
 #include "tool/control.h"
 #include "tool/event_document.h"
@@ -29,13 +30,14 @@ void show(Context &context, json::object const &trace) {
     }
 }
 
-json::object choiceIn(Arguments const &arguments) {
+json::object choiceIn(Context &context) {
+    Arguments const &arguments = context.arguments;
     json::object choice;
     if (arguments.has("--trigger")) {
-        choice["trigger_id"] = arguments.number("--trigger");
+        choice["trigger_id"] = triggerGiven(context, "--trigger");
     }
     if (arguments.has("--action")) {
-        choice["action_id"] = arguments.number("--action");
+        choice["action_id"] = actionGiven(context, "--action");
     }
     if (arguments.has("--outcome")) {
         choice["outcome"] = arguments.text("--outcome");
@@ -44,7 +46,7 @@ json::object choiceIn(Arguments const &arguments) {
 }
 
 void why(Context &context) {
-    json::object choice = choiceIn(context.arguments);
+    json::object choice = choiceIn(context);
     choice["limit"] = context.arguments.flag("--last") || choice.empty() ? 1 : 10;
     Control control(context.settings);
     auto const answer = control.ask("Get_traces", choice);
@@ -59,7 +61,7 @@ void why(Context &context) {
 }
 
 void trace(Context &context) {
-    json::object choice = choiceIn(context.arguments);
+    json::object choice = choiceIn(context);
     if (context.arguments.has("--count")) {
         choice["limit"] = context.arguments.number("--count");
     }
@@ -104,10 +106,12 @@ void explain(Context &context) {
 
 void addTraceCommands(std::vector<Command> &commands) {
     using Takes = Parameter::Takes;
-    Parameter const trigger{
-        "--trigger", "only what this trigger was asked about", false, Takes::one, "ID", Completion::trigger};
-    Parameter const action{
-        "--action", "only what this action was asked about", false, Takes::one, "ID", Completion::action};
+    Parameter const trigger{"--trigger", "only what this trigger was asked about: its identifier or name",
+                            false,       Takes::one,
+                            "ID",        Completion::trigger};
+    Parameter const action{"--action", "only what this action was asked about: its identifier or name",
+                           false,      Takes::one,
+                           "ID",       Completion::action};
     Parameter const outcome{"--outcome",
                             "only traces that ended so",
                             false,

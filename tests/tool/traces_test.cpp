@@ -51,6 +51,11 @@ TEST_F(Traces, AreToldInWords) {
                  ": held back\n  trigger 1 (inside): fires\n  action 1 (wipe): held back; Monday 07:59:00 "
                  "is not in filter 1"))
         << held;
+    EXPECT_EQ(results({"why", "--action", "action:1", "--json"}),
+              results({"why", "--action", "wipe", "--json"}));
+    EXPECT_EQ(results({"why", "--trigger", "1", "--last"}),
+              results({"why", "--trigger", "inside", "--last"}));
+    EXPECT_TRUE(tool({"why", "--trigger", "outside"}).exit == exited(6));
     (void)results({"sim", "clock", "--advance", "60"});
     (void)results({"inject", topic, "IsInside=true"});
     std::string all = results({"why", "--action", "1"});
