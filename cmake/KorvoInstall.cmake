@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Where what is installed goes, in four components: `library`, `development` (what compiling needs), `lua` (the modules
-# and the stubs for editors), and `platform` (the two libraries and the service for development machines, which a camera
-# brings itself). The packages of KorvoPackages.cmake are these components. The target `product` is what they need built.
+# Where what is installed goes, in five components: `library`, `development` (what compiling needs), `lua` (the modules
+# and the stubs for editors), `tool` (the service from a shell), and `platform` (the two libraries and the service for
+# development machines, which a camera brings itself). The packages of KorvoPackages.cmake are these components. The target `product` is what they need built.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -133,12 +133,33 @@ if(KORVO_PLATFORM STREQUAL "development")
   korvo_install_compressed(simulator/korvo-action-engine-simulator.1 ${CMAKE_INSTALL_MANDIR}/man1 platform)
 endif()
 
+# ---- The tool ----
+
+if(TARGET korvo-action-engine)
+  add_dependencies(product korvo-action-engine tool-pages)
+  install(TARGETS korvo-action-engine RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool)
+  korvo_install_search_path(korvo-action-engine ${CMAKE_INSTALL_BINDIR} tool)
+  get_target_property(written tool-pages KORVO_FOLDER)
+  install(FILES ${written}/korvo-action-engine
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions COMPONENT tool)
+  # Debian keeps apart what its packages bring and what an administrator installs.
+  if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+    set(zsh_folder ${CMAKE_INSTALL_DATAROOTDIR}/zsh/vendor-completions)
+  else()
+    set(zsh_folder ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions)
+  endif()
+  install(FILES ${written}/_korvo-action-engine DESTINATION ${zsh_folder} COMPONENT tool)
+  korvo_install_compressed(${written}/korvo-action-engine.1 ${CMAKE_INSTALL_MANDIR}/man1 tool)
+  korvo_install_compressed(${written}/korvo-action-engine-catalogue.5 ${CMAKE_INSTALL_MANDIR}/man5 tool)
+endif()
+
 # ---- What people read ----
 
 # In a folder called like the package that the component makes.
 set(KORVO_LIBRARY_PACKAGE libkorvo-api-action-engine${KORVO_SOVERSION})
 set(KORVO_DEVELOPMENT_PACKAGE libkorvo-api-action-engine-dev)
 set(KORVO_LUA_PACKAGE lua-korvo-api-action-engine)
+set(KORVO_TOOL_PACKAGE korvo-action-engine)
 set(KORVO_PLATFORM_PACKAGE korvo-development-platform)
 
 set(KORVO_PACKAGE_CONTACT "The korvo-api-action-engine developers <developers@korvo-api-action-engine.invalid>"
@@ -158,6 +179,11 @@ korvo_install_documents(library ${KORVO_LIBRARY_PACKAGE} docs/on-the-camera.md d
 korvo_install_documents(development ${KORVO_DEVELOPMENT_PACKAGE} README.md docs/cpp.md docs/in-your-program.md)
 if(KORVO_LUA)
   korvo_install_documents(lua ${KORVO_LUA_PACKAGE} docs/lua-layer.md docs/lua.md)
+endif()
+if(TARGET korvo-action-engine)
+  korvo_install_documents(tool ${KORVO_TOOL_PACKAGE} docs/tool.md)
+  install(DIRECTORY examples/shell DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${KORVO_TOOL_PACKAGE}/examples
+    COMPONENT tool USE_SOURCE_PERMISSIONS FILES_MATCHING PATTERN "*.sh")
 endif()
 if(KORVO_PLATFORM STREQUAL "development")
   korvo_install_documents(platform ${KORVO_PLATFORM_PACKAGE}

@@ -12,9 +12,12 @@ set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
-set(CPACK_COMPONENTS_ALL library development lua platform)
+set(CPACK_COMPONENTS_ALL library development lua tool platform)
 if(NOT KORVO_LUA)
   list(REMOVE_ITEM CPACK_COMPONENTS_ALL lua)
+endif()
+if(NOT TARGET korvo-action-engine)
+  list(REMOVE_ITEM CPACK_COMPONENTS_ALL tool)
 endif()
 if(KORVO_PLATFORM STREQUAL "external")
   list(REMOVE_ITEM CPACK_COMPONENTS_ALL platform)
@@ -77,6 +80,21 @@ set(CPACK_DEBIAN_LUA_PACKAGE_DEPENDS "${library} ${same_version}")
 set(CPACK_DEBIAN_LUA_PACKAGE_SUGGESTS "lua5.1 | luajit")
 # The component holds links and texts; there is no program in it whose libraries could be looked up.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
+
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME ${KORVO_TOOL_PACKAGE})
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOL_DESCRIPTION "camera's action_engine service from a shell
+Every operation of the service is a command, with results as tables or JSON
+and exit codes that scripts can rely on. Rules are made in one go and undone
+when a step fails; whole catalogues are exported, compared and imported;
+events are watched and injected; and where the service keeps traces, it tells
+why an action ran or did not.
+.
+This package holds the program korvo-action-engine, its manual pages, its
+manual, example scripts, and completion for bash and zsh.")
+set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library} ${same_version}${needs_platform}")
+# For the example scripts.
+set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "jq")
 
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_NAME ${platform})
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_SECTION devel)

@@ -32,6 +32,7 @@ std::vector<Command> const &commands() {
         addTraceCommands(made);
         addSimulatorCommands(made);
         addCompletionCommands(made);
+        addManualCommands(made);
         addOperationCommands(made);
         return made;
     }();

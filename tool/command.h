@@ -81,6 +81,7 @@ void addReportCommands(std::vector<Command> &commands);
 void addTraceCommands(std::vector<Command> &commands);
 void addSimulatorCommands(std::vector<Command> &commands);
 void addCompletionCommands(std::vector<Command> &commands);
+void addManualCommands(std::vector<Command> &commands);
 void addOperationCommands(std::vector<Command> &commands);
 
 }  // namespace tool

@@ -18,10 +18,14 @@ namespace {
 using Takes = Parameter::Takes;
 using Options = std::vector<std::pair<Parameter const *, CLI::Option *>>;
 
-constexpr char const *about =
-    "The service action_engine from a shell: its operations, what it does, and why.\n"
-    "Results go to standard output, all else to standard error. Exit codes: 0 done, 1 other, 2 usage,\n"
-    "3 time-out, 4 service not there, 5 refused, 6 no such identifier, 7 version, 8 not permitted.";
+std::string footer() {
+    std::string codes;
+    for (ExitRow const &row : exitRows()) {
+        codes += (codes.empty() ? "Exit codes: " : ", ") + std::to_string(static_cast<int>(row.code)) + " " +
+                 row.name;
+    }
+    return codes + ". See also: man " + program;
+}
 
 Options addParameters(CLI::App &app, std::vector<Parameter> const &parameters) {
     Options options;
@@ -88,6 +92,7 @@ Settings settingsOf(Arguments const &common) {
 class Parser {
   public:
     Parser() : app_(about, program) {
+        app_.footer(footer());
         app_.set_version_flag("--version", std::string(program) + " " KORVO_VERSION);
         app_.require_subcommand(1);
         app_.get_formatter()->column_width(36);
@@ -133,6 +138,7 @@ class Parser {
         if (made == nullptr) {
             made = app_.add_subcommand(name, "see \"" + name + " --help\"");
             made->group(group)->require_subcommand(1)->fallthrough();
+            made->footer("");
         }
         return made;
     }

@@ -11,6 +11,10 @@
 namespace tool {
 
 constexpr char const *program = "korvo-action-engine";
+/// What it is, in two sentences.
+constexpr char const *about =
+    "The service action_engine from a shell: its operations, what it does, and why.\n"
+    "Results go to standard output, all else to standard error.";
 
 struct Chosen {
     Command const *command = nullptr;

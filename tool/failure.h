@@ -2,6 +2,7 @@
 #ifndef KORVO_TOOL_FAILURE_H
 #define KORVO_TOOL_FAILURE_H
 
+#include <array>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -22,7 +23,15 @@ enum class Exit : int {
     interrupted = 130,
 };
 
-/// The name of an exit code in JSON.
+/// An exit code with its name in JSON, and what it means.
+struct ExitRow {
+    Exit code;
+    char const *name;
+    char const *meaning;
+};
+
+/// All of them, ascending.
+std::array<ExitRow, 10> const &exitRows();
 char const *nameOf(Exit code);
 
 /// Why a command could not be done, in words for people, and what to do about it.
