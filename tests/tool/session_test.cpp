@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The tool at a terminal, and beside a program that reads its JSON.
+// The tool with a person who interrupts it, and with a program that reads its JSON.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -14,21 +14,6 @@ namespace tool_tests {
 namespace {
 
 using end_to_end::Service;
-
-bool contains(std::string const &text, std::string const &part) {
-    return text.find(part) != std::string::npos;
-}
-
-TEST(Terminal, ShowsProgressOfWhatTakesLongAndRemovesIt) {
-    Service service({"--delay", "Get_wiper_action=1500"});
-    (void)results({"create-wiper-action", "--action-name", "wipe"});
-    std::string const shown = shell("script -qec 'korvo-action-engine list' /dev/null").out;
-    EXPECT_TRUE(contains(shown, "\r\x1b[Kreading the catalogue [")) << shown;
-    auto const removed = shown.rfind("\r\x1b[K");
-    EXPECT_EQ(shown.compare(removed, 10, "\r\x1b[KACTION"), 0) << shown;
-    // Errors are no terminal here, which results() looks for.
-    EXPECT_TRUE(contains(results({"list"}), "wipe"));
-}
 
 TEST(Terminal, EndsAtControlC) {
     if (emulator::present) {
@@ -66,6 +51,7 @@ run list
 run show door
 run filters preview door
 run export
+run graph
 korvo-action-engine export > catalogue.json
 run create-washer-action --action-name wash
 run diff catalogue.json service
