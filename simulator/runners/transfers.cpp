@@ -11,6 +11,7 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -262,14 +263,25 @@ void Transfers::finish() {
         shared_.with([&one](Shared &shared) {
             if (!shared.over.empty()) {
                 one.splice(one.end(), shared.over, shared.over.begin());
-                forget(shared, one.front().place());
             }
         });
         if (one.empty()) {
             return;
         }
-        one.front().thread.join();
-        one.front().done(one.front().result());
+        Transfer &transfer = one.front();
+        if (transfer.thread.joinable()) {
+            transfer.thread.join();
+        }
+        std::optional<RunResult> result;
+        try {
+            result = transfer.result();
+        } catch (...) {
+            // Memory is short. It is told of with the next call.
+            shared_.with([&one](Shared &shared) { shared.over.splice(shared.over.begin(), one); });
+            throw;
+        }
+        shared_.with([&transfer](Shared &shared) { forget(shared, transfer.place()); });
+        transfer.done(std::move(*result));
     }
 }
 

@@ -50,7 +50,7 @@ class Transfers {
     /// but a greeting. Throws std::runtime_error when too much is on its way already, and then nothing is sent.
     void begin(Delivery delivery, bool only_with_tls, Done done);
 
-    /// Calls back for what is over. One thread at a time.
+    /// Calls back for what is over. One thread at a time. Throws std::bad_alloc; what is not told of then is with the next call.
     void finish();
 
   private:

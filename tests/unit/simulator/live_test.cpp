@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // What leaves the machine, with real servers on the loopback interface.
 
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
 #include <filesystem>
+#include <functional>
+#include <new>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -19,7 +18,9 @@
 #include <utility>
 #include <vector>
 
+#include "live_blocks/live_blocks.h"
 #include "processes/child.h"
+#include "servers.h"
 #include "simulator/runners/runner.h"
 #include "simulator/runners/test_picture.h"
 #include "support.h"
@@ -28,58 +29,15 @@ namespace simulator::runners::tests {
 
 namespace {
 
+using simulator::tests::PythonServer;
 using simulator::tests::readFile;
 using simulator::tests::RecordedLog;
+using simulator::tests::SilentServer;
 using simulator::tests::TemporaryFolder;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-/// One of servers.py.
-class PythonServer {
-  public:
-    explicit PythonServer(std::vector<std::string> arguments) : child_(command(std::move(arguments))) {
-        EXPECT_TRUE(child_.out().waitFor("\n")) << child_.errors().text();
-        address_ = "127.0.0.1:" + child_.out().text().substr(0, child_.out().text().find('\n'));
-    }
-    std::string const &address() const { return address_; }
-
-  private:
-    static processes::Command command(std::vector<std::string> arguments) {
-        processes::Command command;
-        command.program = "/usr/bin/python3";
-        command.is_of_this_machine = true;
-        command.arguments = std::move(arguments);
-        command.arguments.insert(command.arguments.begin(), SERVERS);
-        return command;
-    }
-    processes::Child child_;
-    std::string address_;
-};
-
-/// Takes connections and says nothing.
-class SilentServer {
-  public:
-    SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        EXPECT_EQ(::bind(socket_, reinterpret_cast<sockaddr *>(&address), size), 0);
-        EXPECT_EQ(::listen(socket_, 64), 0);
-        EXPECT_EQ(::getsockname(socket_, reinterpret_cast<sockaddr *>(&address), &size), 0);
-        address_ = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    }
-    ~SilentServer() { ::close(socket_); }
-    SilentServer(SilentServer const &) = delete;
-    SilentServer &operator=(SilentServer const &) = delete;
-    std::string const &address() const { return address_; }
-
-  private:
-    int socket_;
-    std::string address_;
-};
 
 Values mailTo(std::string const &server, bool picture = false) {
     return {std::string("mail"),
@@ -301,6 +259,43 @@ TEST_F(Live, NoTextAddsARecipientAHeaderOrACommand) {
         ASSERT_TRUE(results[runs].has_value()) << place;
         EXPECT_THAT(results[runs++]->words, HasSubstr("has a control character")) << place;
     }
+}
+
+TEST_F(Live, MemoryThatRunsOutFailsOneTransferAndIsToldOf) {
+    if (!live_blocks::canFail()) {
+        GTEST_SKIP() << "the sanitizer has an allocator of its own";
+    }
+    PythonServer const server({"ftp", files.path()});
+    start();
+    std::size_t failures = 0;
+    bool failed = true;
+    for (std::size_t nth = 1; failed; ++nth) {
+        std::optional<RunResult> told;
+        Job const job{7, &action_kinds[protocol::ftp_upload], uploadTo(server.address()), ""};
+        std::function<void(RunResult)> const done = [&told](RunResult result) { told = std::move(result); };
+        {
+            live_blocks::Recording const recording(live_blocks::Threads::started);
+            live_blocks::FailingAllocations failing(nth, 1);
+            runner->run(job, done);
+            auto const end = std::chrono::steady_clock::now() + seconds(60);
+            while (!told && std::chrono::steady_clock::now() < end) {
+                try {
+                    runner->finish();
+                } catch (std::bad_alloc const &) {
+                    // As the service does, which tries again.
+                }
+                std::this_thread::sleep_for(milliseconds(1));
+            }
+            failed = failing.failed() != 0;
+        }
+        ASSERT_TRUE(told.has_value()) << "allocation " << nth << ": nobody is told what became of it";
+        ASSERT_TRUE(failed || told->success) << "allocation " << nth << ": " << told->words;
+        failures += told->success ? 0U : 1U;
+        run(protocol::ftp_upload, uploadTo(server.address()));
+        RunResult const next = wait(results.size() - 1);
+        ASSERT_TRUE(next.success) << "after allocation " << nth << ": " << next.words;
+    }
+    EXPECT_GT(failures, 10U);
 }
 
 TEST(Servers, HaveANameOrAnAddressAndMayHaveAPort) {
