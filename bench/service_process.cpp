@@ -8,7 +8,14 @@
 #include <csignal>
 #include <stdexcept>
 
-ServiceProcess::ServiceProcess(std::string const &program) {
+ServiceProcess::ServiceProcess(std::string const &program, std::vector<std::string> const &arguments) {
+    std::vector<std::string> words = arguments;
+    words.insert(words.begin(), program);
+    std::vector<char *> pointers;
+    for (std::string &word : words) {
+        pointers.push_back(word.data());
+    }
+    pointers.push_back(nullptr);
     int pipe_ends[2];
     if (pipe2(pipe_ends, O_CLOEXEC) != 0) {
         throw std::runtime_error("pipe failed");
@@ -17,7 +24,7 @@ ServiceProcess::ServiceProcess(std::string const &program) {
     process_ = fork();
     if (process_ == 0) {
         dup2(pipe_ends[1], STDOUT_FILENO);
-        execl(program.c_str(), program.c_str(), static_cast<char *>(nullptr));
+        execv(program.c_str(), pointers.data());
         _exit(127);
     }
     close(pipe_ends[1]);

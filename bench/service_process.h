@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <string>
+#include <vector>
 
 #include "temporary_folder.h"
 
@@ -12,7 +13,7 @@
 class ServiceProcess {
   public:
     /// Returns once the service takes commands; throws std::runtime_error when it does not start.
-    explicit ServiceProcess(std::string const &program);
+    explicit ServiceProcess(std::string const &program, std::vector<std::string> const &arguments = {});
     ~ServiceProcess();
 
     ServiceProcess(ServiceProcess const &) = delete;
