@@ -381,12 +381,8 @@ function ae.open(given)
             return nil, "open: '" .. key .. "' wants " .. option[1], invalid
         end
     end
-    local name = given.name or "lua"
-    local status, handle = api.korvo_api_action_engine_initiator_init(nil, nil, false, name)
-    if status ~= 0 then
-        return nil, message_of("open", status), status
-    end
-    local guard = newproxy(true)
+    -- All that needs memory is made first: nobody could end a handle for which there is no guard.
+    local handle
     local function close_handle()
         if handle then
             local closing = handle
@@ -394,12 +390,20 @@ function ae.open(given)
             api.korvo_api_action_engine_initiator_deinit(closing)
         end
     end
+    local guard = newproxy(true)
     getmetatable(guard).__gc = close_handle
     local state = {
-        name = name, target = given.target, timeout = given.timeout or 5, most_events = given.events or 4096,
-        handle = handle, close_handle = close_handle, guard = guard,
+        name = given.name or "lua", target = given.target, timeout = given.timeout or 5, most_events = given.events or 4096,
+        handle = false, close_handle = close_handle, guard = guard,
     }
-    return setmetatable({[STATE] = state, async = setmetatable({[STATE] = state}, Async)}, Engine)
+    local engine = setmetatable({[STATE] = state, async = setmetatable({[STATE] = state}, Async)}, Engine)
+    local status
+    status, handle = api.korvo_api_action_engine_initiator_init(nil, nil, false, state.name)
+    if status ~= 0 then
+        return nil, message_of("open", status), status
+    end
+    state.handle = handle
+    return engine
 end
 
 return ae

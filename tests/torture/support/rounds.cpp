@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <execinfo.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -87,20 +88,13 @@ void prepare() {
     std::time_t const now = std::time(nullptr);
     std::tm local{};
     (void)localtime_r(&now, &local);
-    // So are stacks, as many as threads have lived at once.
-    std::array<std::thread, 4> threads;
-    std::atomic<bool> are_all_there{false};
-    for (std::thread &thread : threads) {
-        thread = std::thread([&] {
-            while (!are_all_there) {
-                std::this_thread::yield();
-            }
-        });
-    }
-    are_all_there = true;
-    for (std::thread &thread : threads) {
-        thread.join();
-    }
+    // So are stacks, as many as threads have lived at once, as long as they are small.
+    pthread_attr_t attributes;
+    (void)pthread_attr_init(&attributes);
+    (void)pthread_attr_setstacksize(&attributes, std::size_t{1} << 20);
+    (void)pthread_setattr_default_np(&attributes);
+    (void)pthread_attr_destroy(&attributes);
+    useAllStacks();
 }
 
 std::string patternOf(std::size_t count) {
@@ -162,6 +156,22 @@ bool doRound(std::string const &what, std::function<void(Fault &)> const &round,
 
 }  // namespace
 
+void useAllStacks() {
+    std::array<std::thread, 16> threads;
+    std::atomic<bool> are_all_there{false};
+    for (std::thread &thread : threads) {
+        thread = std::thread([&] {
+            while (!are_all_there) {
+                std::this_thread::yield();
+            }
+        });
+    }
+    are_all_there = true;
+    for (std::thread &thread : threads) {
+        thread.join();
+    }
+}
+
 Culprits culprits() {
     return {client_failed, platform_failed, thread_start_failed, unknown_failed};
 }
@@ -177,7 +187,7 @@ bool isLong() {
 }
 
 void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
-                         Leavings const &leavings) {
+                         Leavings const &leavings, std::size_t stride) {
     prepare();
     // What is made once and stays, such as caches of stacks.
     {
@@ -201,7 +211,7 @@ void failEveryAllocation(std::string const &what, std::function<void(Fault &)> c
         std::size_t nth = 1;
         while (nth < most_rounds && doRound(what, round, leavings, nth, count) &&
                !::testing::Test::HasFailure()) {
-            nth += step;
+            nth += isLong() ? step : step * stride;
         }
         EXPECT_GT(nth, 1U) << what << ": no allocation was made to fail";
         EXPECT_LT(nth, most_rounds) << what << ": allocations go on failing";

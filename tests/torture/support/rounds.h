@@ -60,15 +60,19 @@ using Leavings = std::vector<std::size_t>;
 
 /// Does `round` for the first allocation, the second and so on, until one in which nothing failed; and so with one
 /// failure, two and three in a row, and one without end. Each round is a thread of its own; what it has allocated must be
-/// free at its end, but for `leavings`.
+/// free at its end, but for `leavings`. In the short form only each `stride`th round is done.
 void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
-                         Leavings const &leavings = {});
+                         Leavings const &leavings = {}, std::size_t stride = 1);
 
 /// Does `work` once, in a thread of its own that is watched like a round above, and must leave nothing. It gives whether
 /// anything failed.
 void doOnce(std::string const &what, std::function<bool()> const &work);
 
 bool isLong();
+
+/// Starts as many threads at once as any work does. The C library keeps the stacks of threads that have ended, and with them what
+/// a library that was loaded late has for each thread; only the next thread on a stack frees that.
+void useAllStacks();
 
 }  // namespace torture
 

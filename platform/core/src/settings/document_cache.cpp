@@ -21,7 +21,7 @@ void DocumentCache::end() {
         return;
     }
     users_ = 0;
-    folder_.clear();
+    std::string().swap(folder_);
     dropped.swap(held_);
     found_no_file_ = false;
 }

