@@ -131,6 +131,7 @@ if(KORVO_PLATFORM STREQUAL "development")
   install(FILES simulator/systemd/network.conf
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/korvo-development-platform/examples COMPONENT platform)
   korvo_install_compressed(simulator/korvo-action-engine-simulator.1 ${CMAKE_INSTALL_MANDIR}/man1 platform)
+  korvo_install_compressed(simulator/korvo-action-engine-capture.5 ${CMAKE_INSTALL_MANDIR}/man5 platform)
 endif()
 
 # ---- The tool ----

@@ -158,6 +158,7 @@ korvo\-action\-engine call Get_action_type \(aq{"action_id": 1}\(aq
 .fi
 .SH SEE ALSO
 .BR korvo\-action\-engine\-catalogue (5),
+.BR korvo\-action\-engine\-capture (5),
 .BR korvo\-action\-engine\-simulator (1)
 )");
 }

@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "emulator/emulator.h"
+#include "support/service.h"
+#include "support/workspace.h"
 #include "tool_program.h"
 
 namespace tool_tests {
@@ -208,6 +211,20 @@ TEST(CataloguePage, TellsEveryKindWithItsSettings) {
         << page;
     EXPECT_TRUE(contains(page, ".TP\n\\fBpassword\\fR\na text, or null: ")) << page;
     EXPECT_EQ(sectionOf(page, "DESCRIPTION").size(), 8U) << "the members of a document, and of its entries";
+}
+
+/// Beside what the service writes: each member, and nothing else.
+TEST(CapturePage, TellsEveryMember) {
+    auto const file = end_to_end::Workspace::ofThisProgram().newFolder("capture") / "messages";
+    end_to_end::Service service({"--capture", file.string()});
+    (void)results({"get-actions"});
+    std::stringstream page;
+    page << std::ifstream(KORVO_CAPTURE_PAGE).rdbuf();
+    std::string members;
+    for (Entry const &entry : sectionOf(page.str(), "DESCRIPTION")) {
+        members += shown(entry.title).substr(std::string(".B ").size()) + "\n";
+    }
+    EXPECT_EQ(members, shell("jq -r 'keys_unsorted[]' " + file.string() + " | awk '!seen[$0]++'").out);
 }
 
 TEST(Manual, RefusesPagesThatAreNone) {
