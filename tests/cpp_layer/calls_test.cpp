@@ -42,6 +42,19 @@ TEST_F(AsynchronousCall, RunsItsCallableOnAThreadOfTheEngines) {
     EXPECT_NE(first, std::this_thread::get_id());
 }
 
+TEST_F(AsynchronousCall, EndsOnceWithAResponseThatComesTwice) {
+    korvo::ActionEngine const engine = open();
+    Signal done;
+    korvo::PendingCall const call = engine.get_actions_async([&](Actions const &) { done.give(); });
+    std::string const request = lastRequest();
+    answer(request);
+    answer(request);
+    ASSERT_TRUE(done.wait());
+    answer(request);
+    settle(engine);
+    EXPECT_EQ(done.given(), 1);
+}
+
 TEST_F(AsynchronousCall, EndsWithItsTimeoutAndNotAgainWithALateResponse) {
     korvo::ActionEngine const engine = open();
     Signal done;
