@@ -87,6 +87,33 @@ bash completion.bash; rm completion.bash)");
               "completion.bash\n");
 }
 
+/// As zsh calls it, which gives words and the place of the cursor, and takes candidates by compadd.
+TEST(Completion, WorksInZsh) {
+    ShellOutcome const outcome =
+        shell("cd " + end_to_end::Workspace::ofThisProgram().newFolder("zsh").string() + R"(
+cat > completion.zsh <<'END'
+compadd() { [[ $1 == -a ]] && print -r -- ${(P)2} }
+_files() { print files }
+try() {
+    words=(korvo-action-engine "$@")
+    CURRENT=$(($# + 1))
+    source <(korvo-action-engine completion zsh)
+}
+try sh
+try sim clock --ad
+try trace --outcome "h"
+try completion ""
+try import completion.z
+END
+zsh -f completion.zsh)");
+    EXPECT_EQ(outcome.out,
+              "show\n"
+              "--advance\n"
+              "held back\n"
+              "bash zsh\n"
+              "files\n");
+}
+
 }  // namespace
 
 }  // namespace tool_tests
