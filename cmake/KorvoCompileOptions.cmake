@@ -41,6 +41,15 @@ if(KORVO_SANITIZE)
   link_libraries($<$<LINK_LANG_AND_ID:C,Clang>:stdc++>)
 endif()
 
+option(KORVO_COVERAGE "Count which lines run, for scripts/coverage" OFF)
+if(KORVO_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic -fprofile-abs-path)
+  add_link_options(--coverage)
+  add_compile_definitions(KORVO_COVERAGE)
+  add_library(coverage-killed OBJECT tests/support/coverage/killed.c)
+  link_libraries($<BUILD_INTERFACE:coverage-killed>)
+endif()
+
 option(KORVO_LTO "Optimise each shared library as a whole, for the smallest file" OFF)
 
 option(KORVO_WARNINGS_ARE_ERRORS "Stop at a warning; the presets do, a compiler that is not ours need not" OFF)

@@ -9,20 +9,8 @@ set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
 # Without a note at each argument that compilers before GCC 7 passed in another way.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
-# This file is read again for each of CMake's own checks of the compiler, which must know the folder too.
-list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES KORVO_SYSROOT)
-if(NOT IS_DIRECTORY "${KORVO_SYSROOT}")
-  message(FATAL_ERROR "There is no folder KORVO_SYSROOT='${KORVO_SYSROOT}'. scripts/sysroot-armhf makes Debian's; for "
-    "a camera SDK give its folder, -DKORVO_SYSROOT=<folder>.")
-endif()
-set(CMAKE_SYSROOT ${KORVO_SYSROOT})
-
-set(ENV{PKG_CONFIG_SYSROOT_DIR} ${CMAKE_SYSROOT})
-set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabihf/pkgconfig:${CMAKE_SYSROOT}/usr/share/pkgconfig)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+set(KORVO_MULTIARCH arm-linux-gnueabihf)
+include(${CMAKE_CURRENT_LIST_DIR}/sysroot.cmake)
 
 find_program(QEMU_ARM qemu-arm)
 if(QEMU_ARM)

@@ -19,8 +19,10 @@ bool fill(unsigned char *&bytes, std::size_t &count, Read read) {
             bytes += got;
             count -= static_cast<std::size_t>(got);
         } else if (got == 0) {
+            // No source of the kernel's ends. GCOV_EXCL_START
             errno = EIO;
             return false;
+            // GCOV_EXCL_STOP
         } else if (errno != EINTR) {
             return false;
         }

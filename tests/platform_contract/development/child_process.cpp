@@ -11,6 +11,7 @@
 #include <string>
 
 #include "korvo_core.h"
+#include "processes/kill.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ void ChildProcess::signal(int number) const {
 
 void ChildProcess::kill() {
     if (id_ > 0) {
-        signal(SIGKILL);
+        processes::kill(id_);
         (void)waitpid(id_, nullptr, 0);
         id_ = -1;
     }

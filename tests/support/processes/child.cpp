@@ -17,6 +17,7 @@
 #include <stdexcept>
 
 #include "emulator/emulator.h"
+#include "processes/kill.h"
 
 namespace processes {
 
@@ -127,7 +128,12 @@ bool Child::running() const {
 
 void Child::signal(int number) {
     std::lock_guard<std::mutex> const lock(mutex_);
-    if (!exit_.has_value()) {
+    if (exit_.has_value()) {
+        return;
+    }
+    if (number == SIGKILL) {
+        processes::kill(pid_);
+    } else {
         ::kill(pid_, number);
     }
 }

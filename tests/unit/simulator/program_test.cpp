@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "korvo_core.h"
+#include "processes/kill.h"
 #include "program.h"
 #include "recorded.h"
 #include "support.h"
@@ -483,7 +484,7 @@ TEST_F(ProgramTest, SurvivesClientsThatDieAndSendNonsense) {
                                                                 command);
                 }
             }
-            ::kill(::getpid(), SIGKILL);
+            processes::kill(::getpid());
         }
         int how = 0;
         ASSERT_EQ(::waitpid(child, &how, 0), child);

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "processes/kill.h"
 #include "support.h"
 
 namespace simulator::tests {
@@ -126,7 +127,7 @@ TEST(Store, KeepsWhatWasAnsweredWhenTheProcessIsKilled) {
     if (child == 0) {
         Store store(folder / "store");
         store.addAction(2, "kept", "{}");
-        ::kill(::getpid(), SIGKILL);
+        processes::kill(::getpid());
     }
     int how = 0;
     ASSERT_EQ(::waitpid(child, &how, 0), child);
