@@ -19,26 +19,6 @@ Client &Context::client() {
     return *client_;
 }
 
-std::vector<Command> const &commands() {
-    static std::vector<Command> const all = [] {
-        std::vector<Command> made;
-        addCatalogueCommands(made);
-        addRuleCommands(made);
-        addEventCommands(made);
-        addTransferCommands(made);
-        addGraphCommands(made);
-        addLintCommands(made);
-        addReportCommands(made);
-        addTraceCommands(made);
-        addSimulatorCommands(made);
-        addCompletionCommands(made);
-        addManualCommands(made);
-        addOperationCommands(made);
-        return made;
-    }();
-    return all;
-}
-
 std::vector<Parameter> const &commonParameters() {
     using Takes = Parameter::Takes;
     static std::vector<Parameter> const all = {
