@@ -435,7 +435,7 @@ TEST_F(ProgramTest, RefusesWhatIsTooMuchInWordsAndWorksOn) {
          "column 401: more than 100 brackets in one another"},
         {Is::content_filter, condition + repeated((" or " + condition).c_str(), 800), 0, ""},
     };
-    auto const commandOf = [](Case const &one) {
+    auto const command_of = [](Case const &one) {
         boost::json::object command{{"namespace_keys", {"tt"}},
                                     {"namespace_uris", {"http://www.onvif.org/ver10/schema"}}};
         if (one.what == Is::event) {
@@ -453,7 +453,7 @@ TEST_F(ProgramTest, RefusesWhatIsTooMuchInWordsAndWorksOn) {
     };
     for (int round = 0; round < 3; ++round) {
         for (Case const &one : cases) {
-            EXPECT_THAT(client.call(commandOf(one)), HasSubstr("\"status\":" + std::to_string(one.status)))
+            EXPECT_THAT(client.call(command_of(one)), HasSubstr("\"status\":" + std::to_string(one.status)))
                 << one.text.substr(0, 40) << ", " << one.text.size() << " bytes; " << one.words;
         }
     }
