@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Where what is installed goes, in five components: `library`, `development` (what compiling needs), `lua` (the modules
 # and the stubs for editors), `tool` (the service from a shell), and `platform` (the two libraries and the service for
-# development machines, which a camera brings itself). The packages of KorvoPackages.cmake are these components. The target `product` is what they need built.
+# development machines, which a camera brings itself). The packages of KorvoPackages.cmake are these components. The
+# target `product` is what they need built.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)

@@ -93,8 +93,8 @@ why an action ran or did not.
 This package holds the program korvo-action-engine, its manual pages, its
 manual, example scripts, and completion for bash and zsh.")
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${library} ${same_version}${needs_platform}")
-# For the example scripts.
-set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "jq")
+# For pictures, and for the example scripts.
+set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS "graphviz, jq")
 
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_NAME ${platform})
 set(CPACK_DEBIAN_PLATFORM_PACKAGE_SECTION devel)
