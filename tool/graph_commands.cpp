@@ -32,8 +32,7 @@ void addGraphCommands(std::vector<Command> &commands) {
          "draw triggers, filters and actions, in the language of Graphviz",
          "An arrow is a binding; a filter stands between the triggers and its action. Passwords are never "
          "shown.",
-         {{"FILE", "a catalogue that export wrote, - for standard input (default: what the service has)",
-           false, Takes::one, "FILE", Completion::file},
+         {chosenCatalogueParameter(),
           {"--svg", "the picture itself, drawn by the program dot of Graphviz", false, Takes::flag}},
          draw});
 }

@@ -347,6 +347,11 @@ class Linter {
 
 }  // namespace
 
+std::string inWords(Finding const &finding) {
+    return titleOf(*finding.entry) + ": " + finding.kind + ": " +
+           (finding.member.empty() ? "" : finding.member + ": ") + printable(finding.text);
+}
+
 LintResult lint(Catalogue const &catalogue, Control *control) {
     return Linter(catalogue, control).run();
 }

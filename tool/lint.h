@@ -21,6 +21,9 @@ struct Finding {
     std::string text;
 };
 
+/// As one line.
+std::string inWords(Finding const &finding);
+
 struct LintResult {
     std::vector<Finding> findings;
     /// What could not be looked at, and why.

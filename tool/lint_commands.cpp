@@ -47,8 +47,7 @@ void findMistakes(Context &context) {
         }
         std::string text;
         for (Finding const &finding : result.findings) {
-            text += titleOf(*finding.entry) + ": " + finding.kind + ": " +
-                    (finding.member.empty() ? "" : finding.member + ": ") + printable(finding.text) + "\n";
+            text += inWords(finding) + "\n";
         }
         output::write(text);
     }
@@ -64,15 +63,13 @@ void findMistakes(Context &context) {
 }  // namespace
 
 void addLintCommands(std::vector<Command> &commands) {
-    using Takes = Parameter::Takes;
     commands.push_back(
         {"lint",
          "What there is",
          "find mistakes: filters, lists, windows, bindings, loops",
          "Ends with exit code 1 where something is found. Filters are read, and loops looked for, by "
          "korvo-action-engine-simulator; without one the rest is checked, and standard error says so.",
-         {{"FILE", "a catalogue that export wrote, - for standard input (default: what the service has)",
-           false, Takes::one, "FILE", Completion::file}},
+         {chosenCatalogueParameter()},
          findMistakes});
 }
 

@@ -98,10 +98,7 @@ std::string mistakesIn(LintResult const &mistakes) {
     }
     text += "<ul>\n";
     for (Finding const &finding : mistakes.findings) {
-        text += "<li>" +
-                escaped(titleOf(*finding.entry) + ": " +
-                        (finding.member.empty() ? "" : finding.member + ": ") + printable(finding.text)) +
-                "</li>\n";
+        text += "<li>" + escaped(inWords(finding)) + "</li>\n";
     }
     return text + "</ul>\n";
 }

@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <boost/json/object.hpp>
 #include <boost/json/value.hpp>
+#include <cstdint>
 #include <cstdio>
+#include <ctime>
+#include <optional>
 #include <vector>
 
 #include "tool/markup.h"
@@ -31,43 +34,31 @@ constexpr unsigned int left = 80;
 constexpr unsigned int width = 900;
 constexpr unsigned int row_height = 24;
 
-/// Days since 1970 of a date of our calendar, for any year; the library's own functions end in 2038 where its numbers are short.
-std::int64_t daysOf(std::int64_t year, int month, int day) {
-    // Years begin in March, so that the leap day is the last.
-    year -= month <= 2 ? 1 : 0;
-    std::int64_t const era = (year >= 0 ? year : year - 399) / 400;
-    std::int64_t const year_of_era = year - era * 400;
-    std::int64_t const day_of_year = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;
-    return era * 146'097 + year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year - 719'468;
-}
-
 std::string textElement(unsigned int x, unsigned int y, char const *anchor, std::string const &text) {
     return "<text x=\"" + std::to_string(x) + "\" y=\"" + std::to_string(y) + "\" text-anchor=\"" + anchor +
            "\">" + escaped(text) + "</text>\n";
 }
 
-}  // namespace
-
+/// The seconds since 1970 of a text like "2026-11-23T08:00:00+01:00"; nothing for any other.
 std::optional<std::int64_t> secondsOf(std::string const &moment) {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
+    std::tm parts{};
     char sign = '\0';
     int offset_hours = 0;
     int offset_minutes = 0;
     // NOLINTNEXTLINE(cert-err34-c): all that is read is two or four digits.
-    if (std::sscanf(moment.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%c%2d:%2d", &year, &month, &day, &hour, &minute,
-                    &second, &sign, &offset_hours, &offset_minutes) != 9 ||
-        (sign != '+' && sign != '-') || month < 1 || month > 12) {
+    if (std::sscanf(moment.c_str(), "%4d-%2d-%2dT%2d:%2d:%2d%c%2d:%2d", &parts.tm_year, &parts.tm_mon,
+                    &parts.tm_mday, &parts.tm_hour, &parts.tm_min, &parts.tm_sec, &sign, &offset_hours,
+                    &offset_minutes) != 9 ||
+        (sign != '+' && sign != '-')) {
         return {};
     }
+    parts.tm_year -= 1900;
+    parts.tm_mon -= 1;
     std::int64_t const offset = offset_hours * 3600 + offset_minutes * 60;
-    return daysOf(year, month, day) * 86'400 + hour * 3600 + minute * 60 + second -
-           (sign == '+' ? offset : -offset);
+    return ::timegm(&parts) - (sign == '+' ? offset : -offset);
 }
+
+}  // namespace
 
 std::string timeLineOf(json::array const &traces) {
     std::optional<std::int64_t> first;

@@ -191,6 +191,12 @@ Catalogue catalogueIn(std::string const &parameter, std::string const &text) {
     return catalogue;
 }
 
+Parameter chosenCatalogueParameter() {
+    return {"FILE", "a catalogue that export wrote, - for standard input (default: what the service has)",
+            false,  Parameter::Takes::one,
+            "FILE", Completion::file};
+}
+
 Catalogue chosenCatalogue(Context &context) {
     if (context.arguments.has("FILE")) {
         return catalogueIn("FILE", textOfFile("FILE", context.arguments.text("FILE")));

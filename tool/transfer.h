@@ -17,6 +17,9 @@ namespace tool {
 /// Throws a Failure that names the parameter and says which entry is wrong.
 Catalogue catalogueIn(std::string const &parameter, std::string const &text);
 
+/// The parameter FILE of commands that look at a catalogue.
+Parameter chosenCatalogueParameter();
+
 /// The document that the parameter FILE names, or what the service has where none is given.
 Catalogue chosenCatalogue(Context &context);
 

@@ -67,7 +67,7 @@ TEST_F(Report, HoldsEverythingOnOnePage) {
     std::string const page = textOf(file);
     // The picture, with arrows.
     EXPECT_NE(page.find("<title>trigger_1&#45;&gt;filter_1</title>"), std::string::npos) << page;
-    EXPECT_NE(page.find("action 2 (upload): no trigger runs it"), std::string::npos) << page;
+    EXPECT_NE(page.find("action 2 (upload): no trigger: no trigger runs it"), std::string::npos) << page;
     // Five nights are ten times, and one more on Saturday morning; Monday begins with none.
     EXPECT_NE(page.find("<title>Mon 22:00-24:00</title>"), std::string::npos) << page;
     EXPECT_NE(page.find("<title>Sat 00:00-06:00</title>"), std::string::npos) << page;
