@@ -22,6 +22,7 @@
 #include "emulator/emulator.h"
 #include "korvo_api_action_engine.h"
 #include "platform_contract/development/raw_socket.h"
+#include "support/long_form.h"
 #include "support/operation.h"
 #include "support/service.h"
 #include "support/workspace.h"
@@ -43,11 +44,6 @@ constexpr std::size_t mebibyte = 1024 * kibibyte;
 
 /// More lines than any of the failures below has to tell; a loop that logs writes thousands.
 constexpr std::size_t most_lines = 60;
-
-bool isLong() {
-    char const *const wanted = std::getenv("KORVO_TORTURE");
-    return wanted != nullptr && std::string(wanted) == "long";
-}
 
 std::size_t linesOf(std::string const &text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));

@@ -181,11 +181,6 @@ void doOnce(std::string const &what, std::function<bool()> const &work) {
     watch(what, [&] { tally->failures += work() ? 1U : 0U; }, {});
 }
 
-bool isLong() {
-    char const *const wanted = std::getenv("KORVO_TORTURE");
-    return wanted != nullptr && std::string(wanted) == "long";
-}
-
 void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
                          Leavings const &leavings, std::size_t stride) {
     prepare();

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "live_blocks/live_blocks.h"
+#include "support/long_form.h"
 
 namespace torture {
 
@@ -67,8 +68,6 @@ void failEveryAllocation(std::string const &what, std::function<void(Fault &)> c
 /// Does `work` once, in a thread of its own that is watched like a round above, and must leave nothing. It gives whether
 /// anything failed.
 void doOnce(std::string const &what, std::function<bool()> const &work);
-
-bool isLong();
 
 /// Starts as many threads at once as any work does. The C library keeps the stacks of threads that have ended, and with them what
 /// a library that was loaded late has for each thread; only the next thread on a stack frees that.
