@@ -190,6 +190,17 @@ std::string inWords(boost::json::value const &value) {
         }
         return text;
     }
+    if (value.is_object()) {
+        std::string text;
+        for (auto const &member : value.get_object()) {
+            std::string const words = inWords(member.value());
+            text += (text.empty() ? "" : ", ") + std::string(member.key()) + " " +
+                    (words.empty()                ? "none"
+                     : member.value().is_object() ? "(" + words + ")"
+                                                  : words);
+        }
+        return text;
+    }
     return boost::json::serialize(value);
 }
 

@@ -36,7 +36,7 @@ std::string cut(std::string const &text);
 
 /// Laid out for people, with two blanks a level; short lists and objects stay on one line.
 std::string pretty(boost::json::value const &value);
-/// A value for people: lists by commas, flags as yes and no.
+/// A value for people: lists and members by commas, flags as yes and no.
 std::string inWords(boost::json::value const &value);
 
 }  // namespace tool

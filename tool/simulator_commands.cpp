@@ -18,7 +18,7 @@ namespace {
 
 namespace json = boost::json;
 
-/// An object as names and values; objects inside as JSON.
+/// An object as names and values.
 void show(Context &context, json::object const &answer) {
     if (context.settings.json) {
         output::json(answer);

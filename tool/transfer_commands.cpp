@@ -8,6 +8,8 @@
 #include <iostream>
 #include <map>
 #include <set>
+#include <string>
+#include <utility>
 
 #include "tool/catalogue.h"
 #include "tool/command.h"
@@ -219,9 +221,9 @@ void importAll(Context &context) {
         throw Failure(Exit::usage, "an import either adds to what there is or replaces it",
                       "give --merge or --replace");
     }
-    std::string const file = context.arguments.text("FILE");
+    Catalogue wanted = canonical(catalogueIn("FILE", textOfFile("FILE", context.arguments.text("FILE"))));
     Catalogue const present = readCatalogue(context.client());
-    Import work(context, canonical(catalogueIn("FILE", textOfFile("FILE", file))), present);
+    Import work(context, std::move(wanted), present);
     work.run(context.arguments.flag("--dry-run"));
     if (context.settings.json) {
         output::json(work.done());

@@ -114,13 +114,21 @@ TEST(Simulator, TakesFaultsAndTime) {
 
     EXPECT_EQ(results({"sim", "fault", "Get_actions", "--fail", "2", "--count", "1"}), "fault_id  1\n");
     EXPECT_TRUE(contains(results({"sim", "fault", "--json"}), "\"method\":\"Get_actions\",\"fail\":2,"));
+    EXPECT_EQ(results({"sim", "fault"}),
+              "faults  fault_id 1, method Get_actions, fail 2, delay_ms 0, drop no, garble no, duplicate no, "
+              "close no, missing none, count 1\n");
     EXPECT_TRUE(tool({"get-actions"}).exit == exited(1));
     EXPECT_TRUE(tool({"get-actions"}).exit == exited(0));
     (void)results({"sim", "fault", "Get_actions", "--garble"});
     EXPECT_TRUE(tool({"get-actions"}).exit == exited(1));
     (void)results({"sim", "fault", "--clear-all"});
     EXPECT_TRUE(tool({"get-actions"}).exit == exited(0));
-    EXPECT_TRUE(contains(results({"sim", "device"}), "relays       none\n"));
+    EXPECT_EQ(results({"sim", "device"}),
+              "relays       none\n"
+              "wiper_runs   no\n"
+              "washer_runs  no\n"
+              "head         position (pan 0, tilt 0, zoom 1), target (pan 0, tilt 0, zoom 1), moves no\n"
+              "pictures     none\n");
 }
 
 TEST(Simulator, CapturesAndReplays) {

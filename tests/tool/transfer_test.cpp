@@ -133,8 +133,7 @@ TEST(Import, UndoesAllWhenAStepFails) {
     EXPECT_EQ(results({"export", "--show-secrets"}), before);
 }
 
-TEST(Import, RefusesWhatIsNoCatalogue) {
-    Service service;
+TEST(Import, RefusesWhatIsNoCatalogueWithoutAskingTheService) {
     struct Case {
         char const *text;
         char const *what;
