@@ -97,4 +97,23 @@ function tests.what_is_written_is_read()
         '{"b":[1,2],"a":{},"c":null,"d":true}')
 end
 
+function tests.what_is_long_stands_in_lines()
+    local members = json.members
+    -- The whole stands in lines always, what is in it where it does not fit.
+    check.equal(json.pretty(members{{"a", 1}, {"b", members{{"c", true}}}, {"d", {}}, {"e", members{}}, {"f", json.null}}),
+        '{\n  "a": 1,\n  "b": {"c":true},\n  "d": [],\n  "e": {},\n  "f": null\n}')
+    check.equal(json.pretty{1, 2}, "[1,2]")
+    check.equal(json.pretty("a\n"), [["a\n"]])
+    check.equal(json.pretty(members{}), "{}")
+    check.equal(json.pretty(json.null), "null")
+    -- 100 characters are a line, its margin counted.
+    local fits, long = string.rep("x", 96), string.rep("x", 97)
+    check.equal(json.pretty{fits}, '["' .. fits .. '"]')
+    check.equal(json.pretty{long}, '[\n  "' .. long .. '"\n]')
+    fits, long = string.rep("x", 94), string.rep("x", 95)
+    check.equal(json.pretty(members{{"a", {fits}}, {"b", {long, members{{"c", {long}}, {"d", 2}}}}, {"e", "z"}}),
+        '{\n  "a": ["' .. fits .. '"],\n  "b": [\n    "' .. long .. '",\n    {\n      "c": [\n        "' .. long ..
+        '"\n      ],\n      "d": 2\n    }\n  ],\n  "e": "z"\n}')
+end
+
 return tests
