@@ -3,17 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <cstring>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "support/every_call.h"
 #include "support/initiator.h"
-#include "support/rounds.h"
-#include "support/system_calls.h"
-#include "support/workspace.h"
 
 namespace torture {
 
@@ -21,12 +17,6 @@ namespace {
 
 constexpr auto gone = KORVO_CORE_STATUS_DISABLED_TARGET;
 
-struct CallThatFails {
-    char const *function;
-    std::vector<int> errors;
-};
-
-/// Errors that the kernel may give for each; the first of each in the short form.
 std::vector<CallThatFails> const calls = {
     {"socket", {EMFILE, ENOBUFS, ENOMEM}},
     {"connect", {EAGAIN, ECONNREFUSED, EACCES, EINTR}},
@@ -46,10 +36,6 @@ std::vector<CallThatFails> const calls = {
     {"fstat", {EIO}},
 #endif
 };
-
-void PrintTo(CallThatFails const &call, std::ostream *out) {
-    *out << call.function;
-}
 
 class MessagingWhoseSystemCallsFail : public ::testing::TestWithParam<CallThatFails> {
   protected:
@@ -104,25 +90,7 @@ INSTANTIATE_TEST_SUITE_P(, MessagingWhoseSystemCallsFail, ::testing::ValuesIn(ca
                          [](auto const &tested) { return tested.param.function; });
 
 TEST_P(MessagingWhoseSystemCallsFail, EndsEachCallInAStatusAndWorksOn) {
-    std::size_t failures = 0;
-    for (int const error : GetParam().errors) {
-        bool has_failed = true;
-        for (std::size_t nth = 1; has_failed && !HasFailure(); ++nth) {
-            doOnce(std::string(GetParam().function) + ", " +
-                       (error == one_byte ? "one byte" : std::strerror(error)) + ", call " +
-                       std::to_string(nth),
-                   [&] {
-                       FailingCall failing(GetParam().function, error, nth);
-                       live(failing);
-                       has_failed = failing.hasFailed();
-                       return has_failed;
-                   });
-            failures += has_failed ? 1 : 0;
-        }
-        if (!isLong()) {
-            break;
-        }
-    }
+    std::size_t const failures = failEveryCall(GetParam(), [&](FailingCall &failing) { live(failing); });
     if (std::string(GetParam().function) != "poll") {
         EXPECT_GT(failures, 0U) << "it is never called";
     }

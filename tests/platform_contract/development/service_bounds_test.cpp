@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -63,9 +64,16 @@ std::size_t sumBefore(std::string const &text, std::string const &part) {
     return sum;
 }
 
+std::size_t secondsSince(std::chrono::steady_clock::time_point start) {
+    return static_cast<std::size_t>(
+        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start).count());
+}
+
 }  // namespace
 
 TEST(ServiceMemory, OfFramesWithoutAnEndIsBoundedAndTheGreediestGoes) {
+    auto const start = std::chrono::steady_clock::now();
+    testing::internal::CaptureStderr();
     Service service;
     service.answerWith([](Command const &command) { return command.command; });
     Client modest;
@@ -92,6 +100,11 @@ TEST(ServiceMemory, OfFramesWithoutAnEndIsBoundedAndTheGreediestGoes) {
     EXPECT_LE(connected, room);
     EXPECT_GT(connected, 0U);
     expectAnAnswer(modest, "after");
+    service.close();
+    std::string const log = testing::internal::GetCapturedStderr();
+    std::size_t const lines = linesWith(log, "all together make it hold");
+    EXPECT_LE(lines, 2U + secondsSince(start));
+    EXPECT_GE(lines + sumBefore(log, " more initiators were disconnected"), peers.size() - room) << log;
 }
 
 TEST(ServiceMemory, OfResponsesThatNobodyReadsIsBoundedAndOthersAreServed) {
@@ -141,10 +154,8 @@ TEST(ServiceLog, OfAFloodOfBrokenFramesIsShortAndHasTheirNumber) {
         }
     }
     std::string const log = testing::internal::GetCapturedStderr();
-    auto const seconds =
-        std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - start).count();
     std::size_t const lines = linesWith(log, "sent a broken frame:");
     EXPECT_GE(lines, 1U);
-    EXPECT_LE(lines, 2U + static_cast<std::size_t>(seconds));
+    EXPECT_LE(lines, 2U + secondsSince(start));
     EXPECT_EQ(lines + sumBefore(log, " more initiators sent broken frames"), broken) << log;
 }

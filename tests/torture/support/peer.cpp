@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 #include "live_blocks/live_blocks.h"
 
@@ -37,6 +38,9 @@ void Peer::open() {
     Safely const safely(memory_);
     if (korvo_core_ipc_target_init(nullptr, service, "", "torture", &handle_) != KORVO_CORE_STATUS_NO_ERROR ||
         korvo_core_ipc_target_command_receive_callback(handle_, take, this) != KORVO_CORE_STATUS_NO_ERROR) {
+        if (handle_ != nullptr) {
+            (void)korvo_core_ipc_deinit(std::exchange(handle_, nullptr));
+        }
         throw std::runtime_error("no service");
     }
 }

@@ -2,16 +2,21 @@
 #include "support/system_calls.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
+#include <sys/file.h>
 #include <sys/inotify.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 
 #include "live_blocks/live_blocks.h"
 
@@ -22,6 +27,7 @@ namespace {
 std::atomic<bool> is_armed{false};
 std::atomic<std::size_t> left{0};
 std::atomic<bool> has_failed{false};
+std::atomic<std::size_t> waits_made{0};
 char const *function_that_fails = "";
 int error_of_it = 0;
 
@@ -32,6 +38,15 @@ bool isTheOne(char const *function) {
     }
     has_failed = true;
     return true;
+}
+
+void noteWait() {
+    waits_made += live_blocks::isRecorded() ? 1U : 0U;
+}
+
+/// The mode of a file that open() may make.
+mode_t modeOf(int flags, va_list more) {
+    return (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
 }
 
 /// The C library's own function.
@@ -80,6 +95,10 @@ bool FailingCall::hasFailed() const {
     return torture::has_failed;
 }
 
+std::size_t FailingCall::waits() {
+    return waits_made;
+}
+
 }  // namespace torture
 
 #define REPLACE(name, parameters, ...)                                                              \
@@ -105,8 +124,15 @@ REPLACE(getsockopt, (int descriptor, int level, int option, void *value, socklen
 REPLACE(setsockopt, (int descriptor, int level, int option, void const *value, socklen_t size), descriptor,
         level, option, value, size)
 REPLACE(fstat, (int descriptor, struct stat *found), descriptor, found)
+REPLACE(fstatat, (int folder, char const *name, struct stat *found, int flags), folder, name, found, flags)
 #endif
+REPLACE(bind, (int descriptor, sockaddr const *address, socklen_t size), descriptor, address, size)
+REPLACE(listen, (int descriptor, int most), descriptor, most)
+REPLACE(shutdown, (int descriptor, int how), descriptor, how)
 REPLACE(mkdir, (char const *path, mode_t mode), path, mode)
+REPLACE(flock, (int descriptor, int operation), descriptor, operation)
+REPLACE(renameat, (int from, char const *name, int to, char const *new_name), from, name, to, new_name)
+REPLACE(unlinkat, (int folder, char const *name, int flags), folder, name, flags)
 #undef REPLACE
 
 // These may be cancelled, and so are not declared as never throwing.
@@ -116,6 +142,23 @@ __attribute__((visibility("default"))) int connect(int descriptor, sockaddr cons
     return torture::callOrFail("connect", [&] { return original(descriptor, address, size); });
 }
 
+__attribute__((visibility("default"))) int accept4(int descriptor, sockaddr *address, socklen_t *size,
+                                                   int flags) {
+    static auto *const original = torture::next("accept4", &accept4);
+    return torture::callOrFail("accept4", [&] { return original(descriptor, address, size, flags); });
+}
+
+#if __WORDSIZE == 64
+__attribute__((visibility("default"))) int openat(int folder, char const *path, int flags, ...) {
+    static auto *const original = torture::next("openat", &openat);
+    va_list more;
+    va_start(more, flags);
+    mode_t const mode = torture::modeOf(flags, more);
+    va_end(more);
+    return torture::callOrFail("openat", [&] { return original(folder, path, flags, mode); });
+}
+#endif
+
 __attribute__((visibility("default"))) int poll(pollfd *descriptors, nfds_t count, int timeout) {
     static auto *const original = torture::next("poll", &poll);
     return torture::callOrFail("poll", [&] { return original(descriptors, count, timeout); });
@@ -123,6 +166,7 @@ __attribute__((visibility("default"))) int poll(pollfd *descriptors, nfds_t coun
 
 __attribute__((visibility("default"))) int epoll_wait(int set, epoll_event *events, int most, int timeout) {
     static auto *const original = torture::next("epoll_wait", &epoll_wait);
+    torture::noteWait();
     return torture::callOrFail("epoll_wait", [&] { return original(set, events, most, timeout); });
 }
 

@@ -24,6 +24,9 @@ class FailingCall {
 
     void stop();
     bool hasFailed() const;
+
+    /// How often threads that are recorded have waited in epoll_wait() so far.
+    static std::size_t waits();
 };
 
 }  // namespace torture

@@ -146,16 +146,21 @@ bool isSocketOf(std::string_view name, std::string_view service) {
            name.substr(0, digest_length) == digest(service);
 }
 
-bool isTrustedPeer(int connection, Log const &log) {
+bool isTrustedPeer(int connection, Log const &log, Flood &refusals) {
     ucred peer = {};
     socklen_t size = sizeof peer;
     if (getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) {
-        log.error("cannot tell who is at the other end of a connection: %s", errorText(errno).c_str());
+        int const failure = errno;
+        if (refusals.count()) {
+            log.error("cannot tell who is at the other end of a connection: %s", ErrorText(failure).get());
+        }
         return false;
     }
     if (peer.uid != geteuid() && peer.uid != 0) {
-        log.error("refused a connection with process %d of user %u: only user %u and root are let in",
-                  peer.pid, peer.uid, geteuid());
+        if (refusals.count()) {
+            log.error("refused a connection with process %d of user %u: only user %u and root are let in",
+                      peer.pid, peer.uid, geteuid());
+        }
         return false;
     }
     return true;

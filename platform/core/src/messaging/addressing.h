@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/flood.h"
 #include "base/logging.h"
 #include "base/process.h"
 
@@ -50,8 +51,9 @@ std::string socketName(std::string_view service, std::string_view target);
 /// Whether `name` is the file name of a socket of any target of `service`.
 bool isSocketOf(std::string_view name, std::string_view service);
 
-/// Whether the process at the other end of `connection` belongs to the same user or to root; logs when not.
-bool isTrustedPeer(int connection, Log const &log);
+/// Whether the process at the other end of `connection` belongs to the same user or to root; logs when not, unless
+/// `refusals` has it that this is told already.
+bool isTrustedPeer(int connection, Log const &log, Flood &refusals);
 
 }  // namespace platform
 

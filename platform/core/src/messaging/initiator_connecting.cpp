@@ -154,7 +154,8 @@ process::Descriptor Initiator::openSocket(std::string const &socket_name, Addres
         }
         return {};
     }
-    if (!isTrustedPeer(socket.get(), log_)) {
+    Flood each_is_told;
+    if (!isTrustedPeer(socket.get(), log_, each_is_told)) {
         problem = "the process at the other end is another user's";
         return {};
     }

@@ -196,9 +196,11 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     /// When connections are accepted again, after one could not be.
     std::optional<Clock::time_point> accepts_again_;
     Flood failed_accepts_;
+    Flood strangers_;
     Flood refused_peers_;
     Flood broken_frames_;
     Flood odd_frames_;
+    Flood hoarders_;
     Flood shortages_;
     /// The peer whose commands it is just handling.
     PeerPointer handled_;

@@ -138,7 +138,7 @@ Target::PassResult Target::passOn(PeerPointer const &peer, frame::Type type, std
         flushed = flush(*peer);
     }
     if (flushed == FlushResult::gone) {
-        drop(peer, "it closed the connection");
+        drop(peer, "it cannot be sent to");
         return PassResult::gone;
     }
     return PassResult::done;
@@ -152,8 +152,11 @@ Target::FlushResult Target::flush(Peer &peer) {
             peer.sent += static_cast<std::size_t>(count);
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
             if (!peer.is_blocked) {
+                // Where nobody would come to know that there is room again, its end tells the initiator.
+                if (!epoll_.change(peer.socket.get(), peer.number, EPOLLIN | EPOLLOUT)) {
+                    return FlushResult::gone;
+                }
                 peer.is_blocked = true;
-                (void)epoll_.change(peer.socket.get(), peer.number, EPOLLIN | EPOLLOUT);
             }
             return FlushResult::blocked;
         } else if (errno != EINTR) {
@@ -169,7 +172,10 @@ Target::FlushResult Target::flush(Peer &peer) {
     peer.charge(peer.unsent_memory, peer.outgoing.capacity());
     if (peer.is_blocked) {
         peer.is_blocked = false;
-        (void)epoll_.change(peer.socket.get(), peer.number, EPOLLIN);
+        // Otherwise the serving thread would be woken without end, for room that nobody needs.
+        if (!epoll_.change(peer.socket.get(), peer.number, EPOLLIN)) {
+            return FlushResult::gone;
+        }
     }
     return FlushResult::done;
 }
@@ -185,7 +191,7 @@ void Target::flushOrDrop(PeerPointer const &peer) {
         }
     }
     if (result == FlushResult::gone) {
-        drop(peer, "it closed the connection");
+        drop(peer, "it cannot be sent to");
     }
 }
 
@@ -261,9 +267,13 @@ void Target::boundMemory() {
         if (held.all <= limits::service_bytes) {
             return;
         }
-        log_.warning(
-            "an initiator of service %s is disconnected: all together make it hold %zu bytes, this one %zu",
-            service_.c_str(), held.all, held.most);
+        // Other threads do this for what the service sends, which is its own to bound.
+        if (!isServingThread() || hoarders_.count()) {
+            log_.warning(
+                "an initiator of service %s is disconnected: all together make it hold %zu bytes, this one "
+                "%zu",
+                service_.c_str(), held.all, held.most);
+        }
         drop(held.greediest, "the service holds too much, and for it the most");
     }
 }

@@ -138,8 +138,8 @@ Target::Command Target::takeCommand() {
 
 int Target::boundedWait(int timeout) const {
     std::optional<Clock::time_point> until = accepts_again_;
-    for (Flood const *const flood :
-         {&failed_accepts_, &refused_peers_, &broken_frames_, &odd_frames_, &shortages_}) {
+    for (Flood const *const flood : {&failed_accepts_, &strangers_, &refused_peers_, &broken_frames_,
+                                     &odd_frames_, &hoarders_, &shortages_}) {
         std::optional<Clock::time_point> const due = flood->due();
         if (due && (!until || *due < *until)) {
             until = due;
@@ -163,9 +163,11 @@ void Target::tellOfFloods(bool all) {
         }
     };
     tell(failed_accepts_, "connections could not be accepted");
+    tell(strangers_, "connections of others were refused");
     tell(refused_peers_, "initiators were refused");
     tell(broken_frames_, "initiators sent broken frames");
     tell(odd_frames_, "frames came that only services send");
+    tell(hoarders_, "initiators were disconnected that it held the most for");
     tell(shortages_, "times memory was too short to serve");
 }
 
@@ -263,7 +265,7 @@ void Target::acceptPeers() {
             accepts_again_ = Clock::now() + accept_pause;
             return;
         }
-        if (!isTrustedPeer(connected.get(), log_)) {
+        if (!isTrustedPeer(connected.get(), log_, strangers_)) {
             continue;
         }
         Hold hold(mutex_, log_);
@@ -278,7 +280,10 @@ void Target::acceptPeers() {
         auto const peer = std::make_shared<Peer>(std::move(connected), number,
                                                  source_prefix_ + std::to_string(number), held_by_peers_);
         if (!epoll_.add(peer->socket.get(), number, EPOLLIN)) {
-            hold.warn("refused an initiator: %s", ErrorText(errno).get());
+            int const failure = errno;
+            if (refused_peers_.count()) {
+                hold.warn("refused an initiator: %s", ErrorText(failure).get());
+            }
             continue;
         }
         peers_.emplace(number, peer);
