@@ -2,6 +2,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <random>
 #include <stdexcept>
@@ -106,6 +107,8 @@ void serve(simulator::Options const &options) {
     }
     // A reader of our output that is gone is an error of writing, not the end.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a file that may not grow any more, as on a full disk.
+    std::signal(SIGXFSZ, SIG_IGN);
     // Before anything else, so that a signal always ends the program in good order.
     simulator::Loop loop;
 
@@ -166,6 +169,9 @@ int main(int argc, char *argv[]) {
     } catch (simulator::UsageError const &error) {
         std::cerr << program << ": " << error.what() << "\n";
         return exit_usage;
+    } catch (std::bad_alloc const &) {
+        std::cerr << program << ": out of memory\n";
+        return exit_failure;
     } catch (std::exception const &error) {
         std::cerr << program << ": " << error.what() << "\n";
         return exit_failure;

@@ -97,10 +97,16 @@ void Capture::note(Wall time, Message const &message) noexcept {
             ssize_t const size = ::write(file_, text.data(), text.size());
             if (size == static_cast<ssize_t>(text.size())) {
                 ++written.count;
-            } else if (written.all) {
+                return;
+            }
+            int const reason = size < 0 ? errno : ENOSPC;
+            if (size > 0) {
+                // The beginning of a line would spoil the next one, and with it the whole capture.
+                (void)!::ftruncate(file_, ::lseek(file_, 0, SEEK_CUR) - size);
+            }
+            if (written.all) {
                 written.all = false;
-                log_.warning("the capture lacks messages: " +
-                             (size < 0 ? std::generic_category().message(errno) : "the disk is full"));
+                log_.warning("the capture lacks messages: " + std::generic_category().message(reason));
             }
         });
     } catch (std::exception const &) {

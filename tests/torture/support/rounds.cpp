@@ -33,6 +33,10 @@ constexpr unsigned int seconds_of_a_round = 60;
 /// What is being done, for those who can allocate nothing to say it.
 std::array<char, 200> current{};
 
+void begin(std::string const &what) {
+    (void)std::snprintf(current.data(), current.size(), "%s", what.c_str());
+}
+
 void tellAndDie(int signal) {
     static constexpr char crashed[] = "\ntorture: it crashed, or hung, in round: ";
     (void)!write(STDOUT_FILENO, crashed, sizeof crashed - 1);
@@ -126,8 +130,12 @@ class Tally : public ::testing::Environment {
 
 Tally *const tally = static_cast<Tally *>(::testing::AddGlobalTestEnvironment(new Tally));
 
+std::string nameOf(std::string const &what, std::size_t nth, std::size_t count) {
+    return what + ", allocation " + std::to_string(nth) + ", " + patternOf(count);
+}
+
 void watch(std::string const &what, std::function<void()> const &work, Leavings const &leavings) {
-    (void)std::snprintf(current.data(), current.size(), "%s", what.c_str());
+    begin(what);
     SCOPED_TRACE(current.data());
     client_failed = platform_failed = thread_start_failed = unknown_failed = false;
     (void)alarm(seconds_of_a_round);
@@ -148,10 +156,39 @@ bool doRound(std::string const &what, std::function<void(Fault &)> const &round,
              std::size_t nth, std::size_t count) {
     Fault fault(nth, count);
     watch(
-        what + ", allocation " + std::to_string(nth) + ", " + patternOf(count), [&] { round(fault); },
-        leavings);
+        nameOf(what, nth, count), [&] { round(fault); }, leavings);
     tally->failures += fault.failed();
     return fault.failed() != 0;
+}
+
+/// In every pattern, each time until nothing fails any more.
+void goThrough(std::string const &what,
+               std::function<bool(std::size_t nth, std::size_t count)> const &fails_in_round,
+               std::size_t stride) {
+    if (char const *const only = std::getenv("KORVO_TORTURE_ONLY")) {
+        char *end = nullptr;
+        std::size_t const nth = std::strtoul(only, &end, 10);
+        std::size_t const count = std::strtoul(end, nullptr, 10);
+        (void)fails_in_round(nth, count == 0 ? live_blocks::for_ever : count);
+        return;
+    }
+    for (std::size_t const count : {std::size_t{1}, std::size_t{2}, std::size_t{3}, live_blocks::for_ever}) {
+        // The emulator takes ten times as long, and meets the same code.
+        std::size_t const step = isLong()                         ? 1
+                                 : emulator::present              ? 11
+                                 : count == 1                     ? 1
+                                 : count == live_blocks::for_ever ? 3
+                                                                  : 7;
+        std::size_t nth = 1;
+        while (nth < most_rounds && fails_in_round(nth, count) && !::testing::Test::HasFailure()) {
+            nth += isLong() ? step : step * stride;
+        }
+        EXPECT_GT(nth, 1U) << what << ": no allocation was made to fail";
+        EXPECT_LT(nth, most_rounds) << what << ": allocations go on failing";
+        if (::testing::Test::HasFailure()) {
+            return;
+        }
+    }
 }
 
 }  // namespace
@@ -189,31 +226,31 @@ void failEveryAllocation(std::string const &what, std::function<void(Fault &)> c
         Fault none(most_rounds, 1);
         std::thread([&] { round(none); }).join();
     }
-    if (char const *const only = std::getenv("KORVO_TORTURE_ONLY")) {
-        char *end = nullptr;
-        std::size_t const nth = std::strtoul(only, &end, 10);
-        std::size_t const count = std::strtoul(end, nullptr, 10);
-        (void)doRound(what, round, leavings, nth, count == 0 ? live_blocks::for_ever : count);
-        return;
+    goThrough(
+        what, [&](std::size_t nth, std::size_t count) { return doRound(what, round, leavings, nth, count); },
+        stride);
+}
+
+void failEveryAllocationOfAProcess(std::string const &what,
+                                   std::function<bool(std::size_t nth, std::size_t count)> const &round,
+                                   std::size_t stride) {
+    for (int const signal : {SIGALRM, SIGABRT, SIGSEGV, SIGBUS, SIGFPE}) {
+        (void)std::signal(signal, tellAndDie);
     }
-    for (std::size_t const count : {std::size_t{1}, std::size_t{2}, std::size_t{3}, live_blocks::for_ever}) {
-        // The emulator takes ten times as long, and meets the same code.
-        std::size_t const step = isLong()                         ? 1
-                                 : emulator::present              ? 11
-                                 : count == 1                     ? 1
-                                 : count == live_blocks::for_ever ? 3
-                                                                  : 7;
-        std::size_t nth = 1;
-        while (nth < most_rounds && doRound(what, round, leavings, nth, count) &&
-               !::testing::Test::HasFailure()) {
-            nth += isLong() ? step : step * stride;
-        }
-        EXPECT_GT(nth, 1U) << what << ": no allocation was made to fail";
-        EXPECT_LT(nth, most_rounds) << what << ": allocations go on failing";
-        if (::testing::Test::HasFailure()) {
-            return;
-        }
-    }
+    goThrough(
+        what,
+        [&](std::size_t nth, std::size_t count) {
+            begin(nameOf(what, nth, count));
+            SCOPED_TRACE(current.data());
+            // The process, which would be waited for without end, has the same limit; what it has said is worth more.
+            (void)alarm(2 * seconds_of_a_round);
+            bool const failed = round(nth, count);
+            (void)alarm(0);
+            ++tally->rounds;
+            tally->failures += failed ? 1U : 0U;
+            return failed;
+        },
+        stride);
 }
 
 }  // namespace torture

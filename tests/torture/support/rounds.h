@@ -65,6 +65,12 @@ using Leavings = std::vector<std::size_t>;
 void failEveryAllocation(std::string const &what, std::function<void(Fault &)> const &round,
                          Leavings const &leavings = {}, std::size_t stride = 1);
 
+/// The same with rounds that are processes of their own: `round` starts one whose allocations fail like that, and gives whether
+/// any did.
+void failEveryAllocationOfAProcess(std::string const &what,
+                                   std::function<bool(std::size_t nth, std::size_t count)> const &round,
+                                   std::size_t stride = 1);
+
 /// Does `work` once, in a thread of its own that is watched like a round above, and must leave nothing. It gives whether
 /// anything failed.
 void doOnce(std::string const &what, std::function<bool()> const &work);
