@@ -63,8 +63,9 @@ local function code_of(line, ending, is_lua)
             kept[#kept + 1] = (" "):rep(finish - place + 1)
             place = finish + 1
         else
-            kept[#kept + 1] = line:sub(place, place)
-            place = place + 1
+            local special = line:find(is_lua and "[\"'%-%[]" or "[\"'/R]", place + 1) or #line + 1
+            kept[#kept + 1] = line:sub(place, special - 1)
+            place = special
         end
     end
     return table.concat(kept), ending

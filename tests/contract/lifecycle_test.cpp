@@ -121,6 +121,18 @@ TEST_F(Lifecycle, SubscribesToTheServiceAndThenAsksForEvents) {
     }
 }
 
+TEST_F(Lifecycle, TellsMessagingWhichCommandsAreAsynchronous) {
+    ASSERT_EQ(init(nullptr, 0), KORVO_CORE_STATUS_NO_ERROR);
+    auto *const object = static_cast<korvoInitiatorInterfaces *>(handle_);
+    // None is in hand: not of a method, nor of one that nobody has, nor where messaging cannot name it.
+    EXPECT_FALSE(object->isAsynchronous("Get_actions", "id"));
+    EXPECT_FALSE(object->isAsynchronous("Get_nothing", "id"));
+    EXPECT_FALSE(object->isAsynchronous(nullptr, "id"));
+    EXPECT_FALSE(object->isAsynchronous("Get_actions", nullptr));
+    EXPECT_FALSE(object->isAsynchronous(nullptr, nullptr));
+    EXPECT_EQ(korvo_api_action_engine_initiator_deinit(handle_), KORVO_CORE_STATUS_NO_ERROR);
+}
+
 TEST_F(Lifecycle, DoesNeitherWithoutTheWish) {
     ASSERT_EQ(init(nullptr, 0), KORVO_CORE_STATUS_NO_ERROR);
     EXPECT_EQ(functionsCalled(), Functions{Function::initiator_init});

@@ -280,6 +280,11 @@ function tests.documents_are_checked_before_anything_is_asked_for()
     refused("import: trigger 1 must be an object", "import", written({}, {{id = 1, kind = "timer_trigger"}}))
     refused("import: action 1: 'id' must be a whole number from 1 to 4294967295 that no other action has", "import",
         written{action, action})
+    local filters = {weekday_filters = {1}, time_filters_start = {2}, time_filters_end = {"3"}}
+    local number = "a whole number from 0 to 4294967295"
+    local entry = ("{weekdays = %s, start = %s, stop = %s}"):format(number, number, number)
+    refused("import: action 1: 'filters' wants a list of " .. entry .. " (element 1: 'stop' is a text)", "import",
+        written{{id = 1, kind = "wiper_action", settings = {action_name = "w"}, filters = filters}})
     local unbound = "import: association 1 names what is not in the document"
     for _, association in ipairs{
         5, {action_id = 1}, {trigger_id = 1}, {trigger_id = 1, action_id = 2}, {trigger_id = 2, action_id = 1},

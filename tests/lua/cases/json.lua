@@ -41,12 +41,15 @@ function tests.escapes_are_read()
     check.equal(read [["\u0041\u00e9\u20AC\ud83D\uDe00\u0000"]], "A\195\169\226\130\172\240\159\152\128\0")
     check.equal(read [["\u007f\u0080\u07ff\u0800\uffff\ud800\udc00\udbff\udfff"]],
         "\127\194\128\223\191\224\160\128\239\191\191\240\144\128\128\244\143\191\191")
+    check.equal(read [["\ud7ff\ue000"]], "\237\159\191\238\128\128")
     check.equal(read '"\195\169\240\159\152\128\127"', "\195\169\240\159\152\128\127")
 end
 
 function tests.mistakes_have_a_place()
     refused("", "line 1, column 1: a value is missing")
     refused("[1,\n 2,\n  x]", "line 3, column 3: a value is missing")
+    refused("[x\n]", "line 1, column 2: a value is missing")
+    refused("[1\nx]", "line 2, column 1: ']' or ',' is missing")
     refused('["\195\169\226\130\172" x]', "line 1, column 7: ']' or ',' is missing")
     refused("[1, 2", "line 1, column 6: ']' or ',' is missing")
     refused("[1,]", "line 1, column 4: a value is missing")
