@@ -277,6 +277,10 @@ function tests.documents_are_checked_before_anything_is_asked_for()
     refused("import: line 1, column 1: a value is missing", "import", "")
     refused("import: 'actions' must be a list", "import", written(5))
     refused("import: 'associations' must be a list", "import", written({action}, {trigger}, 5))
+    for _, name in ipairs{"actions", "triggers", "associations"} do
+        local text = '{"format":"korvo-action-engine-catalogue","version":1,"actions":[],"triggers":[],"associations":[]}'
+        refused("import: '" .. name .. "' must be a list", "import", (text:gsub('("' .. name .. '":)%[%]', "%1null")))
+    end
     refused("import: trigger 1 must be an object", "import", written({}, {{id = 1, kind = "timer_trigger"}}))
     refused("import: action 1: 'id' must be a whole number from 1 to 4294967295 that no other action has", "import",
         written{action, action})

@@ -219,7 +219,7 @@ function methods.export_json(ask, given)
 end
 
 local function check_list(what, value)
-    if type(value) ~= "table" or json.is_object(value) then
+    if type(value) ~= "table" or value == json.null or json.is_object(value) then
         refuse("%s must be a list", what)
     end
     local count = 0

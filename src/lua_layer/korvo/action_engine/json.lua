@@ -187,7 +187,7 @@ local function read_text(text, position)
     end
 end
 
--- By hand, since a program's locale may want a comma where JSON has a point.
+-- Without its point, for which a program's locale may want a comma.
 local function read_number(text, position)
     local whole, behind = text:match("^(-?[0-9]+)()", position)
     if not whole or whole:find("^-?0[0-9]") then
@@ -197,8 +197,8 @@ local function read_number(text, position)
     behind = behind_fraction or behind
     local exponent, behind_exponent = text:match("^[eE]([+-]?[0-9]+)()", behind)
     local power = (tonumber(exponent) or 0) - #(fraction or "")
-    local digits = tonumber(whole .. (fraction or ""))
-    return power < 0 and digits / 10 ^ -power or digits * 10 ^ power, behind_exponent or behind
+    local number = string.format("%s%se%d", whole, fraction or "", math.max(-1e6, math.min(1e6, power)))
+    return tonumber(number), behind_exponent or behind
 end
 
 local function skip(text, position)
