@@ -96,6 +96,45 @@ TEST(LuaStubTexts, ExplainEveryFunctionInWords) {
     EXPECT_GT(functions, 7 * static_cast<int>(operations().size()));
 }
 
+/// The comment in front of a function, and its declaration; empty when there is none.
+std::string entryOf(std::string const &function) {
+    std::ifstream stub(KORVO_LUA_STUB);
+    std::string const declaration = "function korvo_api_action_engine." + function + "(";
+    std::string entry;
+    for (std::string line; std::getline(stub, line);) {
+        entry = line.empty() ? "" : entry + line + "\n";
+        if (line.compare(0, declaration.size(), declaration) == 0) {
+            return entry;
+        }
+    }
+    return "";
+}
+
+TEST(LuaStubTexts, AreThoseOfTheHeaderAndOfTheForm) {
+    EXPECT_EQ(entryOf("korvo_api_action_engine_get_action_type_send"),
+              R"(---Tells what kind of action an identifier stands for.
+---
+---This form sends the command and waits for the response, up to 5000 ms.
+---
+---Statuses: 9 when the service knows no such action.
+---@param handle userdata # the client handle.
+---@param target string? # which instance of the service is meant; nil is the default one.
+---@param action_id integer # the action asked about.
+---@return korvo_core_status status # 0 for success.
+---@return integer action_type # its type: a value of ActionType.
+function korvo_api_action_engine.korvo_api_action_engine_get_action_type_send(handle, target, action_id) end
+)");
+    EXPECT_EQ(
+        entryOf("korvo_core_logging_init"),
+        R"(---Opens a logger. Only for scripts of a host program that supplies the place for the handle; without one, nil as a
+---logging handle is the default logger. Status 2: memory ran out.
+---@param name string? # of the part of the process that logs; nil is an empty one.
+---@param logging _p_p_void? # a typed pointer of a host program to the place for the handle; nil is refused with status 1.
+---@return korvo_core_status status
+function korvo_api_action_engine.korvo_core_logging_init(name, logging) end
+)");
+}
+
 // An editor shows one entry at a time, to somebody who writes Lua.
 TEST(LuaStubTexts, StandEachByItselfAndSpeakOfLua) {
     char const *const elsewhere[] = {

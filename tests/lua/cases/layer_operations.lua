@@ -201,6 +201,40 @@ function tests.a_closed_engine_says_so()
     end)
 end
 
+function tests.names_that_are_near_are_told()
+    with({name = "test"}, function(engine)
+        local function told(name, expected)
+            local _, message = pcall(function() return engine[name] end)
+            check.equal(message:match("^.-: (.*)$"), "an engine has no '" .. tostring(name) .. "'; " .. expected)
+        end
+        told("get_ptz", "there is get_ptz_pattern_action, get_ptz_preset_action, get_ptz_scan_action, get_ptz_tour_action")
+        told("action_counts", "there is get_action_counts")
+        told("delete_trigger_now", "there is delete_trigger")
+        told("get_action.counts", "docs/lua-layer.md lists what it has")
+        told(5, "docs/lua-layer.md lists what it has")
+    end)
+end
+
+function tests.what_is_no_failure_of_a_call_is_raised()
+    with({name = "test"}, function(engine)
+        local broken = setmetatable({}, {__index = function() error("a mistake", 0) end})
+        check.equal({pcall(engine.import, engine, broken)}, {false, "a mistake"})
+    end)
+end
+
+function tests.an_engine_has_messaging_of_its_own_and_no_events_before_they_are_asked_for()
+    local module = require "korvo_api_action_engine"
+    local init = module.korvo_api_action_engine_initiator_init
+    local given
+    module.korvo_api_action_engine_initiator_init = function(...)
+        given = check.pack(...)
+        return init(...)
+    end
+    with({name = "test"}, function() end)
+    module.korvo_api_action_engine_initiator_init = init
+    check.equal(given, {n = 4, nil, nil, false, "test"})
+end
+
 function tests.engines_that_nobody_keeps_are_closed()
     local module = require "korvo_api_action_engine"
     local closed = 0
