@@ -150,6 +150,11 @@ function tests.messages_say_what_is_wrong_and_what_is_wanted()
         email.to_addresses = {"a", nil, "b", x = 1}
         check.equal(message_of("create_email_action", email):match("^.*at '"),
             "create_email_action: 'to_addresses' wants a list of texts (there is an element at '")
+        for _, key in ipairs {"x", 1.5, 0, -1, true} do
+            email.to_addresses = {"a", "b", [key] = "c"}
+            check.equal(message_of("create_email_action", email), "create_email_action: 'to_addresses' wants a list of texts " ..
+                "(there is an element at '" .. tostring(key) .. "')")
+        end
         email.to_addresses = "a@example.org"
         check.equal(message_of("create_email_action", email),
             "create_email_action: 'to_addresses' wants a list of texts, and is a text")
