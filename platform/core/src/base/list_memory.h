@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 
 namespace platform {
@@ -26,11 +25,9 @@ void freeList(T **list) {
 /// `count` empty slots and the terminating one; NULL when memory runs out.
 template <typename T>
 T **allocSlots(unsigned int count) {
-    if (count >= std::numeric_limits<std::size_t>::max() / sizeof(T *)) {
-        return nullptr;
-    }
-    // calloc() refuses a product that does not fit.
-    return static_cast<T **>(std::calloc(static_cast<std::size_t>(count) + 1, sizeof(T *)));
+    std::size_t const slots = static_cast<std::size_t>(count) + 1;
+    // calloc() refuses a product that does not fit. Where a size is no wider than the count, one more may be none.
+    return slots > count ? static_cast<T **>(std::calloc(slots, sizeof(T *))) : nullptr;
 }
 
 /// As above, each slot holding a zeroed element of its own.

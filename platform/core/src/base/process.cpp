@@ -90,36 +90,11 @@ ForkSafeMutex::ForkSafeMutex() {
     shared.mutexes.push_back(this);
 }
 
-Descriptor::Descriptor(int descriptor) : descriptor_(descriptor), generation_(generation()) {
-    if (descriptor_ < 0) {
-        return;
+Descriptor::Registration::Registration() KORVO_NO_ANALYSIS : lock_(state().mutex) {
+    std::vector<int> &descriptors = state().descriptors;
+    if (descriptors.size() == descriptors.capacity()) {
+        descriptors.reserve(2 * descriptors.size() + 16);
     }
-    try {
-        State &shared = state();
-        MutexLock const lock(shared.mutex);
-        shared.descriptors.push_back(descriptor_);
-    } catch (...) {
-        (void)close(descriptor_);
-        throw;
-    }
-}
-
-Descriptor::Registration::Registration() KORVO_NO_ANALYSIS {
-    State &shared = state();
-    shared.mutex.lock();
-    if (shared.descriptors.size() < shared.descriptors.capacity()) {
-        return;
-    }
-    try {
-        shared.descriptors.reserve(2 * shared.descriptors.size() + 16);
-    } catch (...) {
-        shared.mutex.unlock();
-        throw;
-    }
-}
-
-Descriptor::Registration::~Registration() KORVO_NO_ANALYSIS {
-    state().mutex.unlock();
 }
 
 void Descriptor::Registration::add(int descriptor) noexcept KORVO_NO_ANALYSIS {

@@ -10,6 +10,7 @@
 
 #include <mutex>
 
+#include "base/mutex.h"
 #include "base/thread_annotations.h"
 
 namespace platform::process {
@@ -41,8 +42,6 @@ class KORVO_CAPABILITY("mutex") ForkSafeMutex {
 class Descriptor {
   public:
     Descriptor() = default;
-    /// Takes `descriptor`; a negative number is none.
-    explicit Descriptor(int descriptor);
     ~Descriptor() { reset(); }
 
     Descriptor(Descriptor &&other) noexcept;
@@ -65,11 +64,14 @@ class Descriptor {
     class Registration {
       public:
         Registration();
-        ~Registration();
+        ~Registration() = default;
         Registration(Registration const &) = delete;
         Registration &operator=(Registration const &) = delete;
 
         void add(int descriptor) noexcept;
+
+      private:
+        MutexLock<Mutex> lock_;
     };
 
     Descriptor(int descriptor, Registration &registration) noexcept

@@ -32,8 +32,9 @@ class RuntimeFolder {
     /// The names of what is in it; nothing, and logs why, when it cannot be read.
     std::optional<std::vector<std::string>> names(Log const &log) const;
 
-    /// The address of socket `name` in the folder that `folder` was opened on.
-    std::optional<sockaddr_un> address(process::Descriptor const &folder, std::string const &name) const;
+    /// The address of socket `name` in the folder that `folder` was opened on. Throws std::length_error for a name that
+    /// is longer than those of sockets are.
+    sockaddr_un address(process::Descriptor const &folder, std::string const &name) const;
 
   private:
     RuntimeFolder(std::string path, bool shared_parent)

@@ -132,19 +132,15 @@ process::Descriptor Initiator::openSocket(std::string const &socket_name, Addres
         problem = "the runtime folder cannot be used";
         return {};
     }
-    auto const socket_address = folder_.address(folder, socket_name);
-    if (!socket_address) {
-        problem = "the path of the runtime folder " + folder_.path() + " is too long for sockets";
-        return {};
-    }
+    sockaddr_un const socket_address = folder_.address(folder, socket_name);
     auto socket = process::Descriptor::madeBy(
         [] { return ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); });
     if (!socket) {
         problem = "cannot make a socket: " + errorText(errno);
         return {};
     }
-    if (::connect(socket.get(), reinterpret_cast<sockaddr const *>(&*socket_address),
-                  sizeof *socket_address) != 0) {
+    if (::connect(socket.get(), reinterpret_cast<sockaddr const *>(&socket_address), sizeof socket_address) !=
+        0) {
         if (errno == ENOENT || errno == ECONNREFUSED) {
             log_.info("service %s, target \"%s\" is not there", address.service.c_str(),
                       address.target.c_str());

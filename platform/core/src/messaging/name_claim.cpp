@@ -32,17 +32,12 @@ bool NameClaim::take(RuntimeFolder const &folder, std::string const &socket_name
     }
     // Whoever sees the socket under its own name can connect to it: it is moved there when it listens.
     std::string const unfinished = socket_name + unfinished_suffix;
-    auto const address = folder.address(folder_, unfinished);
-    if (!address) {
-        log.error("%s cannot listen: the path of the runtime folder %s is too long", owner.c_str(),
-                  folder.path().c_str());
-        return false;
-    }
+    sockaddr_un const address = folder.address(folder_, unfinished);
     (void)unlinkat(folder_.get(), unfinished.c_str(), 0);
     auto listener = process::Descriptor::madeBy(
         [] { return socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0); });
     if (!listener ||
-        bind(listener.get(), reinterpret_cast<sockaddr const *>(&*address), sizeof *address) != 0 ||
+        bind(listener.get(), reinterpret_cast<sockaddr const *>(&address), sizeof address) != 0 ||
         listen(listener.get(), SOMAXCONN) != 0 ||
         renameat(folder_.get(), unfinished.c_str(), folder_.get(), socket_name.c_str()) != 0) {
         log.error("%s cannot listen in the runtime folder %s: %s", owner.c_str(), folder.path().c_str(),

@@ -7,7 +7,7 @@ using namespace platform;
 
 namespace {
 
-class Configuration : public DocumentCache {
+class Configuration final : public DocumentCache {
   public:
     Configuration() : DocumentCache("configuration.json") {}
 

@@ -19,7 +19,6 @@ namespace platform {
 class DocumentCache {
   public:
     explicit DocumentCache(char const *file_name) : file_name_(file_name) {}
-    virtual ~DocumentCache() = default;
     DocumentCache(DocumentCache const &) = delete;
     DocumentCache &operator=(DocumentCache const &) = delete;
 
@@ -36,6 +35,9 @@ class DocumentCache {
     std::string const &fileName() const { return file_name_; }
 
   protected:
+    // Nobody destroys one.
+    ~DocumentCache() = default;
+
     /// Makes `snapshot` the one that is held. `found_no_file` is remembered until the last end().
     void hold(std::shared_ptr<Snapshot const> snapshot, bool found_no_file);
     bool hasFoundNoFile();

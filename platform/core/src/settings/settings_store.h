@@ -10,7 +10,7 @@
 namespace platform {
 
 /// The settings of the user.
-class SettingsStore : public DocumentCache {
+class SettingsStore final : public DocumentCache {
   public:
     SettingsStore() : DocumentCache("settings.json") {}
 
