@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -49,6 +50,16 @@ std::size_t linesOf(std::string const &text) {
     return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
+/// Tells at the end how much was tried.
+class Tally : public ::testing::Environment {
+  public:
+    void TearDown() override { std::printf("torture: %zu limits\n", limits); }
+
+    std::size_t limits = 0;
+};
+
+Tally *const tally = static_cast<Tally *>(::testing::AddGlobalTestEnvironment(new Tally));
+
 /// The soft limit of a process, until the end of its life. It can be lowered below what is in use.
 class Limit {
   public:
@@ -57,6 +68,7 @@ class Limit {
         rlimit lowered = before_;
         lowered.rlim_cur = value;
         EXPECT_EQ(prlimit(process_, resource_, &lowered, nullptr), 0);
+        ++tally->limits;
     }
     ~Limit() {
         // The process may have ended.
@@ -114,6 +126,7 @@ class FewResources : public ::testing::Test {
 
     /// The service under this limit from its start on; what it wrote to standard error where it did not start.
     static std::unique_ptr<Child> start(std::string const &limit) {
+        ++tally->limits;
         Command command = Service::command({"--store", newStore()});
         command.arguments.insert(command.arguments.begin(), {limit, command.program});
         command.program = "/usr/bin/prlimit";
