@@ -78,10 +78,10 @@ std::optional<Value> readValue(Kind kind, json::value const &value) {
             return readList<std::string>(value, plainText);
         case Kind::numbers:
             return readList<std::uint32_t>(value, wholeNumber);
-        case Kind::none:
-            break;
+        case Kind::none:  // GCOV_EXCL_LINE: a row ends there
+            break;        // GCOV_EXCL_LINE
     }
-    return std::nullopt;
+    return std::nullopt;  // GCOV_EXCL_LINE
 }
 
 char const *expectation(Kind kind) {
@@ -96,10 +96,10 @@ char const *expectation(Kind kind) {
             return "an array of strings";
         case Kind::numbers:
             return "an array of whole numbers from 0 to 4294967295";
-        case Kind::none:
-            break;
+        case Kind::none:  // GCOV_EXCL_LINE: a row ends there
+            break;        // GCOV_EXCL_LINE
     }
-    return "nothing";
+    return "nothing";  // GCOV_EXCL_LINE
 }
 
 }  // namespace
@@ -140,8 +140,8 @@ void writeMembers(JsonWriter &writer, operations::Member const *row, Values cons
             case Kind::numbers:
                 writer.list(name, std::get<Numbers>(value));
                 break;
-            case Kind::none:
-                break;
+            case Kind::none:  // GCOV_EXCL_LINE: a row ends there
+                break;        // GCOV_EXCL_LINE
         }
     }
 }

@@ -46,11 +46,6 @@ bool Devices::isOn(Relay const &relay, Time now) {
            (now - relay.since) % (relay.pattern.on + relay.pattern.off) < relay.pattern.on;
 }
 
-bool Devices::relayIsOn(std::string const &relay, Time now) const {
-    auto const found = relays_.find(relay);
-    return found != relays_.end() && isOn(found->second, now);
-}
-
 Position Devices::headPosition(Time now) const {
     double const way = std::max(std::abs(target_.pan - origin_.pan), std::abs(target_.tilt - origin_.tilt));
     double const moved = std::chrono::duration<double>(now - moved_).count() * head_speed;

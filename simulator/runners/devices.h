@@ -42,7 +42,6 @@ class Devices {
     void runWasher(Time now) { washer_ = now; }
     void moveHead(Position const &target, Time now);
 
-    bool relayIsOn(std::string const &relay, Time now) const;
     Position headPosition(Time now) const;
     Position const &headTarget() const { return target_; }
 

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "no_room.h"
 #include "support.h"
 #include "time_zone.h"
 
@@ -75,6 +76,26 @@ TEST(Captures, ThatCannotBeWrittenAreToldOfOnce) {
     EXPECT_EQ(full.count(), 0U);
     ASSERT_EQ(log.lines.size(), 1U);
     EXPECT_TRUE(log.holds("4 the capture lacks messages: "));
+}
+
+TEST(Captures, HoldWholeLinesOnlyWhateverFits) {
+    RecordedLog log;
+    TemporaryFolder const folder;
+    std::string const path = folder / "c";
+    Capture::Message const message{"a", "7", Capture::Direction::to_service, "x"};
+    Capture capture(path, Capture::Secrets::hidden, added_to, log.log());
+    capture.note(Wall(), message);
+    std::string const line = readFile(path);
+    {
+        NoRoom const no_room(line.size() + line.size() / 2);
+        capture.note(Wall(), message);
+        EXPECT_EQ(readFile(path), line);
+        capture.note(Wall(), message);
+    }
+    capture.note(Wall(), message);
+    EXPECT_EQ(readFile(path), line + line);
+    EXPECT_EQ(capture.count(), 2U);
+    EXPECT_EQ(log.lines, std::vector<std::string>{"4 the capture lacks messages: No space left on device"});
 }
 
 }  // namespace simulator::tests

@@ -8,6 +8,7 @@
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
 #include <boost/json/value.hpp>
+#include <set>
 #include <string>
 
 #include "support.h"
@@ -347,6 +348,35 @@ TEST_F(ControlTest, TakesNoCatalogueThatMeansNothing) {
         StartsWith(R"(9: trigger 1: the topic filter, column 1: the prefix "x")"));
     EXPECT_THAT(refusal(R"({"command":"Replace_catalogue","catalogue":{"format":"x"}})"),
                 HasSubstr("no catalogue"));
+    struct Case {
+        /// What follows the format.
+        char const *rest;
+        char const *why;
+    };
+    Case const cases[] = {
+        {R"("actions":[])", R"(1: the member "version" is missing)"},
+        {R"("version":2)", R"(1: its "version" is not 1, the only one that this service knows)"},
+        {R"("version":"1")", R"(1: its "version" is not 1, the only one that this service knows)"},
+        {R"("version":1,"actions":{})", R"(1: the member "actions" must be an array)"},
+        {R"("version":1,"actions":[7])", R"(1: entry 1 of "actions": it is no JSON object)"},
+        {R"("version":1,"actions":[{"id":1,"kind":2}])",
+         R"(1: entry 1 of "actions": the member "kind" must be a string)"},
+        {R"("version":1,"actions":[{"id":1,"kind":"wiper_action","settings":[]}])",
+         R"(1: entry 1 of "actions": "settings" is no JSON object)"},
+        {R"("version":1,"actions":[],"triggers":[],"associations":[{"trigger_id":1}])",
+         R"(1: entry 1 of "associations": the member "action_id" is missing)"},
+        {R"("version":1,"actions":[],"triggers":[],"associations":[{"trigger_id":0,"action_id":1}])",
+         R"(1: entry 1 of "associations": an identifier must be a whole number from 1 to 4294967295)"},
+    };
+    for (Case const &one : cases) {
+        EXPECT_EQ(
+            refusal(
+                std::string(
+                    R"({"command":"Replace_catalogue","catalogue":{"format":"korvo-action-engine-catalogue",)") +
+                one.rest + "}}"),
+            one.why)
+            << one.rest;
+    }
     EXPECT_EQ(bench.number(R"({"command":"Get_actions"})", "status"), 0);
     EXPECT_EQ(text(ask(R"({"command":"Get_catalogue"})").at("catalogue").at("actions").at(0).at("settings")),
               R"({"action_name":"wiper"})");
@@ -358,6 +388,49 @@ TEST_F(ControlTest, RefusesWhatItDoesNotKnow) {
     EXPECT_THAT(refusal(R"({"command":7})"), StartsWith("1: the member \"command\" must be a string"));
     EXPECT_THAT(refusal(R"({"command":"Get_actions"})"),
                 StartsWith("8: there is no control command \"Get_actions\"; there are Get_clock, "));
+}
+
+TEST_F(ControlTest, SaysWhichMemberIsOfAnotherType) {
+    struct Case {
+        char const *command;
+        char const *why;
+    };
+    Case const cases[] = {
+        {R"({"command":"Inject","topic":"t","message":"<a/>","namespace_keys":["a",7],"namespace_uris":[]})",
+         "1: the member \"namespace_keys\" must be an array of strings"},
+        {R"({"command":"Inject","topic":"t","message":"<a/>","namespace_keys":"a","namespace_uris":[]})",
+         "1: the member \"namespace_keys\" must be an array"},
+        {R"({"command":"Replace_catalogue","catalogue":[]})",
+         "1: the member \"catalogue\" must be an object"},
+        {R"({"command":"Clear_faults","fault_id":"1"})",
+         "1: the member \"fault_id\" must be a whole number from 0 to 4294967295"},
+        {R"({"command":"Clear_faults","fault_id":-1})",
+         "1: the member \"fault_id\" must be a whole number from 0 to 4294967295"},
+        {R"({"command":"Clear_faults","fault_id":1.5})",
+         "1: the member \"fault_id\" must be a whole number from 0 to 4294967295"},
+    };
+    for (Case const &one : cases) {
+        EXPECT_EQ(refusal(one.command), one.why) << one.command;
+    }
+}
+
+TEST_F(ControlTest, TellsOfTheRelaysThatWereSwitchedLast) {
+    constexpr int told = 256;
+    for (int n = 0; n <= told; ++n) {
+        ask(R"({"command":"Advance_clock","seconds":1})");
+        runner.run(Job{1, &action_kinds[9],
+                       Values{std::string("relay"), std::to_string(n), 0U, true, 2U, 1000U, 2000U}, ""},
+                   [](RunResult const &result) { EXPECT_TRUE(result.success); });
+    }
+    auto const devices = ask(R"({"command":"Get_devices"})");
+    std::set<std::string> names;
+    for (auto const &relay : devices.at("devices").at("relays").as_array()) {
+        names.emplace(relay.at("relay_target").as_string());
+    }
+    EXPECT_EQ(names.size(), static_cast<std::size_t>(told));
+    EXPECT_EQ(names.count("0"), 0U) << "the oldest goes";
+    EXPECT_EQ(names.count("1"), 1U);
+    EXPECT_EQ(names.count("256"), 1U);
 }
 
 TEST_F(ControlTest, StartsAndStopsCapturesAndReplays) {

@@ -179,4 +179,68 @@ TEST_F(ShortMemory, ATimerThatIsCreatedFiresWhateverFailed) {
     }
 }
 
+TEST_F(ShortMemory, AValueThatCannotBeCopiedLeavesTheOneBefore) {
+    std::string const long_text(100, 'x');
+    for (Value const &source : {Value(long_text), Value(Texts{long_text, "b"}), Value(Numbers{1, 2, 3})}) {
+        for (std::size_t nth = 1;; ++nth) {
+            Value value(7U);
+            bool copied = false;
+            bool const failed = live_blocks::failNth(nth, [&] {
+                try {
+                    value = source;
+                    copied = true;
+                } catch (std::bad_alloc const &) {
+                    // What is there is looked at below.
+                }
+            });
+            ASSERT_EQ(copied, !failed);
+            ASSERT_EQ(value == source, copied);
+            ASSERT_EQ(value == Value(7U), !copied);
+            if (copied) {
+                break;
+            }
+        }
+    }
+}
+
+TEST_F(ShortMemory, ARemarkIsLeftOutAndTheCommandCarriedOut) {
+    struct Case {
+        char const *command;
+        char const *answer;
+        char const *refusal;
+        char const *remark;
+    };
+    Case const cases[] = {
+        {R"({"command":"__get_target_version__","initiator_major":77,"initiator_minor":5})",
+         R"({"command":"__get_target_version__","status":0,"target_major":1,"target_minor":19})",
+         R"({"command":"__get_target_version__","status":9})", "77.5"},
+        {R"({"command":"Create_onvif_trigger","trigger_name":"o","topic_filter":"*","topic_filter_dialect":"","content_filter":"","namespace_keys":[],"namespace_uris":[]})",
+         R"({"command":"Create_onvif_trigger","status":0,"trigger_id":1})",
+         R"({"command":"Create_onvif_trigger","status":9})", "trigger 1 never fires: "},
+    };
+    for (Case const &one : cases) {
+        SCOPED_TRACE(one.command);
+        std::size_t without_remark = 0;
+        for (std::size_t nth = 1;; ++nth) {
+            Bench bench("", {}, {Catalogue::Nonsense::kept});
+            std::string answer;
+            std::string const *text = nullptr;
+            bool const failed =
+                live_blocks::failNth(nth, [&] { text = &bench.dispatcher.answer(one.command).text; });
+            answer = *text;
+            if (answer == one.answer) {
+                without_remark += bench.log.holds(one.remark) ? 0U : 1U;
+            } else {
+                ASSERT_THAT(answer, testing::AnyOf(one.refusal, R"({"command":"","status":9})")) << nth;
+            }
+            if (!failed) {
+                ASSERT_EQ(answer, one.answer);
+                ASSERT_TRUE(bench.log.holds(one.remark));
+                break;
+            }
+        }
+        EXPECT_GT(without_remark, 0U);
+    }
+}
+
 }  // namespace simulator::tests

@@ -393,6 +393,30 @@ TEST_F(ProgramTest, HoldsUpNoOtherAnswerWhileOneIsDelayedAndLeavesDroppedOnesOut
     EXPECT_EQ(client.receive(milliseconds(0)), std::nullopt);
 }
 
+TEST_F(ProgramTest, HoldsBackSoManyAnswersAndNoMore) {
+    Program program({"--delay", "Get_triggers=600000"});
+    expectReady(program);
+    Client client;
+    for (int n = 0; n <= 4096; ++n) {
+        ASSERT_EQ(client.send(R"({"command":"Get_triggers"})", std::to_string(n)),
+                  KORVO_CORE_STATUS_NO_ERROR);
+    }
+    // Answered in order, so all before it have been taken.
+    EXPECT_THAT(client.call(get_actions), HasSubstr("\"status\":0"));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_THAT(program.errors(), HasSubstr("an answer is left out: 4096 are held back already"));
+}
+
+TEST_F(ProgramTest, TellsTheSeedThatGivesAnOrderAgain) {
+    Program program({"--shuffle", "--log-level", "notice"});
+    expectReady(program);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_THAT(program.errors(),
+                testing::ContainsRegex("actions run in orders that --seed [0-9]+ gives again"));
+}
+
 TEST_F(ProgramTest, RefusesWhatIsTooMuchInWordsAndWorksOn) {
     Program program({});
     expectReady(program);

@@ -14,6 +14,7 @@
 // jpeglib.h uses FILE and size_t without including what declares them.
 #include <jpeglib.h>
 
+#include "no_room.h"
 #include "simulator/runners/file.h"
 #include "simulator/runners/test_picture.h"
 #include "support.h"
@@ -171,6 +172,23 @@ TEST(Files, TakeThePlaceOfPlainFilesOnly) {
 TEST(Files, InAFolderThatIsGoneAreAnError) {
     TemporaryFolder const folder;
     EXPECT_THAT(refusal(folder / "gone", "a.jpg"), HasSubstr("cannot open the folder"));
+}
+
+TEST(Files, ThatCannotBeMadeAreAnError) {
+    // Nobody makes files there, root neither.
+    EXPECT_THAT(refusal("/proc/self", "a.jpg"),
+                HasSubstr("cannot make a file in the folder \"/proc/self\": "));
+}
+
+TEST(Files, ThatDoNotFitLeaveNothingBehind) {
+    TemporaryFolder const folder;
+    writeFile(folder.path(), "a.jpg", "contents");
+    {
+        simulator::tests::NoRoom const no_room(10);
+        EXPECT_THROW(writeFile(folder.path(), "a.jpg", "longer contents"), std::runtime_error);
+    }
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"a.jpg"});
+    EXPECT_EQ(simulator::tests::readFile(folder / "a.jpg"), "contents");
 }
 
 TEST(Files, AreForTheirOwnerOnly) {

@@ -10,6 +10,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "examples.h"
 #include "kept.h"
@@ -209,6 +210,72 @@ TEST(StoreFailures, AStoreThatFailsWhileItIsOpenedIsWholeAfterwards) {
             break;
         }
     }
+}
+
+TEST(StoreFailures, ACatalogueIsReplacedAsAWholeOrNotAtAll) {
+    Store::Rows const rows{{{7, 7, R"({"action_name":"new"})", "{}"}, {9, 8, R"({"action_name":"n"})", "{}"}},
+                           {{5, 1, R"({"trigger_name":"t","timer_seconds":1})", ""}},
+                           {{5, 7}, {5, 9}}};
+    auto const read = [](Store &store) {
+        std::vector<std::string> all;
+        for (Store::Table const table : {Store::Table::actions, Store::Table::triggers}) {
+            store.readEntries(table, [&all](std::uint32_t id, std::uint32_t type, std::string_view settings,
+                                            std::string_view) {
+                all.push_back(std::to_string(id) + " " + std::to_string(type) + std::string(settings));
+            });
+        }
+        store.readAssociations([&all](std::uint32_t trigger_id, std::uint32_t action_id) {
+            all.push_back(std::to_string(trigger_id) + "-" + std::to_string(action_id));
+        });
+        return all;
+    };
+    FailingDisk disk;
+    std::size_t failures = 0;
+    for (std::size_t const in_a_row : {1U, 2U, 3U, 1'000'000U}) {
+        for (std::size_t nth = 1;; ++nth) {
+            SCOPED_TRACE("call " + std::to_string(nth) + ", failures in a row: " + std::to_string(in_a_row));
+            TemporaryFolder const folder;
+            std::string const path = folder / "store";
+            auto store = std::make_unique<Store>(path);
+            store->addTrigger(1, "old");
+            store->changeTraces({{1, 0, "first"}, {2, 0, "second"}}, {});
+            auto const before = read(*store);
+            bool replaced = false;
+            bool traced = false;
+            disk.fail(nth, in_a_row);
+            try {
+                store->replace(rows);
+                replaced = true;
+                store->changeTraces({{3, 0, "third"}}, {1});
+                traced = true;
+            } catch (StoreError const &error) {
+                EXPECT_NE(std::strstr(error.what(), "did not take the change: "), nullptr) << error.what();
+            }
+            bool const failed = disk.failed() != 0;
+            disk.fail(0, 0);
+            failures += failed ? 1U : 0U;
+            ASSERT_TRUE(failed || traced);
+            auto const after = read(*store);
+            ASSERT_EQ(after == before, !replaced);
+            ASSERT_EQ(after.size(), replaced ? 5U : 1U);
+            // Also when it is closed, and by the next one.
+            store->addTrigger(1, "later");
+            auto const later = read(*store);
+            ASSERT_EQ(later.size(), after.size() + 1);
+            store = nullptr;
+            Store again(path);
+            ASSERT_EQ(read(again), later);
+            std::string traces;
+            again.readTraces([&traces](std::uint64_t, std::uint32_t, std::string_view text) {
+                traces += std::string(text) + " ";
+            });
+            ASSERT_EQ(traces, traced ? "second third " : "first second ");
+            if (!failed) {
+                break;
+            }
+        }
+    }
+    EXPECT_GT(failures, 20U);
 }
 
 }  // namespace simulator::tests

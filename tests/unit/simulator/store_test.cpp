@@ -3,16 +3,16 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "no_room.h"
 #include "processes/kill.h"
 #include "support.h"
 
@@ -45,28 +45,6 @@ std::vector<std::string> entries(Store &store, Store::Table table) {
     });
     return found;
 }
-
-/// Lets no file of this process grow beyond its present size, as on a full disk.
-class NoRoom {
-  public:
-    explicit NoRoom(std::uintmax_t bytes) {
-        previous_handler_ = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &previous_);
-        rlimit limit = previous_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~NoRoom() {
-        setrlimit(RLIMIT_FSIZE, &previous_);
-        std::signal(SIGXFSZ, previous_handler_);
-    }
-    NoRoom(NoRoom const &) = delete;
-    NoRoom &operator=(NoRoom const &) = delete;
-
-  private:
-    rlimit previous_{};
-    void (*previous_handler_)(int);
-};
 
 }  // namespace
 
@@ -306,6 +284,60 @@ TEST(Store, AFailedWriteLeavesStoreAndMemoryAsTheyWere) {
     EXPECT_EQ(bench.number(changes[0], "action_id"), 2);
     for (char const *const change : changes) {
         EXPECT_EQ(bench.status(change), 0) << change;
+    }
+}
+
+TEST(Store, SaysThatItIsDamagedWhereverItIsRead) {
+    for (std::string const table : {"actions", "triggers", "associations", "traces"}) {
+        SCOPED_TRACE(table);
+        TemporaryFolder const folder;
+        std::string const path = folder / "store";
+        constexpr std::uint32_t count = 1000;
+        {
+            Store store(path);
+            Store::Rows rows;
+            std::vector<Store::StoredTrace> traces;
+            std::string const text(100, 't');
+            for (std::uint32_t n = 1; n <= count; ++n) {
+                rows.actions.push_back({n, 7, text, text});
+                rows.triggers.push_back({n, 1, text, ""});
+                rows.associations.emplace_back(n, n);
+                traces.push_back({n, 0, text});
+            }
+            store.replace(rows);
+            store.changeTraces(traces, {});
+        }
+        // The trees of the table and of its index go nowhere.
+        std::vector<std::size_t> pages;
+        std::size_t page_size = 0;
+        {
+            sqlite::Database database(path);
+            for (char const *const which : {"min", "max"}) {
+                std::string const query = std::string("SELECT ") + which +
+                                          "(rootpage) FROM sqlite_schema WHERE tbl_name = '" + table + "'";
+                pages.push_back(static_cast<std::size_t>(database.readNumber(query.c_str())));
+            }
+            page_size = static_cast<std::size_t>(database.readNumber("PRAGMA page_size"));
+        }
+        std::string bytes = readFile(path);
+        for (std::size_t const page : pages) {
+            ASSERT_GE(bytes.size(), page * page_size);
+            std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>((page - 1) * page_size), page_size,
+                        '\x55');
+        }
+        writeFile(path, bytes);
+        try {
+            Store store(path);
+            for (Store::Table const kind : {Store::Table::actions, Store::Table::triggers}) {
+                store.readEntries(kind, [](auto...) {});
+            }
+            store.readAssociations([](auto...) {});
+            store.readTraces([](auto...) {});
+            ADD_FAILURE() << "it was read";
+        } catch (StoreError const &error) {
+            EXPECT_EQ(error.what(),
+                      "cannot use the store \"" + path + "\": database disk image is malformed");
+        }
     }
 }
 

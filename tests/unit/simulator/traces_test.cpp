@@ -137,6 +137,60 @@ TEST_F(TracesTest, TellWhichWindowHeldAnActionBack) {
               "Thursday 05:00:00 is in filter 2 (on each day, 22:00:00 to 06:00:00 of the next)");
 }
 
+TEST_F(TracesTest, TellOfWhatNeverFiresAndNeverRuns) {
+    Bench lenient("", {}, {Catalogue::Nonsense::kept});
+    auto const status = [&](std::string const &command) { EXPECT_EQ(lenient.status(command), 0) << command; };
+    status(R"({"command":"Create_wiper_action","action_name":"w"})");
+    status(
+        R"({"command":"Set_action_filters","action_id":1,"weekday_filters":[128],"time_filters_start":[0],"time_filters_end":[0]})");
+    for (char const *const topic : {"", "*"}) {
+        status(
+            std::string(
+                R"({"command":"Create_onvif_trigger","trigger_name":"o","topic_filter_dialect":"","content_filter":"","topic_filter":")") +
+            topic + "\"" + names + "}");
+    }
+    status(R"({"command":"Create_association","trigger_id":1,"action_id":1})");
+    status(std::string(R"({"command":"Onvif_event","topic":"tns1:Device","message":)") +
+           json(message("true")) + names + "}");
+    lenient.run();
+    auto const taken = lenient.engine.takeTraces();
+    ASSERT_EQ(taken.size(), 1U);
+    auto const told = taken.back().object();
+    EXPECT_EQ(text(told.at("outcome")), R"("held back")");
+    EXPECT_EQ(text(told.at("triggers").at(1).at("verdict")), R"("never fires")");
+    EXPECT_THAT(std::string(told.at("triggers").at(1).at("why").as_string()),
+                HasSubstr("the topic filter, column 1: "));
+    EXPECT_EQ(text(told.at("actions").at(0).at("verdict")), R"("never runs")");
+    EXPECT_THAT(std::string(told.at("actions").at(0).at("window").as_string()),
+                HasSubstr("entry 1 of weekday_filters is 128"));
+}
+
+TEST_F(TracesTest, TellOfAsMuchAsIsBounded) {
+    trigger("", "");
+    std::string const names_of_many = [] {
+        std::string list;
+        for (int n = 0; n < 30; ++n) {
+            list += (n == 0 ? "\"" : ",\"") + std::string("a@x.org\"");
+        }
+        return list;
+    }();
+    for (int n = 0; n < 60; ++n) {
+        auto const id = bench.number(
+            R"({"command":"Create_email_action","action_name":"m","smtp_server":"s","to_addresses":[)" +
+                names_of_many +
+                R"(],"cc_addresses":[],"from_address":"f@x.org","subject":"s","body":"b","attach_jpeg":false,"include_event":false})",
+            "action_id");
+        bench.number(
+            R"({"command":"Create_association","trigger_id":1,"action_id":)" + std::to_string(id) + "}",
+            "status");
+    }
+    inject("tns1:Device", message("true"));
+    auto const told = trace();
+    EXPECT_EQ(told.at("actions").as_array().size(), 50U);
+    EXPECT_EQ(text(told.at("actions_left_out")), "11");
+    EXPECT_EQ(told.at("actions").at(1).at("parameters").at("to_addresses").as_array().size(), 20U);
+}
+
 TEST_F(TracesTest, TellOfTimersOfUnboundTriggersAndOfRefusedEvents) {
     bench.number(R"({"command":"Create_timer_trigger","trigger_name":"t","timer_seconds":5})", "trigger_id");
     bench.advance(std::chrono::seconds(5));
