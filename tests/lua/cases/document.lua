@@ -276,6 +276,9 @@ function tests.documents_are_checked_before_anything_is_asked_for()
     refused(form, "import", 5)
     refused("import: line 1, column 1: a value is missing", "import", "")
     refused("import: 'actions' must be a list", "import", written(5))
+    for _, actions in ipairs{{first = action}, {[2] = action}, {action, nil, action}} do
+        refused("import: 'actions' must be a list, without holes or names", "import", written(actions))
+    end
     refused("import: 'associations' must be a list", "import", written({action}, {trigger}, 5))
     for _, name in ipairs{"actions", "triggers", "associations"} do
         local text = '{"format":"korvo-action-engine-catalogue","version":1,"actions":[],"triggers":[],"associations":[]}'
