@@ -351,6 +351,10 @@ TEST(TextConversion, CopiesTexts) {
     std::free(text);
 }
 
+TEST(TextConversion, NeedsAPlaceForTheText) {
+    EXPECT_EQ(convertJsonToValue(json::String("text"), nullptr), KORVO_CORE_STATUS_INVALID_PARAMS);
+}
+
 TEST(TextConversion, RefusesWhatIsNoTextAndStoresNothing) {
     char *text = nullptr;
     EXPECT_EQ(convertJsonToValue(json::Number(1), &text), KORVO_CORE_STATUS_IPC_FAILED);

@@ -152,6 +152,51 @@ TEST(AsynchronousCalls, AreAnsweredWithTheSubstituteWhereTooManyResponsesWait) {
     EXPECT_EQ(substitutes, count - 63);
 }
 
+TEST(AsynchronousCalls, AreGivenUpAndThenRefusedWhereTooManyAreUnanswered) {
+    Service service;
+    // It takes commands and answers the first one.
+    service.answerWith([](Command const &command) { return command.command; });
+    Client client;
+    Caller caller(client);
+    Gate begun;
+    Gate go_on;
+    caller.at_response = [&](Caller::Answer const &answer) {
+        if (answer.id == "first") {
+            begun.open();
+            EXPECT_TRUE(go_on.wait(std::chrono::minutes(5)));
+        }
+    };
+    ASSERT_EQ(caller.send("first", "first"), KORVO_CORE_STATUS_NO_ERROR);
+    ASSERT_TRUE(begun.wait());
+    testing::internal::CaptureStderr();
+    // 65536 are kept track of. Those beyond take the place of the oldest, whose callbacks get the substitute; as many of
+    // these may wait.
+    constexpr int most = 2 * 65536;
+    int taken = 0;
+    while (taken <= most && caller.send(std::to_string(taken), "") == KORVO_CORE_STATUS_NO_ERROR) {
+        ++taken;
+    }
+    EXPECT_EQ(taken, most);
+    go_on.open();
+    ASSERT_TRUE(caller.answers.take().has_value());
+    for (int number = 0; number < 65536; ++number) {
+        auto const answer = caller.answers.take();
+        ASSERT_TRUE(answer.has_value()) << number;
+        ASSERT_EQ(answer->id, std::to_string(number));
+        ASSERT_EQ(answer->response, substitute);
+    }
+    // There is room again.
+    EXPECT_EQ(caller.send("last", "last"), KORVO_CORE_STATUS_NO_ERROR);
+    client.close();
+    std::string const log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(
+        log.find(
+            "more requests are unanswered than can be kept track of; the oldest were given up (1 so far)"),
+        std::string::npos)
+        << log;
+    EXPECT_NE(log.find("callbacks for 65536 responses wait already"), std::string::npos) << log;
+}
+
 TEST(AsynchronousCalls, FromInsideCallbacksLeaveInTheOrderInWhichTheyWereMade) {
     Service service;
     Client client;

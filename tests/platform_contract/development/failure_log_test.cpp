@@ -92,3 +92,27 @@ TEST(FailureLogTest, TellsTheRestAtTheEnd) {
     });
     EXPECT_EQ(countOf(said, "2 more since the last line, 3 in all"), 1U) << said;
 }
+
+TEST(FailureLogTest, BeginsAnewWithTheRestToldWhenItKnowsTooMany) {
+    FailureLog failures;
+    std::string const before = linesOf([&](Hold &hold) {
+        failures.tell(hold, Phase::connect, &north, "full", start);
+        failures.tell(hold, Phase::connect, &north, "full", start);
+        for (int number = 1; number < 64; ++number) {
+            Address const other{"sample", std::to_string(number)};
+            failures.tell(hold, Phase::connect, &other, "full", start);
+        }
+    });
+    EXPECT_EQ(countOf(before, "full"), 64U) << before;
+    Address const one_more{"sample", "one more"};
+    std::string const after = linesOf([&](Hold &hold) {
+        failures.tell(hold, Phase::connect, &one_more, "full", start);
+        failures.tell(hold, Phase::connect, &north, "full", start);
+    });
+    EXPECT_NE(after.find("while connecting, service sample, target \"north\": 1 more since the last line, "
+                         "2 in all"),
+              std::string::npos)
+        << after;
+    // As if it had never failed before.
+    EXPECT_NE(after.find("service sample, target \"north\": full\n"), std::string::npos) << after;
+}

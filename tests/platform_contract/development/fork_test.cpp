@@ -108,6 +108,12 @@ TEST(ForkedChild, LogsThroughInheritedLoggers) {
               std::string::npos);
 }
 
+TEST(ForkedChild, ClosesNoInheritedLogger) {
+    Logging const logging;
+    EXPECT_EQ(resultInChild([&] { return static_cast<int>(korvo_core_logging_deinit(logging.handle())); }),
+              KORVO_CORE_STATUS_MULTI_THREAD_ACCESS);
+}
+
 TEST(ForkedChild, HoldsNeitherConnectionsNorNamesOfItsParent) {
     auto service = std::make_unique<Service>();
     Client client;

@@ -162,6 +162,8 @@ TEST(JsonReader, ReadsTextsAndNamesOfAnyLength) {
     std::string const large(300000, 'x');
     json::Object const object = objectOf("{\"" + large + "\":\"" + large + "\\n" + large + "\"}");
     EXPECT_EQ(object[large].CastTo<json::String>().value(), large + "\n" + large);
+    json::Object const escaped = objectOf("{\"" + large + "\\n" + large + "\":1}");
+    EXPECT_EQ(escaped[large + "\n" + large].CastTo<json::Number>().value(), 1);
 }
 
 TEST(JsonReader, RefusesWhatIsNoObject) {

@@ -211,6 +211,9 @@ TEST(ReceiveByIdentifier, TurnsASecondThreadAway) {
         status = receive(0);
     }
     EXPECT_EQ(status, KORVO_CORE_STATUS_MULTI_THREAD_ACCESS);
+    // Nor is another command sent under an identifier that somebody waits for.
+    EXPECT_EQ(korvo_core_private_command_send(client.handle(), "sample", "", "id", "{}", 2, nullptr, nullptr),
+              KORVO_CORE_STATUS_MULTI_THREAD_ACCESS);
     Command command;
     ASSERT_EQ(service.poll(command), KORVO_CORE_STATUS_NO_ERROR);
     ASSERT_EQ(service.respond(command, "{}"), KORVO_CORE_STATUS_NO_ERROR);

@@ -87,6 +87,18 @@ TEST(LogLevel, TakesRecordsWithoutAPriorityForDebug) {
     EXPECT_EQ(written("info", static_cast<korvo_core_log_priority>(77), "x"), "");
 }
 
+TEST(LogLevel, IsToldOfLoggersThatAreOpenAndToWhoHasAPlaceForIt) {
+    void *logging = nullptr;
+    ASSERT_EQ(korvo_core_logging_init("part", &logging), KORVO_CORE_STATUS_NO_ERROR);
+    EXPECT_EQ(korvo_core_logging_is_priority_active(logging, KORVO_CORE_LOG_PRIORITY_ERR, nullptr),
+              KORVO_CORE_STATUS_INVALID_PARAMS);
+    ASSERT_EQ(korvo_core_logging_deinit(logging), KORVO_CORE_STATUS_NO_ERROR);
+    int active = 77;
+    EXPECT_EQ(korvo_core_logging_is_priority_active(logging, KORVO_CORE_LOG_PRIORITY_ERR, &active),
+              KORVO_CORE_STATUS_INVALID_PARAMS);
+    EXPECT_EQ(active, 77);
+}
+
 TEST(LogLevel, OfAClosedLoggerIsThatOfTheDefaultOne) {
     void *logging = nullptr;
     ASSERT_EQ(korvo_core_logging_init("part", &logging), KORVO_CORE_STATUS_NO_ERROR);

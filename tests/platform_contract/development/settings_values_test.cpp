@@ -115,9 +115,9 @@ TEST_F(SettingValues, StandUnderAnyKeyThatIsUtf8) {
 }
 
 TEST_F(SettingValues, ThatAreJsonComeBackCharacterByCharacter) {
-    for (std::string const text :
-         {"{}", "[]", "0", "-1.50", "1e2", "12345678901234567890123", "true", "\"text\"",
-          " { \"a\" :\t1.0 }\n", "[\"\\u00e4\", \"\\/\"]", "{\"a\":{\"b\":[1,2,{\"c\":null}]}}"}) {
+    for (std::string const text : {"{}", "[]", "0", "-1.50", "1e2", "18446744073709551615",
+                                   "12345678901234567890123", "true", "\"text\"", " { \"a\" :\t1.0 }\n",
+                                   "[\"\\u00e4\", \"\\/\"]", "{\"a\":{\"b\":[1,2,{\"c\":null}]}}"}) {
         ASSERT_EQ(JsonSetting::set("key", text), done) << text;
         forgetSettings();
         std::string found;

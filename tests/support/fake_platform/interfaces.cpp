@@ -138,6 +138,9 @@ void korvoInitiatorInterfaces::initiatorCallback(char **, char **source, char **
 korvo_core_status convertJsonToValue(json::UnknownElement const &element, char **text) {
     Call call;
     call.function = Function::convert_json_to_value;
+    if (text == nullptr) {
+        return KORVO_CORE_STATUS_INVALID_PARAMS;
+    }
     auto const arranged = fake_platform::enter(call);
     if (arranged.value_or(KORVO_CORE_STATUS_NO_ERROR) != KORVO_CORE_STATUS_NO_ERROR) {
         return *arranged;

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+// Several threads that poll, and how many initiators are served.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "development/raw_socket.h"
+#include "messaging/addressing.h"
+#include "support/ends.h"
+
+namespace {
+
+constexpr korvo_core_status done = KORVO_CORE_STATUS_NO_ERROR;
+
+std::string echo(Command const &command) {
+    return command.command;
+}
+
+}  // namespace
+
+TEST(Serving, GivesEachCommandToOneOfTheThreadsThatPoll) {
+    Service service;
+    constexpr std::size_t threads = 4;
+    std::vector<Command> taken(threads);
+    std::vector<std::thread> polling;
+    for (Command &command : taken) {
+        polling.emplace_back([&] { EXPECT_EQ(service.poll(command), done); });
+    }
+    Client client;
+    std::set<std::string> sent;
+    for (std::size_t number = 0; number < threads; ++number) {
+        sent.insert(std::to_string(number));
+        ASSERT_EQ(client.send(std::to_string(number).c_str(), "{}"), done);
+    }
+    std::set<std::string> found;
+    for (std::size_t number = 0; number < threads; ++number) {
+        polling[number].join();
+        found.insert(taken[number].request_id);
+    }
+    EXPECT_EQ(found, sent);
+}
+
+TEST(Serving, Refuses513InitiatorsAndTakesTheNextWhenOneLeaves) {
+    rlimit descriptors = {};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &descriptors), 0);
+    if (descriptors.rlim_max < 2000) {
+        GTEST_SKIP() << "this process may not have as many descriptors";
+    }
+    rlimit const before = descriptors;
+    descriptors.rlim_cur = std::max<rlim_t>(descriptors.rlim_cur, 2000);
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &descriptors), 0);
+    {
+        testing::internal::CaptureStderr();
+        Service service;
+        service.answerWith(echo);
+        std::string const path =
+            std::string(std::getenv("KORVO_RUNTIME_DIR")) + "/" + platform::socketName("sample", "");
+        std::vector<RawSocket> taken;
+        for (int number = 0; number < 512; ++number) {
+            taken.push_back(RawSocket::connect(path));
+            ASSERT_TRUE(taken.back().isOpen()) << number;
+        }
+        EXPECT_TRUE(RawSocket::connect(path).ends()) << "it was let in";
+        taken.pop_back();
+        // The service may learn a little later that one has left.
+        bool is_served = false;
+        auto const end = std::chrono::steady_clock::now() + patience;
+        while (!is_served && std::chrono::steady_clock::now() < end) {
+            Client client;
+            Response response;
+            is_served = client.send("id", "{}") == done && client.receive(response) == done;
+        }
+        EXPECT_TRUE(is_served);
+        std::string const log = testing::internal::GetCapturedStderr();
+        EXPECT_NE(log.find("refused an initiator: service sample has 512 already; 1 refused so far"),
+                  std::string::npos)
+            << log;
+    }
+    EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+}
