@@ -64,7 +64,7 @@ auto callOrFail(char const *function, Call const &call) {
     return call();
 }
 
-/// Of send and recv.
+/// Of those that read or write bytes.
 template <typename Call>
 ssize_t callOrFail(char const *function, std::size_t size, Call const &call) {
     if (!isTheOne(function)) {
@@ -124,6 +124,7 @@ REPLACE(getsockopt, (int descriptor, int level, int option, void *value, socklen
 REPLACE(setsockopt, (int descriptor, int level, int option, void const *value, socklen_t size), descriptor,
         level, option, value, size)
 REPLACE(fstat, (int descriptor, struct stat *found), descriptor, found)
+REPLACE(stat, (char const *path, struct stat *found), path, found)
 REPLACE(fstatat, (int folder, char const *name, struct stat *found, int flags), folder, name, found, flags)
 #endif
 REPLACE(bind, (int descriptor, sockaddr const *address, socklen_t size), descriptor, address, size)
@@ -149,6 +150,15 @@ __attribute__((visibility("default"))) int accept4(int descriptor, sockaddr *add
 }
 
 #if __WORDSIZE == 64
+__attribute__((visibility("default"))) int open(char const *path, int flags, ...) {
+    static auto *const original = torture::next("open", &open);
+    va_list more;
+    va_start(more, flags);
+    mode_t const mode = torture::modeOf(flags, more);
+    va_end(more);
+    return torture::callOrFail("open", [&] { return original(path, flags, mode); });
+}
+
 __attribute__((visibility("default"))) int openat(int folder, char const *path, int flags, ...) {
     static auto *const original = torture::next("openat", &openat);
     va_list more;
@@ -181,6 +191,21 @@ __attribute__((visibility("default"))) ssize_t recv(int descriptor, void *bytes,
     static auto *const original = torture::next("recv", &recv);
     return torture::callOrFail("recv", size,
                                [&](size_t part) { return original(descriptor, bytes, part, flags); });
+}
+
+__attribute__((visibility("default"))) ssize_t read(int descriptor, void *bytes, size_t size) {
+    static auto *const original = torture::next("read", &read);
+    return torture::callOrFail("read", size, [&](size_t part) { return original(descriptor, bytes, part); });
+}
+
+__attribute__((visibility("default"))) ssize_t write(int descriptor, void const *bytes, size_t size) {
+    static auto *const original = torture::next("write", &write);
+    return torture::callOrFail("write", size, [&](size_t part) { return original(descriptor, bytes, part); });
+}
+
+__attribute__((visibility("default"))) int fsync(int descriptor) {
+    static auto *const original = torture::next("fsync", &fsync);
+    return torture::callOrFail("fsync", [&] { return original(descriptor); });
 }
 
 }  // extern "C"

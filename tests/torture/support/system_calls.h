@@ -16,7 +16,7 @@ constexpr int one_byte = -1;
 /// While one of these lives, the nth call (1 is the first) of one function fails. One at a time.
 class FailingCall {
   public:
-    /// `error` is an errno value, or one_byte for send and recv.
+    /// `error` is an errno value, or one_byte for what reads or writes bytes.
     FailingCall(char const *function, int error, std::size_t nth);
     ~FailingCall() { stop(); }
     FailingCall(FailingCall const &) = delete;
