@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Several threads that poll, and how many initiators are served.
+// Who serves: the service's own thread while a callback is registered, else whoever polls. And how many are served.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
@@ -24,6 +24,38 @@ std::string echo(Command const &command) {
 }
 
 }  // namespace
+
+TEST(Serving, GoesFromTheCallbackToWhoPollsAndBack) {
+    Service service;
+    Client client;
+    for (int round = 0; round < 3; ++round) {
+        service.answerWith(echo);
+        Command command;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(service.poll(command, 0), KORVO_CORE_STATUS_MULTI_THREAD_ACCESS);
+        EXPECT_NE(testing::internal::GetCapturedStderr().find(
+                      "commands cannot be polled for while a command callback is registered"),
+                  std::string::npos);
+        ASSERT_EQ(client.send("called", "{}"), done);
+        Response response;
+        EXPECT_EQ(client.receive(response), done);
+        EXPECT_EQ(response.request_id, "called");
+
+        ASSERT_EQ(korvo_core_ipc_target_command_receive_callback(service.handle(), nullptr, nullptr), done);
+        ASSERT_EQ(client.send("polled", "{}"), done);
+        EXPECT_EQ(service.poll(command), done);
+        EXPECT_EQ(command.request_id, "polled");
+        // One more is taken from the socket with the next poll, or later by the callback.
+        ASSERT_EQ(client.send("first of two", "{}"), done);
+        ASSERT_EQ(client.send("left", "{}"), done);
+        EXPECT_EQ(service.poll(command), done);
+        EXPECT_EQ(command.request_id, "first of two");
+        service.answerWith(echo);
+        EXPECT_EQ(client.receive(response), done);
+        EXPECT_EQ(response.request_id, "left");
+        ASSERT_EQ(korvo_core_ipc_target_command_receive_callback(service.handle(), nullptr, nullptr), done);
+    }
+}
 
 TEST(Serving, GivesEachCommandToOneOfTheThreadsThatPoll) {
     Service service;

@@ -79,8 +79,14 @@ void Target::startThread(Hold &hold) {
         return;
     }
     if (thread_.joinable()) {
-        // It has given up is_running_ as its last act under the mutex, so this does not wait for long.
-        thread_.join();
+        // It has given up is_running_ and will not run long; but it may still send what was arranged, under the mutex.
+        std::thread ended = std::move(thread_);
+        hold.unlock(mutex_);
+        ended.join();
+        hold.lock(mutex_);
+        if (is_running_ || is_closing_ || callback_ == nullptr) {
+            return;
+        }
     }
     try {
         thread_ = startWorker("korvo-service", [self = shared_from_this()] { self->run(); });
