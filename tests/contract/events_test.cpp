@@ -223,6 +223,8 @@ TEST_F(Event, IsHarmlessWhenTheLogThrowsToo) {
         fake_platform::script();
         fake_platform::arrange(fake_platform::Function::log, exception);
         fake_platform::deliverEvent("camera-1", json::Object(without(completed(), "success")));
+        // One that is none throws where the messaging calls.
+        fake_platform::deliverEvent("camera-1", json::Object(without(completed(), "event")));
     }
     add(handle<1>);
     EXPECT_EQ(called(), "1");

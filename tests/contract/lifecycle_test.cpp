@@ -359,6 +359,16 @@ TEST_F(Lifecycle, DeinitInsideACallbackOfItsHandleDestroysNothingAndSaysSo) {
     fake_platform::deliverResponse(sample_target, request_id, responseOf(expectation("get_actions")),
                                    client.handle());
     EXPECT_EQ(context.calls.size(), 2U);
+
+    // The handle stays where that cannot be told, too.
+    fake_platform::arrange(Function::log, fake_platform::Throw::number);
+    context.during = [&] {
+        EXPECT_EQ(korvo_api_action_engine_initiator_deinit(client.handle()), KORVO_CORE_STATUS_NO_ERROR);
+    };
+    fake_platform::deliverResponse(sample_target, sendAsync(client, "get_actions", Callback::first, context),
+                                   responseOf(expectation("get_actions")), client.handle());
+    EXPECT_EQ(context.calls.size(), 3U);
+    EXPECT_EQ(fake_platform::openMessagingHandles(), 1U);
 }
 
 TEST_F(Lifecycle, DeinitEndsCallsThatWaitAndLetsThemOut) {
