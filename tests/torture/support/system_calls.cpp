@@ -44,10 +44,12 @@ void noteWait() {
     waits_made += live_blocks::isRecorded() ? 1U : 0U;
 }
 
+#if __WORDSIZE == 64
 /// The mode of a file that open() may make.
 mode_t modeOf(int flags, va_list more) {
     return (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
 }
+#endif
 
 /// The C library's own function.
 template <typename Function>
