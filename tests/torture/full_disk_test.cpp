@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -20,6 +19,7 @@
 #include "processes/child.h"
 #include "support/operation.h"
 #include "support/service.h"
+#include "support/service_child.h"
 #include "support/workspace.h"
 
 namespace torture {
@@ -142,18 +142,8 @@ class FullDisk : public ::testing::Test {
                 "--capture",   (disk / "capture").string(),
                 "--log-level", "info"};
     }
-    static std::unique_ptr<Child> start(Command command) {
-        command.environment = {{"KORVO_STATE_DIR", Workspace::ofThisProgram().newFolder("state").string()}};
-        return std::make_unique<Child>(command);
-    }
-    static bool isReady(Child const &child) {
-        return child.out().waitFor("korvo-action-engine-simulator: ready");
-    }
     static void stop(Child &child) {
-        child.signal(SIGTERM);
-        auto const exit = child.wait();
-        ASSERT_TRUE(exit.has_value()) << "it does not end";
-        EXPECT_EQ(*exit, exited(0)) << child.errors().text();
+        stopService(child);
         auto const log = child.errors().text();
         EXPECT_LE(std::count(log.begin(), log.end(), '\n'), most_lines) << log;
     }
@@ -202,7 +192,7 @@ class FullDisk : public ::testing::Test {
 
 void FullDisk::expectItIsSurvivedOn(Disk &disk) {
     std::set<std::string> kept;
-    std::unique_ptr<Child> service = start(disk.command(options(disk.folder(), "store")));
+    std::unique_ptr<Child> service = startService(disk.command(options(disk.folder(), "store")));
     ASSERT_TRUE(isReady(*service)) << service->errors().text();
     EventRecorder recorder;
     {
@@ -250,7 +240,7 @@ void FullDisk::expectItIsSurvivedOn(Disk &disk) {
         // One that starts now says why it cannot.
         auto another = options(disk.folder(), "another-store");
         another.insert(another.end(), {"--target", "another"});
-        std::unique_ptr<Child> const refused_one = start(disk.commandWhileFull(another));
+        std::unique_ptr<Child> const refused_one = startService(disk.commandWhileFull(another));
         EXPECT_EQ(refused_one->wait(), exited(1));
         EXPECT_NE(refused_one->errors().text().find("the store \"" +
                                                     (disk.folder() / "another-store").string() + "\": "),
@@ -271,11 +261,11 @@ void FullDisk::expectItIsSurvivedOn(Disk &disk) {
     // What was captured can be read, whatever is missing in it.
     again.insert(again.end(), {"--replay", again[7]});
     again.erase(again.begin() + 6, again.begin() + 8);
-    service = start(disk.command(again));
+    service = startService(disk.command(again));
     EXPECT_TRUE(isReady(*service)) << service->errors().text();
     stop(*service);
     again.resize(again.size() - 2);
-    service = start(disk.command(again));
+    service = startService(disk.command(again));
     ASSERT_TRUE(isReady(*service)) << service->errors().text();
     {
         Client const client;
@@ -313,7 +303,7 @@ TEST_F(FullDisk, ThatTheOutputGoesToKeepsNobodyFromTheService) {
     }
     command.program = "/bin/sh";
     command.is_of_this_machine = true;
-    std::unique_ptr<Child> const service = start(command);
+    std::unique_ptr<Child> const service = startService(command);
     Client const client;
     korvo_core_status status = gone;
     for (auto const end = Clock::now() + patience; status == gone && Clock::now() < end;) {

@@ -65,9 +65,7 @@ std::vector<std::string> families() {
 class LuaCalls : public ::testing::TestWithParam<std::string> {
   protected:
     static void SetUpTestSuite() {
-        setenv("KORVO_LOG_LEVEL", "alert", 1);
-        // The logger without a name stays when it has been used once.
-        (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
+        openLog("alert");
         setenv("KORVO_STATE_DIR", end_to_end::Workspace::ofThisProgram().newFolder("settings").c_str(), 1);
         service = new end_to_end::Service({"--lenient"});
         State const state;

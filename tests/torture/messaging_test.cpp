@@ -18,11 +18,7 @@ namespace {
 class MessagingWithoutMemory : public ::testing::Test {
   protected:
     void SetUp() override {
-        if (!live_blocks::canFail()) {
-            GTEST_SKIP() << "allocations cannot be made to fail under this sanitizer";
-        }
-        setenv("KORVO_LOG_LEVEL", "warning", 1);
-        (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
+        openLog();
         peer_.emplace();
     }
 

@@ -26,6 +26,7 @@
 #include "support/long_form.h"
 #include "support/operation.h"
 #include "support/service.h"
+#include "support/service_child.h"
 #include "support/workspace.h"
 
 namespace torture {
@@ -131,17 +132,7 @@ class FewResources : public ::testing::Test {
         command.arguments.insert(command.arguments.begin(), {limit, command.program});
         command.program = "/usr/bin/prlimit";
         command.is_of_this_machine = true;
-        command.environment = {{"KORVO_STATE_DIR", Workspace::ofThisProgram().newFolder("state").string()}};
-        return std::make_unique<Child>(command);
-    }
-    static bool isReady(Child const &child) {
-        return child.out().waitFor("korvo-action-engine-simulator: ready");
-    }
-    static void stop(Child &child) {
-        child.signal(SIGTERM);
-        auto const exit = child.wait();
-        ASSERT_TRUE(exit.has_value()) << "it does not end";
-        EXPECT_EQ(*exit, exited(0)) << child.errors().text();
+        return startService(std::move(command));
     }
     /// It ended by itself and said what it was short of. 127 is the loader's, which then has said it.
     static void expectRefusal(Child &child, std::string const &what) {
@@ -186,7 +177,7 @@ TEST_F(FewResources, OfDescriptorsLetTheServiceStartOrSayWhy) {
             EXPECT_TRUE(status == done || status == lost) << what << ": " << status;
             Limit const more(child->pid(), RLIMIT_NOFILE, 64);
             EXPECT_EQ(operation("get_actions").send(client.handle(), nullptr, {}).status, done) << what;
-            stop(*child);
+            stopService(*child);
         }
         EXPECT_LE(linesOf(child->errors().text()), most_lines) << child->errors().text();
     }
@@ -234,7 +225,7 @@ TEST_F(FewResources, OfAddressSpaceLetTheServiceStartOrSayWhy) {
         {
             Limit const more(child->pid(), RLIMIT_AS, RLIM_INFINITY);
             expectServed();
-            stop(*child);
+            stopService(*child);
         }
         EXPECT_LE(linesOf(child->errors().text()), most_lines) << child->errors().text();
     }

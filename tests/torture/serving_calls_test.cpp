@@ -10,6 +10,7 @@
 
 #include "support/every_call.h"
 #include "support/initiator.h"
+#include "support/rounds.h"
 
 namespace torture {
 
@@ -41,18 +42,7 @@ std::vector<CallThatFails> const calls = {
 
 class ServiceWhoseSystemCallsFail : public ::testing::TestWithParam<CallThatFails> {
   protected:
-    void SetUp() override {
-        if (!live_blocks::canFail()) {
-            GTEST_SKIP() << "the sanitizer replaces these functions itself";
-        }
-        setenv("KORVO_LOG_LEVEL", "warning", 1);
-        (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
-        // What is made once and stays, such as caches of stacks.
-        std::thread([this] {
-            FailingCall none("", 0, 1);
-            live(none);
-        }).join();
-    }
+    void SetUp() override { openLog(); }
 
     /// The whole life of a service, with clients that come and go.
     void live(FailingCall &failing) {

@@ -15,13 +15,7 @@ namespace {
 
 class ServingWithoutMemory : public ::testing::Test {
   protected:
-    void SetUp() override {
-        if (!live_blocks::canFail()) {
-            GTEST_SKIP() << "allocations cannot be made to fail under this sanitizer";
-        }
-        setenv("KORVO_LOG_LEVEL", "warning", 1);
-        (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
-    }
+    void SetUp() override { openLog(); }
 
     /// A command that was taken is answered, or its caller told that it is lost; where memory does not come back it may
     /// wait until it does.

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "korvo_core.h"
@@ -201,12 +200,6 @@ void useWhileCallFails(FailingCall &failing) {
     useSettings(in_turn, unusable);
 }
 
-bool prepare() {
-    setenv("KORVO_LOG_LEVEL", "warning", 1);
-    (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
-    return live_blocks::canFail();
-}
-
 std::vector<CallThatFails> const calls = {
     {"flock", {ENOLCK, EINTR}},
     {"fsync", {EIO}},
@@ -229,21 +222,12 @@ INSTANTIATE_TEST_SUITE_P(, SettingsWhoseSystemCallsFail, ::testing::ValuesIn(cal
                          [](auto const &tested) { return tested.param.function; });
 
 TEST_P(SettingsWhoseSystemCallsFail, AreWhatTheStatusesSaid) {
-    if (!prepare()) {
-        GTEST_SKIP() << "the sanitizer replaces these functions itself";
-    }
-    // What is made once and stays.
-    std::thread([] {
-        FailingCall none("", 0, 1);
-        useWhileCallFails(none);
-    }).join();
+    openLog();
     EXPECT_GT(failEveryCall(GetParam(), useWhileCallFails), 0U) << "it is never called";
 }
 
 TEST(SettingsWithoutMemory, AreWhatTheStatusesSaid) {
-    if (!prepare()) {
-        GTEST_SKIP() << "allocations cannot be made to fail under this sanitizer";
-    }
+    openLog();
     failEveryAllocation("settings", [](Fault &fault) {
         FaultInTurn in_turn(fault);
         useSettings(in_turn, no_memory);
@@ -259,9 +243,7 @@ void makeList(Element **(*alloc)(unsigned int), void (*free)(Element **), Fault 
 }
 
 TEST(ListsWithoutMemory, AreWholeOrNull) {
-    if (!prepare()) {
-        GTEST_SKIP() << "allocations cannot be made to fail under this sanitizer";
-    }
+    openLog();
     failEveryAllocation("lists", [](Fault &fault) {
         fault.start();
         makeList(korvo_core_alloc_bool_array, korvo_core_free_bool_array, fault);

@@ -5,11 +5,11 @@
 #include <cerrno>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "support/every_call.h"
 #include "support/initiator.h"
+#include "support/rounds.h"
 
 namespace torture {
 
@@ -40,17 +40,8 @@ std::vector<CallThatFails> const calls = {
 class MessagingWhoseSystemCallsFail : public ::testing::TestWithParam<CallThatFails> {
   protected:
     void SetUp() override {
-        if (!live_blocks::canFail()) {
-            GTEST_SKIP() << "the sanitizer replaces these functions itself";
-        }
-        setenv("KORVO_LOG_LEVEL", "warning", 1);
-        (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
+        openLog();
         peer_.emplace();
-        // What is made once and stays, such as caches of stacks.
-        std::thread([this] {
-            FailingCall none("", 0, 1);
-            live(none);
-        }).join();
     }
 
     /// The whole life of a handle.

@@ -5,8 +5,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <map>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include "development/child_process.h"
 #include "korvo_core_private.h"
@@ -50,6 +52,36 @@ class Caller {
     }
 
     Client &client_;
+};
+
+/// A caller whose messaging thread is inside a callback, as long as this lives.
+class InCallback {
+  public:
+    InCallback(Service &service, Caller &caller, std::chrono::milliseconds limit = patience)
+        : caller_(caller) {
+        caller.at_response = [this, limit](Caller::Answer const &answer) {
+            if (answer.id == "first") {
+                begun_.open();
+                EXPECT_TRUE(go_on_.wait(limit));
+            }
+        };
+        EXPECT_EQ(caller.send("first", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+        Command first;
+        EXPECT_EQ(service.poll(first), KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_EQ(service.respond(first, "{}"), KORVO_CORE_STATUS_NO_ERROR);
+        EXPECT_TRUE(begun_.wait());
+    }
+    ~InCallback() {
+        go_on_.open();
+        EXPECT_TRUE(caller_.answers.take().has_value());
+    }
+    InCallback(InCallback const &) = delete;
+    InCallback &operator=(InCallback const &) = delete;
+
+  private:
+    Caller &caller_;
+    Gate begun_;
+    Gate go_on_;
 };
 
 }  // namespace
@@ -111,19 +143,10 @@ TEST(AsynchronousCalls, ThatWereNotTakenAreNotAnswered) {
 
 TEST(AsynchronousCalls, AreAnsweredWithTheSubstituteWhereTooManyResponsesWait) {
     Service service;
-    service.answerWith([](Command const &command) { return command.command; });
     Client client;
     Caller caller(client);
-    Gate begun;
-    Gate go_on;
-    caller.at_response = [&](Caller::Answer const &answer) {
-        if (answer.id == "first") {
-            begun.open();
-            EXPECT_TRUE(go_on.wait());
-        }
-    };
-    ASSERT_EQ(caller.send("first", "first"), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_TRUE(begun.wait());
+    std::optional<InCallback> in_callback(std::in_place, service, caller);
+    service.answerWith([](Command const &command) { return command.command; });
     // 32 MiB of responses wait for the callback at most; a synchronous command reads them all.
     std::string const large(512 * 1024, 'x');
     constexpr int count = 80;
@@ -139,8 +162,7 @@ TEST(AsynchronousCalls, AreAnsweredWithTheSubstituteWhereTooManyResponsesWait) {
                   KORVO_CORE_STATUS_NO_ERROR);
         std::free(response);
     }
-    go_on.open();
-    ASSERT_TRUE(caller.answers.take().has_value());
+    in_callback.reset();
     int substitutes = 0;
     for (int number = 0; number < count; ++number) {
         auto const answer = caller.answers.take();
@@ -154,20 +176,10 @@ TEST(AsynchronousCalls, AreAnsweredWithTheSubstituteWhereTooManyResponsesWait) {
 
 TEST(AsynchronousCalls, AreGivenUpAndThenRefusedWhereTooManyAreUnanswered) {
     Service service;
-    // It takes commands and answers the first one.
-    service.answerWith([](Command const &command) { return command.command; });
     Client client;
     Caller caller(client);
-    Gate begun;
-    Gate go_on;
-    caller.at_response = [&](Caller::Answer const &answer) {
-        if (answer.id == "first") {
-            begun.open();
-            EXPECT_TRUE(go_on.wait(std::chrono::minutes(5)));
-        }
-    };
-    ASSERT_EQ(caller.send("first", "first"), KORVO_CORE_STATUS_NO_ERROR);
-    ASSERT_TRUE(begun.wait());
+    std::optional<InCallback> in_callback(std::in_place, service, caller, std::chrono::minutes(5));
+    service.answerWith([](Command const &command) { return command.command; });
     testing::internal::CaptureStderr();
     // 65536 are kept track of. Those beyond take the place of the oldest, whose callbacks get the substitute; as many of
     // these may wait.
@@ -177,8 +189,7 @@ TEST(AsynchronousCalls, AreGivenUpAndThenRefusedWhereTooManyAreUnanswered) {
         ++taken;
     }
     EXPECT_EQ(taken, most);
-    go_on.open();
-    ASSERT_TRUE(caller.answers.take().has_value());
+    in_callback.reset();
     for (int number = 0; number < 65536; ++number) {
         auto const answer = caller.answers.take();
         ASSERT_TRUE(answer.has_value()) << number;
@@ -286,33 +297,6 @@ void expectInOrder(Service &service, int count) {
         EXPECT_EQ(command.request_id, std::to_string(number));
     }
 }
-
-/// A caller whose messaging thread is inside a callback, as long as this lives.
-class InCallback {
-  public:
-    InCallback(Service &service, Caller &caller) : caller_(caller) {
-        caller.at_response = [this](Caller::Answer const &) {
-            begun_.open();
-            EXPECT_TRUE(go_on_.wait());
-        };
-        EXPECT_EQ(caller.send("first", "{}"), KORVO_CORE_STATUS_NO_ERROR);
-        Command first;
-        EXPECT_EQ(service.poll(first), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_EQ(service.respond(first, "{}"), KORVO_CORE_STATUS_NO_ERROR);
-        EXPECT_TRUE(begun_.wait());
-    }
-    ~InCallback() {
-        go_on_.open();
-        EXPECT_TRUE(caller_.answers.take().has_value());
-    }
-    InCallback(InCallback const &) = delete;
-    InCallback &operator=(InCallback const &) = delete;
-
-  private:
-    Caller &caller_;
-    Gate begun_;
-    Gate go_on_;
-};
 
 }  // namespace
 

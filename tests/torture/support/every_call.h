@@ -19,8 +19,8 @@ struct CallThatFails {
 
 void PrintTo(CallThatFails const &call, std::ostream *out);
 
-/// Does `work` while the first call of the function fails, then the second and so on, until one in which nothing failed;
-/// and so with each error. Each round is watched, and must leave nothing. How many have failed.
+/// Does `work` once with nothing failing, for what is made once and stays, such as caches of stacks. Then while the first call
+/// of the function fails, the second and so on, until one in which nothing failed; and so with each error. Each round is watched, and must leave nothing. How many have failed.
 std::size_t failEveryCall(CallThatFails const &call, std::function<void(FailingCall &)> const &work);
 
 }  // namespace torture

@@ -19,6 +19,7 @@
 #include <thread>
 
 #include "emulator/emulator.h"
+#include "korvo_core.h"
 
 namespace torture {
 
@@ -192,6 +193,11 @@ void goThrough(std::string const &what,
 }
 
 }  // namespace
+
+void openLog(char const *level) {
+    setenv("KORVO_LOG_LEVEL", level, 1);
+    (void)korvo_core_logging_log(nullptr, KORVO_CORE_LOG_PRIORITY_DEBUG, "begin");
+}
 
 void useAllStacks() {
     std::array<std::thread, 16> threads;

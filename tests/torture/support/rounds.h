@@ -75,6 +75,10 @@ void failEveryAllocationOfAProcess(std::string const &what,
 /// anything failed.
 void doOnce(std::string const &what, std::function<bool()> const &work);
 
+/// Has the log write what is at least so important. The logger without a name stays once it has been used, so this is done
+/// before anything fails.
+void openLog(char const *level = "warning");
+
 /// Starts as many threads at once as any work does. The C library keeps the stacks of threads that have ended, and with them what
 /// a library that was loaded late has for each thread; only the next thread on a stack frees that.
 void useAllStacks();

@@ -78,7 +78,7 @@ void Target::startThread(Hold &hold) {
     if (is_running_) {
         return;
     }
-    if (thread_.joinable()) {
+    while (thread_.joinable()) {
         // It has given up is_running_ and will not run long; but it may still send what was arranged, under the mutex.
         std::thread ended = std::move(thread_);
         hold.unlock(mutex_);
