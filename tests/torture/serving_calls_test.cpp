@@ -94,8 +94,7 @@ class ServiceWhoseSystemCallsFail : public ::testing::TestWithParam<CallThatFail
     /// A command that was taken is answered, or its caller told that it is lost.
     static void expectTold(FailingCall &failing, Initiator &client, char const *request_id,
                            std::string const &text) {
-        korvo_core_status const sent = korvo_core_private_command_send(
-            client.handle(), Peer::service, "", request_id, text.c_str(), text.size(), &client, substitute);
+        korvo_core_status const sent = client.sendAsynchronously(request_id, text);
         if (sent != done) {
             EXPECT_TRUE(failing.hasFailed() && sent == lost) << sent;
             return;

@@ -56,6 +56,7 @@ std::atomic<bool> are_failing{false};
 std::atomic<std::size_t> counted{0};
 std::atomic<std::size_t> failed_so_far{0};
 std::atomic<void (*)()> failure_hook{nullptr};
+std::atomic<bool (*)()> thread_refusal{nullptr};
 std::size_t first_failing = 0;
 std::size_t failing_end = 0;
 
@@ -238,6 +239,10 @@ void onFailure(void (*hook)()) {
     failure_hook = hook;
 }
 
+void refuseThreads(bool (*refuses)()) {
+    thread_refusal = refuses;
+}
+
 bool canFail() {
 #if defined(KORVO_SANITIZER_ALLOCATOR)
     return false;
@@ -328,7 +333,9 @@ __attribute__((visibility("default"))) int pthread_create(pthread_t *thread, pth
     if (!follows_threads) {
         return create(thread, attributes, function, argument);
     }
-    void *const block = failsNow() ? nullptr : __libc_malloc(sizeof(Start));
+    auto const refuses = thread_refusal.load();
+    bool const is_refused = recorded_thread && refuses != nullptr && refuses();
+    void *const block = is_refused || failsNow() ? nullptr : __libc_malloc(sizeof(Start));
     if (block == nullptr) {
         return EAGAIN;
     }

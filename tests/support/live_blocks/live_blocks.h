@@ -79,6 +79,9 @@ bool failNth(std::size_t nth, Code const &code) {
 /// recorded. For tests that want to know who it was.
 void onFailure(void (*hook)());
 
+/// Is asked each time that a thread which is being recorded starts another; where it says so, that gets EAGAIN.
+void refuseThreads(bool (*refuses)());
+
 /// As many in a row as there are.
 constexpr std::size_t for_ever = SIZE_MAX;
 

@@ -10,6 +10,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -58,9 +59,10 @@ class Initiator {
     }
     korvo_core_status subscribe() { return korvo_core_ipc_initiator_event_subscribe(handle_, Peer::service); }
 
-    korvo_core_status sendAsynchronously(char const *request_id) {
-        return korvo_core_private_command_send(handle_, Peer::service, "", request_id, command,
-                                               sizeof command - 1, this, substitute);
+    korvo_core_status sendAsynchronously(char const *request_id, std::string_view text = command,
+                                         char const *target = "") {
+        return korvo_core_private_command_send(handle_, Peer::service, target, request_id, text.data(),
+                                               text.size(), this, substitute);
     }
     /// A whole synchronous call.
     korvo_core_status exchange(char const *request_id) {
@@ -129,17 +131,20 @@ inline void expectUsable(Initiator &initiator) {
     EXPECT_TRUE(initiator.waitForResponse("called back")) << "no callback afterwards";
     EXPECT_EQ(initiator.responses("called back"), std::vector<std::string>{command});
 }
-/// Events arrive, or do again as soon as the subscription has been made again.
-inline void expectEvents(Initiator &initiator, Peer const &peer) {
+/// Whether events arrive, or do again as soon as the subscription has been made again.
+inline bool eventsCome(Initiator &initiator, Peer const &peer, milliseconds limit = patience) {
     live_blocks::Unnoticed const unnoticed;
     EXPECT_EQ(initiator.registerForEvents(), done);
-    auto const end = processes::Clock::now() + patience;
+    auto const end = processes::Clock::now() + limit;
     bool came = false;
     while (!came && processes::Clock::now() < end) {
         (void)peer.publish("again");
         came = initiator.waitForEvent("again", milliseconds(20));
     }
-    EXPECT_TRUE(came) << "no events afterwards";
+    return came;
+}
+inline void expectEvents(Initiator &initiator, Peer const &peer) {
+    EXPECT_TRUE(eventsCome(initiator, peer)) << "no events afterwards";
 }
 
 }  // namespace torture

@@ -81,11 +81,12 @@ ssize_t callOrFail(char const *function, std::size_t size, Call const &call) {
 
 }  // namespace
 
-FailingCall::FailingCall(char const *function, int error, std::size_t nth) {
+FailingCall::FailingCall(char const *function, int error, std::size_t nth) : error_(error) {
     function_that_fails = function;
     error_of_it = error;
     left = nth;
     has_failed = false;
+    live_blocks::refuseThreads([] { return isTheOne("pthread_create"); });
     is_armed.store(true, std::memory_order_release);
 }
 

@@ -24,9 +24,13 @@ class FailingCall {
 
     void stop();
     bool hasFailed() const;
+    int error() const { return error_; }
 
     /// How often threads that are recorded have waited in epoll_wait() so far.
     static std::size_t waits();
+
+  private:
+    int const error_;
 };
 
 }  // namespace torture

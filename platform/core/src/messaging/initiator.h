@@ -185,7 +185,7 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     }
     void startThread(Hold &hold) KORVO_REQUIRES(mutex_);
     void stopPolling() KORVO_REQUIRES(mutex_);
-    void watchFolder() KORVO_REQUIRES(mutex_);
+    bool listenTo(FolderWatch const &watch) KORVO_REQUIRES(mutex_);
     void run() KORVO_EXCLUDES(mutex_);
     void deliver(Hold &hold) KORVO_REQUIRES(mutex_);
     void callResponse(Hold &hold, Delivery delivery) KORVO_REQUIRES(mutex_);

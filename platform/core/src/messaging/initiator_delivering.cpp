@@ -124,7 +124,9 @@ void Initiator::startThread(Hold &hold) {
                 throw std::system_error(errno, std::generic_category(), "epoll");
             }
         }
-        watchFolder();
+        if (watch_.descriptor() >= 0 && !listenTo(watch_)) {
+            throw std::system_error(errno, std::generic_category(), "epoll");
+        }
         thread_ = startWorker("korvo-messaging", [self = shared_from_this()] { self->run(); });
     } catch (std::exception const &error) {
         hold.warn("cannot start a thread for callbacks: %s", error.what());
@@ -143,10 +145,8 @@ void Initiator::stopPolling() {
     wake_.reset();
 }
 
-void Initiator::watchFolder() {
-    if (watch_.descriptor() >= 0) {
-        (void)epoll_.add(watch_.descriptor(), folder_tag, EPOLLIN);
-    }
+bool Initiator::listenTo(FolderWatch const &watch) {
+    return epoll_.add(watch.descriptor(), folder_tag, EPOLLIN);
 }
 
 void Initiator::run() {

@@ -65,11 +65,15 @@ bool Initiator::startWatch(bool anew) {
         return false;
     }
     Hold hold(mutex_, log_);
-    if (anew || watch_.descriptor() < 0) {
-        watch_ = std::move(watch);
-        watch_is_over_ = false;
-        watchFolder();
+    if (!anew && watch_.descriptor() >= 0) {
+        return true;
     }
+    if (is_running_ && !listenTo(watch)) {
+        hold.warn("cannot watch the runtime folder %s: %s", folder_.path().c_str(), ErrorText(errno).get());
+        return false;
+    }
+    watch_ = std::move(watch);
+    watch_is_over_ = false;
     return true;
 }
 
