@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -339,6 +340,33 @@ TEST(ObjectEvents, AreDispatchedWithSourceNameAndPayload) {
     EXPECT_EQ(event->source, "north");
     EXPECT_EQ(event->name, "Moved");
     EXPECT_EQ(numberIn(event->payload, "level"), 3.0);
+}
+
+TEST(ObjectMessages, WithoutATextAreNotDispatched) {
+    Object object;
+    std::string service = "sample";
+    std::string target;
+    std::string request_id = "id";
+    std::string response = "{\"command\":\"Get\",\"status\":0}";
+    std::string event = "{\"event\":\"Moved\"}";
+    std::array<char *, 4> texts{service.data(), target.data(), request_id.data(), response.data()};
+    std::array<char *, 3> event_texts{service.data(), target.data(), event.data()};
+    char *none = nullptr;
+    object.initiatorResponseCallback(nullptr, &texts[1], &texts[2], &texts[3]);
+    object.initiatorResponseCallback(&texts[0], nullptr, &texts[2], &texts[3]);
+    object.initiatorResponseCallback(&texts[0], &texts[1], nullptr, &texts[3]);
+    object.initiatorResponseCallback(&texts[0], &texts[1], &texts[2], nullptr);
+    object.initiatorResponseCallback(&texts[0], &texts[1], &texts[2], &none);
+    object.initiatorCallback(nullptr, &event_texts[1], &event_texts[2]);
+    object.initiatorCallback(&event_texts[0], nullptr, &event_texts[2]);
+    object.initiatorCallback(&event_texts[0], &event_texts[1], nullptr);
+    object.initiatorCallback(&event_texts[0], &event_texts[1], &none);
+    EXPECT_EQ(object.responses.count(), 0U);
+    EXPECT_EQ(object.events.count(), 0U);
+    object.initiatorResponseCallback(&texts[0], &texts[1], &texts[2], &texts[3]);
+    object.initiatorCallback(&event_texts[0], &event_texts[1], &event_texts[2]);
+    EXPECT_EQ(object.responses.count(), 1U);
+    EXPECT_EQ(object.events.count(), 1U);
 }
 
 TEST(TextConversion, CopiesTexts) {

@@ -3,7 +3,10 @@
 
 #include "frame/interfaces.h"
 
+#include <algorithm>
 #include <cstring>
+#include <initializer_list>
+#include <iterator>
 
 #include "fake_platform/json_text.h"
 #include "fake_platform/loop_back_of_objects.h"
@@ -19,6 +22,12 @@ namespace {
 
 Text textOf(char const *text) {
     return text != nullptr ? Text(text) : std::nullopt;
+}
+
+/// Whether there is a place for each text, and the last is there; the others may be missing.
+bool isWhole(std::initializer_list<char **> texts) {
+    return std::all_of(texts.begin(), texts.end(), [](char **text) { return text != nullptr; }) &&
+           **std::prev(texts.end()) != nullptr;
 }
 
 /// The message behind a text, and the text of one of its members; false when it is no message.
@@ -112,8 +121,11 @@ korvo_core_status korvoInitiatorInterfaces::basicReceiveResponse(int timeout, ch
     return answered;
 }
 
-void korvoInitiatorInterfaces::initiatorResponseCallback(char **, char **target, char **request_id,
+void korvoInitiatorInterfaces::initiatorResponseCallback(char **service, char **target, char **request_id,
                                                          char **response) {
+    if (!isWhole({service, target, request_id, response})) {
+        return;
+    }
     json::Object message;
     std::string method;
     if (!readMessage(*response, "command", message, method)) {
@@ -124,7 +136,10 @@ void korvoInitiatorInterfaces::initiatorResponseCallback(char **, char **target,
     subclassResponseDispatch(method.c_str(), *target, *request_id, message);
 }
 
-void korvoInitiatorInterfaces::initiatorCallback(char **, char **source, char **event) {
+void korvoInitiatorInterfaces::initiatorCallback(char **service, char **source, char **event) {
+    if (!isWhole({service, source, event})) {
+        return;
+    }
     json::Object message;
     std::string name;
     if (!readMessage(*event, "event", message, name)) {
