@@ -8,6 +8,7 @@
 #include <exception>
 #include <utility>
 
+#include "error_words.h"
 #include "simulator/handlers/handlers.h"
 #include "simulator/refused.h"
 #include "simulator/response.h"
@@ -56,7 +57,7 @@ Dispatcher::Answer Dispatcher::answer(std::string_view command) {
         logRefusal(refused.what());
     } catch (std::exception const &error) {
         writeStatus(KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE);
-        logFailure(error.what());
+        logFailure(platform::wordsOf(error));
     }
     return answer;
 }

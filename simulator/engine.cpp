@@ -6,6 +6,7 @@
 #include <exception>
 #include <utility>
 
+#include "error_words.h"
 #include "simulator/completion.h"
 #include "simulator/json_writer.h"
 #include "simulator/refused.h"
@@ -537,7 +538,7 @@ std::vector<KeptTrace> Engine::takeTraces() {
                 [&](EngineState &state) { state.catalogue.store().changeTraces(rows, changes.removed); });
         } catch (std::exception const &error) {
             log_.warning(std::to_string(changes.added.size()) +
-                         " traces are in memory only: " + error.what());
+                         " traces are in memory only: " + platform::wordsOf(error));
         }
     }
     return std::move(changes.added);

@@ -2,13 +2,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
-#include <new>
 #include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "error_words.h"
 #include "korvo_core.h"
 #include "simulator/captures/rebuilding.h"
 #include "simulator/captures/recording.h"
@@ -169,11 +169,8 @@ int main(int argc, char *argv[]) {
     } catch (simulator::UsageError const &error) {
         std::cerr << program << ": " << error.what() << "\n";
         return exit_usage;
-    } catch (std::bad_alloc const &) {
-        std::cerr << program << ": out of memory\n";
-        return exit_failure;
     } catch (std::exception const &error) {
-        std::cerr << program << ": " << error.what() << "\n";
+        std::cerr << program << ": " << platform::wordsOf(error) << "\n";
         return exit_failure;
     }
 }

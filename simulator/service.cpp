@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "error_words.h"
 #include "korvo_core.h"
 #include "operations/protocol.h"
 #include "simulator/json_writer.h"
@@ -253,7 +254,7 @@ void Service::note(void const *messaging, std::string_view peer, std::string_vie
 
 void Service::tell(char const *what, std::exception const &error) const noexcept {
     try {
-        log_.error(std::string(what) + ": " + error.what());
+        log_.error(std::string(what) + ": " + platform::wordsOf(error));
     } catch (std::exception const &) {
         // Nobody can be told of it either.
     }

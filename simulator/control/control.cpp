@@ -9,6 +9,7 @@
 #include <boost/json/value.hpp>
 #include <utility>
 
+#include "error_words.h"
 #include "simulator/catalogue_document.h"
 #include "simulator/control/check.h"
 #include "simulator/control/members.h"
@@ -110,7 +111,7 @@ void Control::answer(std::string_view command, Reply reply) {
         results = {{"reason", refused.what()}};
     } catch (std::exception const &error) {
         status = KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE;
-        results = {{"reason", error.what()}};
+        results = {{"reason", platform::wordsOf(error)}};
     }
     std::string text = textOf(name, status, results);
     if (text.size() > longest_response) {

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "error_words.h"
 #include "simulator/runners/file.h"
 #include "simulator/runners/test_picture.h"
 
@@ -37,7 +38,7 @@ void Runner::run(Job const &job, Done const &done) {
             }
             result = {true, perform(job)};
         } catch (std::exception const &error) {
-            result.words = error.what();
+            result.words = platform::wordsOf(error);
         }
         tell(action, result);
     } catch (std::exception const &) {

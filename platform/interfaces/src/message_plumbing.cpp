@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "error_words.h"
 #include "frame/interfaces.h"
 #include "json/numbers.h"
 #include "json_reader.h"
@@ -113,7 +114,7 @@ void contain(void *logging, char const *kind, Handling handling) {
         handling();
     } catch (std::exception const &error) {
         korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed: %s", kind,
-                               error.what());
+                               platform::wordsOf(error));
     } catch (...) {
         korvo_core_logging_log(logging, KORVO_CORE_LOG_PRIORITY_ERR, "handling %s failed", kind);
     }

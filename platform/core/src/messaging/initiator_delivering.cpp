@@ -10,6 +10,7 @@
 
 #include "base/wake.h"
 #include "base/worker.h"
+#include "error_words.h"
 #include "messaging/initiator.h"
 #include "messaging/reader_role.h"
 
@@ -129,7 +130,7 @@ void Initiator::startThread(Hold &hold) {
         }
         thread_ = startWorker("korvo-messaging", [self = shared_from_this()] { self->run(); });
     } catch (std::exception const &error) {
-        hold.warn("cannot start a thread for callbacks: %s", error.what());
+        hold.warn("cannot start a thread for callbacks: %s", wordsOf(error));
         stopPolling();
         throw;
     }
@@ -178,7 +179,7 @@ void Initiator::run() {
             hold.ensureLocked();
             if (pauses_.count()) {
                 hold.warn("the messaging thread pauses, since it cannot do its work: %s (%llu times so far)",
-                          error.what(), pauses_.total());
+                          wordsOf(error), pauses_.total());
             }
             hold.unlock(mutex_);
             std::this_thread::sleep_for(limits::failure_rest);
@@ -265,7 +266,7 @@ void Initiator::call(Hold &hold, void *context, Callback callback) {
         try {
             callback();
         } catch (std::exception const &error) {
-            log_.error("a callback threw an exception: %s", error.what());
+            log_.error("a callback threw an exception: %s", wordsOf(error));
         } catch (...) {
             log_.error("a callback threw something that is no exception");
         }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "error_words.h"
 #include "messaging/initiator.h"
 
 namespace platform {
@@ -88,7 +89,7 @@ void Initiator::scan(std::string const &service) noexcept {
             }
         }
     } catch (std::exception const &error) {
-        log_.warning("cannot look for the sockets of service %s: %s", service.c_str(), error.what());
+        log_.warning("cannot look for the sockets of service %s: %s", service.c_str(), wordsOf(error));
         is_done = false;
     }
     Hold hold(mutex_, log_);

@@ -16,6 +16,7 @@
 
 #include "base/wake.h"
 #include "base/worker.h"
+#include "error_words.h"
 #include "messaging/initiator.h"
 
 namespace platform {
@@ -175,7 +176,7 @@ bool Initiator::wakeWriter(Hold &hold) {
         writer_ = startWorker("korvo-sending", [self = shared_from_this()] { self->runWriter(); });
     } catch (std::exception const &error) {
         full_.close();
-        hold.warn("cannot start a thread that sends: %s", error.what());
+        hold.warn("cannot start a thread that sends: %s", wordsOf(error));
         return false;
     }
     writer_is_running_ = true;
@@ -201,7 +202,7 @@ void Initiator::runWriter() {
             waitToWrite(hold);
         } catch (std::exception const &error) {
             hold.ensureLocked();
-            hold.warn("a command was lost: %s", error.what());
+            hold.warn("a command was lost: %s", wordsOf(error));
         }
     }
     for (ConnectionPointer const &connection : connections_) {

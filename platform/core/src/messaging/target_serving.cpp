@@ -10,6 +10,7 @@
 
 #include "base/wake.h"
 #include "base/worker.h"
+#include "error_words.h"
 #include "messaging/serving_role.h"
 #include "messaging/target.h"
 
@@ -92,7 +93,7 @@ void Target::startThread(Hold &hold) {
         thread_ = startWorker("korvo-service", [self = shared_from_this()] { self->run(); });
     } catch (std::exception const &error) {
         callback_ = nullptr;
-        hold.warn("cannot start a thread for commands: %s", error.what());
+        hold.warn("cannot start a thread for commands: %s", wordsOf(error));
         throw;
     }
     thread_id_ = thread_.get_id();
@@ -121,7 +122,7 @@ void Target::run() {
         } catch (std::exception const &error) {
             hold.ensureLocked();
             if (shortages_.count()) {
-                hold.warn("service %s could not serve for a moment: %s", service_.c_str(), error.what());
+                hold.warn("service %s could not serve for a moment: %s", service_.c_str(), wordsOf(error));
             }
             // What could not be read is still there.
             served_.wait_for(hold.mutex(), limits::failure_rest,
@@ -403,7 +404,7 @@ void Target::call(Hold &hold, std::string_view source, std::string_view request_
     try {
         callback(lent_source, lent_request_id, lent_command, context);
     } catch (std::exception const &error) {
-        log_.error("a command callback threw an exception: %s", error.what());
+        log_.error("a command callback threw an exception: %s", wordsOf(error));
     } catch (...) {
         log_.error("a command callback threw something that is no exception");
     }
