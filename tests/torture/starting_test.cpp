@@ -1,204 +1,154 @@
 // SPDX-License-Identifier: Apache-2.0
-// The service's start as a process, while memory runs out at each place of it in turn: it serves, or it ends and says why.
-#include <fcntl.h>
+// The service as a process, while memory runs out at each place of its start, and of its work, in turn: it serves, or it
+// ends and says why.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <atomic>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
-#include <new>
+#include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "emulator/emulator.h"
-#include "live_blocks/live_blocks.h"
-#include "platform_contract/development/raw_socket.h"
-#include "processes/kill.h"
-#include "processes/temporary_folder.h"
+#include "support/failing_service.h"
 #include "support/rounds.h"
-#include "support/service.h"
-
-/// The service's own, under this name in this program.
-int simulatorMain(int argc, char *argv[]);
 
 namespace torture {
 
 namespace {
 
-using end_to_end::Service;
-using processes::TemporaryFolder;
+constexpr char const *create = R"({"command":"Create_washer_action","action_name":"w"})";
 
-/// A start takes milliseconds.
-constexpr unsigned int seconds_of_a_start = 60;
-
-/// What a process and the one that has started it tell each other.
-struct Told {
-    std::atomic<std::size_t> failed{0};
-    std::atomic<bool> relent{false};
-};
-Told *told = nullptr;
-live_blocks::FailingAllocations *failing = nullptr;
-
-void noteFailure() {
-    ++told->failed;
-    if (told->relent) {
-        failing->stop();
-    }
+bool isDone(std::optional<std::string> const &answer) {
+    return answer && answer->find(R"("status":0)") != std::string::npos;
 }
 
-struct Ends {
-    std::array<int, 2> pipe{-1, -1};
-
-    Ends() { EXPECT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0); }
-    ~Ends() {
-        (void)close(pipe[0]);
-        (void)close(pipe[1]);
-    }
-    Ends(Ends const &) = delete;
-    Ends &operator=(Ends const &) = delete;
-
-    /// Reads on until this text has come, or all has; false then.
-    bool readUntil(std::string const &wanted, std::string &text) const {
-        std::array<char, 4096> buffer{};
-        while (wanted.empty() || text.find(wanted) == std::string::npos) {
-            ssize_t const size = read(pipe[0], buffer.data(), buffer.size());
-            if (size <= 0) {
-                return false;
-            }
-            text.append(buffer.data(), static_cast<std::size_t>(size));
+/// The answer to a new client; those before it may have met what failed.
+std::string answerAfterwards(Caller::Of of, char const *command, FailingService const &service) {
+    for (int tries = 0; tries < 4; ++tries) {
+        std::optional<std::string> const answer = Caller(of).ask(command, service);
+        if (isDone(answer)) {
+            return *answer;
         }
-        return true;
     }
-};
-
-/// The service, which is this process from now on.
-[[noreturn]] void serve(std::vector<std::string> arguments, std::size_t nth, std::size_t count) {
-    (void)prctl(PR_SET_PDEATHSIG, SIGKILL);
-    (void)alarm(seconds_of_a_start);
-    std::vector<char *> words;
-    for (std::string &argument : arguments) {
-        words.push_back(argument.data());
-    }
-    words.push_back(nullptr);
-    live_blocks::onFailure(noteFailure);
-    int code = 0;
-    {
-        live_blocks::Recording const recording(live_blocks::Threads::started);
-        live_blocks::FailingAllocations failures(nth, count);
-        failing = &failures;
-        code = simulatorMain(static_cast<int>(words.size() - 1), words.data());
-    }
-    (void)std::fflush(stdout);
-    _exit(code);
+    ADD_FAILURE() << "nobody is served";
+    return "";
 }
 
-std::string frameOf(std::string const &command) {
-    auto const number = [](std::size_t value) {
-        std::string bytes;
-        for (unsigned int shift = 0; shift < 32; shift += 8) {
-            bytes += static_cast<char>((value >> shift) & 0xffU);
-        }
-        return bytes;
-    };
-    std::string const payload = number(1) + "r" + number(command.size()) + command;
-    return std::string("KV\x01\x01", 4) + number(payload.size()) + payload;
-}
-
-/// A new client asks, and it is done.
-bool isServed() {
-    RawSocket const client = RawSocket::connect(Service::socketPath());
-    if (!client.isOpen() ||
-        !client.send(frameOf(R"({"command":"Create_washer_action","action_name":"w"})"))) {
-        return false;
-    }
-    std::string answer;
-    // Refused, or disconnected, where memory is too short for this one.
-    while (answer.find('}') == std::string::npos) {
-        std::string const more = client.receive();
-        if (more.empty()) {
-            return false;
-        }
-        answer += more;
-    }
-    return answer.find(R"("status":0)") != std::string::npos;
-}
-
-class StartingWithoutMemory : public ::testing::Test {
+class ServiceWithoutMemory : public ::testing::Test {
   protected:
     void SetUp() override {
         if (emulator::present) {
             GTEST_SKIP() << "the emulator does not promise that a process of several threads can be forked";
         }
         setenv("KORVO_LOG_LEVEL", "warning", 1);
-        void *const memory =
-            mmap(nullptr, sizeof(Told), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-        ASSERT_NE(memory, MAP_FAILED);
-        told = static_cast<Told *>(memory);
-    }
-    ~StartingWithoutMemory() override {
-        if (told != nullptr) {
-            (void)munmap(std::exchange(told, nullptr), sizeof(Told));
-        }
     }
 
     /// Starts it once; whether any allocation failed.
     bool start(std::size_t nth, std::size_t count) {
-        TemporaryFolder const folder;
-        setenv("KORVO_STATE_DIR", folder.path().c_str(), 1);
-        std::vector<std::string> arguments{"korvo-action-engine-simulator", "--store", folder / "store"};
-        new (told) Told;
-        Ends out;
-        Ends errors;
-        pid_t const child = fork();
-        if (child == 0) {
-            (void)dup2(out.pipe[1], STDOUT_FILENO);
-            (void)dup2(errors.pipe[1], STDERR_FILENO);
-            serve(std::move(arguments), nth, count);
-        }
-        (void)close(std::exchange(out.pipe[1], -1));
-        (void)close(std::exchange(errors.pipe[1], -1));
-        std::string printed;
-        std::string said;
-        bool const is_ready = out.readUntil("korvo-action-engine-simulator: ready", printed);
+        FailingService service(FailingService::Since::start, nth, count);
+        bool const is_ready = service.isReady();
         if (is_ready) {
-            told->relent = true;
-            // What still fails may be a client's; those after it are served.
-            EXPECT_TRUE(isServed() || isServed() || isServed() || isServed()) << "nobody is served";
-            (void)kill(child, SIGTERM);
+            service.relent();
+            (void)answerAfterwards(Caller::Of::service, create, service);
         }
-        (void)errors.readUntil("", said);
-        int status = 0;
-        EXPECT_EQ(waitpid(child, &status, 0), child);
-        EXPECT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status) << ": " << printed << said;
-        EXPECT_EQ(WEXITSTATUS(status), is_ready ? 0 : 1) << printed << said;
+        int const exit = is_ready ? service.stop() : service.wait();
+        std::string const &said = service.said();
+        EXPECT_EQ(exit, is_ready ? 0 : 1) << said;
         if (!is_ready) {
             ++refusals_;
             // The last line is the program's own.
             std::size_t const last = said.rfind("korvo-action-engine-simulator: ");
             EXPECT_NE(last, std::string::npos) << "it does not say why: " << said;
             EXPECT_EQ(said.find('\n', last), said.size() - 1) << said;
-            EXPECT_EQ(said.find("bad_alloc", last), std::string::npos) << said;
         }
-        EXPECT_TRUE(is_ready || told->failed != 0) << said;
-        return told->failed != 0;
+        EXPECT_EQ(said.find("bad_alloc"), std::string::npos) << said;
+        EXPECT_TRUE(is_ready || service.failed() != 0) << said;
+        return service.failed() != 0;
+    }
+
+    /// Serves a few callers once; whether any allocation failed. What was answered with 0 holds afterwards. Each second one is told
+    /// to end while memory is still short.
+    bool serve(std::size_t nth, std::size_t count) {
+        FailingService service(FailingService::Since::begin, nth, count);
+        EXPECT_TRUE(service.isReady());
+        service.begin();
+        std::optional<Caller> listener(Caller::Of::service);
+        listener->subscribe();
+        Caller const control_listener(Caller::Of::control);
+        control_listener.subscribe();
+        std::optional<Caller> caller;
+        std::vector<std::string> created;
+        for (Question const &question : questions) {
+            if (!caller || question.of == Caller::Of::control) {
+                caller.emplace(question.of);
+            }
+            std::optional<std::string> const answer = caller->ask(question.command, service);
+            EXPECT_TRUE(isDone(answer) || service.failed() != 0)
+                << question.command << ": " << answer.value_or("no answer");
+            if (question.kept != nullptr && isDone(answer)) {
+                created.emplace_back(question.kept);
+            }
+            if (!answer || question.of == Caller::Of::control) {
+                caller.reset();
+            }
+        }
+        if (nth % 2 == 0) {
+            service.relent();
+            (void)answerAfterwards(Caller::Of::service, create, service);
+            std::string const kept =
+                answerAfterwards(Caller::Of::control, R"({"command":"Get_catalogue"})", service);
+            for (std::string const &name : created) {
+                EXPECT_NE(kept.find(name), std::string::npos) << name << " was created: " << kept;
+            }
+        }
+        EXPECT_EQ(service.stop(), 0) << service.said();
+        EXPECT_EQ(service.said().find("bad_alloc"), std::string::npos) << service.said();
+        EXPECT_LE(std::count(service.said().begin(), service.said().end(), '\n'), most_lines)
+            << service.said();
+        return service.failed() != 0;
     }
 
     std::size_t refusals_ = 0;
+
+  private:
+    struct Question {
+        Caller::Of of;
+        char const *command;
+        /// What is there when this was done.
+        char const *kept = nullptr;
+    };
+
+    /// More than all that the questions below have to tell.
+    static constexpr long most_lines = 40;
+
+    std::vector<Question> const questions = {
+        {Caller::Of::service, R"({"command":"Create_wiper_action","action_name":"first"})", "first"},
+        {Caller::Of::service, R"({"command":"Create_wiper_action","action_name":"second"})", "second"},
+        {Caller::Of::service,
+         R"({"command":"Create_onvif_trigger","trigger_name":"o","topic_filter":"","topic_filter_dialect":"",)"
+         R"("content_filter":"","namespace_keys":[],"namespace_uris":[]})"},
+        {Caller::Of::service, R"({"command":"Create_association","trigger_id":1,"action_id":1})"},
+        {Caller::Of::service,
+         R"({"command":"Onvif_event","topic":"door","message":"<m/>","namespace_keys":[],"namespace_uris":[]})"},
+        {Caller::Of::control, R"({"command":"Add_fault","method":"Get_triggers","delay_ms":1,"count":1})"},
+        {Caller::Of::service, R"({"command":"Get_triggers"})"},
+        {Caller::Of::control, R"({"command":"Get_traces"})"},
+        {Caller::Of::service, R"({"command":"Delete_trigger","trigger_id":1})"},
+    };
 };
 
-TEST_F(StartingWithoutMemory, ServesOrSaysWhyNot) {
+TEST_F(ServiceWithoutMemory, StartsOrSaysWhyNot) {
     failEveryAllocationOfAProcess(
         "starting the service", [&](std::size_t nth, std::size_t count) { return start(nth, count); },
         /*stride*/ 11);
     EXPECT_GT(refusals_, 100U);
+}
+
+TEST_F(ServiceWithoutMemory, KeepsWhatItHasAnsweredAndServesOn) {
+    failEveryAllocationOfAProcess(
+        "serving", [&](std::size_t nth, std::size_t count) { return serve(nth, count); },
+        /*stride*/ 11);
 }
 
 }  // namespace

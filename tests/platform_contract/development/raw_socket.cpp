@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "development/raw_socket.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -71,6 +72,11 @@ std::string RawSocket::receive() const {
     std::array<char, 4096> buffer;
     ssize_t const count = recv(descriptor_, buffer.data(), buffer.size(), 0);
     return count > 0 ? std::string(buffer.data(), static_cast<std::size_t>(count)) : std::string();
+}
+
+bool RawSocket::comes(int limit) const {
+    pollfd awaited = {descriptor_, POLLIN, 0};
+    return poll(&awaited, 1, limit) == 1;
 }
 
 bool RawSocket::ends() const {

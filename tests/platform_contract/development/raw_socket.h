@@ -23,6 +23,8 @@ class RawSocket {
     bool send(std::string const &bytes) const;
     /// Waits for some bytes; an empty text at the end of the stream, or when nothing comes for long.
     std::string receive() const;
+    /// Whether bytes or the end of the stream come within so many milliseconds.
+    bool comes(int limit) const;
     /// Whether the peer has closed the connection, or does so soon; what comes before is passed over.
     bool ends() const;
 
