@@ -22,6 +22,7 @@ constexpr std::size_t most_held_back = 4096;
 
 /// So many commands to the control service wait at a time.
 constexpr std::size_t most_asked = 1000;
+constexpr char const *too_much_asked = "1000 commands to the control service wait already; ask again later";
 
 /// How soon what failed is tried again. Memory that is short is short for a while.
 constexpr std::chrono::milliseconds pause_after_failure{100};
@@ -123,11 +124,12 @@ void Service::onControl(char **source, char **request_id, char **command, void *
             asked.push_back({*source, *request_id, *command});
             return true;
         });
-        if (!kept) {
-            service.log_.warning("a command to the control service is left out: " +
-                                 std::to_string(most_asked) + " wait already");
+        if (kept) {
+            service.loop_.wake();
+        } else {
+            service.send(service.control_messaging_, *source, *request_id,
+                         control::Control::refusal(*command, too_much_asked));
         }
-        service.loop_.wake();
     } catch (std::exception const &error) {
         service.tell("a command was not answered", error);
     }

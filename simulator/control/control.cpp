@@ -124,6 +124,14 @@ void Control::answer(std::string_view command, Reply reply) {
     reply(text);
 }
 
+std::string Control::refusal(std::string_view command, char const *reason) {
+    json::error_code error;
+    json::value const value = json::parse(json::string_view(command.data(), command.size()), error);
+    json::value const *const name = value.is_object() ? value.get_object().if_contains("command") : nullptr;
+    return textOf(name != nullptr && name->is_string() ? std::string_view(name->get_string()) : "",
+                  KORVO_CORE_STATUS_REMOTE_FUNCTION_FAILURE, {{"reason", reason}});
+}
+
 Control::Object Control::carryOut(std::string_view name, Members const &members) {
     struct Row {
         std::string_view name;

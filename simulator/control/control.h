@@ -42,6 +42,9 @@ class Control {
     /// Answers a command, at once or later. Never throws for what a command holds.
     void answer(std::string_view command, Reply reply);
 
+    /// The answer to a command that is not taken.
+    static std::string refusal(std::string_view command, char const *reason);
+
     /// To be called whenever the engine has nothing to do: while the clock is to be advanced, moves it to the next
     /// deadline, or to where it was to come, and answers. True when there is something to do for the engine again.
     bool advance();

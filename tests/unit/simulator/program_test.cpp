@@ -408,6 +408,50 @@ TEST_F(ProgramTest, HoldsBackSoManyAnswersAndNoMore) {
     EXPECT_THAT(program.errors(), HasSubstr("an answer is left out: 4096 are held back already"));
 }
 
+TEST_F(ProgramTest, RefusesQuestionsToItsControlServiceWhereTooManyWait) {
+    std::string replace =
+        R"({"command":"Replace_catalogue","catalogue":{"format":"korvo-action-engine-catalogue","version":1,)"
+        R"("triggers":[],"associations":[],"actions":[)";
+    for (int id = 1; id <= 1500; ++id) {
+        replace += R"({"id":)" + std::to_string(id) +
+                   R"(,"kind":"wiper_action","settings":{"action_name":"w"},"filters":{"weekday_filters":[],)"
+                   R"("time_filters_start":[],"time_filters_end":[]}},)";
+    }
+    replace.pop_back();
+    replace += "]}}";
+    Program program({});
+    expectReady(program);
+    Client control("action_engine_simulator");
+    // These take long, and what comes behind them waits.
+    constexpr int replacing = 20;
+    constexpr int asking = 1500;
+    for (int n = 0; n < replacing; ++n) {
+        ASSERT_EQ(control.send(replace, "replace " + std::to_string(n)), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    for (int n = 0; n < asking; ++n) {
+        ASSERT_EQ(control.send(R"({"command":"Get_clock"})", "ask " + std::to_string(n)),
+                  KORVO_CORE_STATUS_NO_ERROR);
+    }
+    std::map<std::string, std::string> answers;
+    while (answers.size() < replacing + asking) {
+        std::string const answer = control.receive().value_or("");
+        ASSERT_NE(answer, "") << "only " << answers.size() << " have been answered";
+        std::size_t const colon = answer.find(": ");
+        EXPECT_TRUE(answers.emplace(answer.substr(0, colon), answer.substr(colon + 2)).second) << answer;
+    }
+    std::string const refusal =
+        R"({"command":"Get_clock","status":9,"reason":"1000 commands to the control service wait already; ask again later"})";
+    auto const refused = std::count_if(answers.begin(), answers.end(),
+                                       [&](auto const &answer) { return answer.second == refusal; });
+    EXPECT_GE(refused, 1);
+    EXPECT_LE(refused, asking + replacing - 1000);
+    EXPECT_THAT(answers["replace 0"], HasSubstr("\"status\":0"));
+    EXPECT_THAT(answers["ask 0"], HasSubstr("\"status\":0"));
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.exitStatus(), 0);
+    EXPECT_EQ(program.errors(), "");
+}
+
 TEST_F(ProgramTest, TellsTheSeedThatGivesAnOrderAgain) {
     Program program({"--shuffle", "--log-level", "notice"});
     expectReady(program);
