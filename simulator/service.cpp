@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -23,6 +24,10 @@ constexpr std::size_t most_held_back = 4096;
 /// So many commands to the control service wait at a time.
 constexpr std::size_t most_asked = 1000;
 constexpr char const *too_much_asked = "1000 commands to the control service wait already; ask again later";
+
+/// The answer that takes no memory. It may have been carried out before the memory for the right one was too short.
+constexpr char const *without_memory =
+    R"({"status":9,"reason":"out of memory; whether the command was carried out is not known"})";
 
 /// How soon what failed is tried again. Memory that is short is short for a while.
 constexpr std::chrono::milliseconds pause_after_failure{100};
@@ -110,7 +115,8 @@ void Service::onCommand(char **source, char **request_id, char **command, void *
         service.takeCommand(*source, *request_id, *command);
     } catch (std::exception const &error) {
         // No exception may enter the core. Out of memory is all that can bring us here.
-        service.tell("a command was not answered", error);
+        service.tell("a command was not carried out", error);
+        answerWithoutMemory(service.messaging_, *source, *request_id);
     }
 }
 
@@ -131,8 +137,14 @@ void Service::onControl(char **source, char **request_id, char **command, void *
                          control::Control::refusal(*command, too_much_asked));
         }
     } catch (std::exception const &error) {
-        service.tell("a command was not answered", error);
+        service.tell("a command to the control service was not carried out", error);
+        answerWithoutMemory(service.control_messaging_, *source, *request_id);
     }
+}
+
+void Service::answerWithoutMemory(void *messaging, char const *source, char const *request_id) noexcept {
+    // Where not even this can be sent the core takes leave of the client, whose calls end with that.
+    (void)korvo_core_ipc_target_response_send(messaging, source, request_id, without_memory);
 }
 
 void Service::answerControl() {
@@ -148,10 +160,15 @@ void Service::answerControl() {
         if (!asked) {
             return;
         }
-        control_.answer(asked->command, [this, source = asked->source,
-                                         request_id = asked->request_id](std::string const &response) {
-            send(control_messaging_, source.c_str(), request_id.c_str(), response);
-        });
+        try {
+            control_.answer(asked->command, [this, source = asked->source,
+                                             request_id = asked->request_id](std::string const &response) {
+                send(control_messaging_, source.c_str(), request_id.c_str(), response);
+            });
+        } catch (std::exception const &error) {
+            tell("a command to the control service was not answered", error);
+            answerWithoutMemory(control_messaging_, asked->source.c_str(), asked->request_id.c_str());
+        }
     }
 }
 
@@ -184,11 +201,15 @@ void Service::takeCommand(char const *source, char const *request_id, char const
 
 void Service::answer(char const *source, char const *request_id, std::string const &response,
                      std::chrono::milliseconds delay) {
-    if (delay.count() == 0) {
-        send(messaging_, source, request_id, response);
-    } else {
-        sendLater(source, request_id, response, delay);
+    if (delay.count() != 0) {
+        try {
+            sendLater(source, request_id, response, delay);
+            return;
+        } catch (std::bad_alloc const &) {
+            // Better early than never.
+        }
     }
+    send(messaging_, source, request_id, response);
 }
 
 void Service::sendLater(std::string source, std::string request_id, std::string response,

@@ -83,6 +83,7 @@ class Service {
     /// Publishes what actions have done, unless clients are answered from a capture.
     void publishOwn(std::string const &event);
     void answerControl();
+    static void answerWithoutMemory(void *messaging, char const *source, char const *request_id) noexcept;
     /// Closes all connections to the service, as a fault has it, and listens again.
     void closeConnections();
     void sendDue();

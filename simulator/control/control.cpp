@@ -257,8 +257,8 @@ bool Control::advance() {
         return true;
     }
     parts_.clock.advanceTo(advance_->until);
-    Advance const done = *std::exchange(advance_, std::nullopt);
-    done.reply(textOf(done.name, KORVO_CORE_STATUS_NO_ERROR, clockTold()));
+    std::string const text = textOf(advance_->name, KORVO_CORE_STATUS_NO_ERROR, clockTold());
+    std::exchange(advance_, std::nullopt)->reply(text);
     return true;
 }
 

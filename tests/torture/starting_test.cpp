@@ -24,9 +24,9 @@ bool isDone(std::optional<std::string> const &answer) {
 }
 
 /// The answer to a new client; those before it may have met what failed.
-std::string answerAfterwards(Caller::Of of, char const *command, FailingService const &service) {
+std::string answerAfterwards(Caller::Of of, char const *command) {
     for (int tries = 0; tries < 4; ++tries) {
-        std::optional<std::string> const answer = Caller(of).ask(command, service);
+        std::optional<std::string> const answer = Caller(of).ask(command);
         if (isDone(answer)) {
             return *answer;
         }
@@ -50,7 +50,7 @@ class ServiceWithoutMemory : public ::testing::Test {
         bool const is_ready = service.isReady();
         if (is_ready) {
             service.relent();
-            (void)answerAfterwards(Caller::Of::service, create, service);
+            (void)answerAfterwards(Caller::Of::service, create);
         }
         int const exit = is_ready ? service.stop() : service.wait();
         std::string const &said = service.said();
@@ -83,7 +83,7 @@ class ServiceWithoutMemory : public ::testing::Test {
             if (!caller || question.of == Caller::Of::control) {
                 caller.emplace(question.of);
             }
-            std::optional<std::string> const answer = caller->ask(question.command, service);
+            std::optional<std::string> const answer = caller->ask(question.command);
             EXPECT_TRUE(isDone(answer) || service.failed() != 0)
                 << question.command << ": " << answer.value_or("no answer");
             if (question.kept != nullptr && isDone(answer)) {
@@ -95,9 +95,8 @@ class ServiceWithoutMemory : public ::testing::Test {
         }
         if (nth % 2 == 0) {
             service.relent();
-            (void)answerAfterwards(Caller::Of::service, create, service);
-            std::string const kept =
-                answerAfterwards(Caller::Of::control, R"({"command":"Get_catalogue"})", service);
+            (void)answerAfterwards(Caller::Of::service, create);
+            std::string const kept = answerAfterwards(Caller::Of::control, R"({"command":"Get_catalogue"})");
             for (std::string const &name : created) {
                 EXPECT_NE(kept.find(name), std::string::npos) << name << " was created: " << kept;
             }

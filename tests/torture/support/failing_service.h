@@ -80,8 +80,8 @@ class Caller {
 
     /// Has events sent, and never reads one.
     void subscribe() const;
-    /// The answer; nothing where the connection ends, or nothing comes although `service` has met a failure.
-    std::optional<std::string> ask(std::string const &command, FailingService const &service) const;
+    /// The answer, or nothing where the connection ends. It is a failure when neither comes.
+    std::optional<std::string> ask(std::string const &command) const;
 
   private:
     RawSocket socket_;
