@@ -2,6 +2,7 @@
 // A disk that fails at each of SQLite's calls in turn. What was answered with 0 is there after a restart, what was
 // answered with 9 is not, and the store takes changes again as soon as the disk does.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
@@ -10,17 +11,37 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "examples.h"
 #include "kept.h"
 #include "support.h"
 
+namespace {
+
+/// Whether the next ROLLBACK fails.
+bool rollback_fails = false;
+
+}  // namespace
+
+/// SQLite's own, but for that: no file that fails keeps SQLite from undoing.
+extern "C" __attribute__((visibility("default"))) int sqlite3_exec(sqlite3 *database, char const *statements,
+                                                                   int (*take)(void *, int, char **, char **),
+                                                                   void *context, char **error) {
+    static auto *const original = reinterpret_cast<decltype(&sqlite3_exec)>(dlsym(RTLD_NEXT, "sqlite3_exec"));
+    if (rollback_fails && std::string_view(statements) == "ROLLBACK") {
+        rollback_fails = false;
+        return SQLITE_NOMEM;
+    }
+    return original(database, statements, take, context, error);
+}
+
 namespace simulator::tests {
 
 namespace {
 
-/// While one of these lives, SQLite's files are reached through it. Calls of a file that change it can be made to fail.
+/// While one of these lives, SQLite's files are reached through it. Calls of a file can be made to fail.
 class FailingDisk {
   public:
     FailingDisk() : real_(sqlite3_vfs_find(nullptr)), own_(*real_) {
@@ -85,6 +106,9 @@ class FailingDisk {
     }
     static int close(sqlite3_file *file) { return at(file).real()->pMethods->xClose(at(file).real()); }
     static int read(sqlite3_file *file, void *data, int amount, sqlite3_int64 from) {
+        if (at(file).disk->fails()) {
+            return SQLITE_IOERR_READ;
+        }
         return at(file).real()->pMethods->xRead(at(file).real(), data, amount, from);
     }
     static int write(sqlite3_file *file, void const *data, int amount, sqlite3_int64 at_byte) {
@@ -104,12 +128,21 @@ class FailingDisk {
                                       : at(file).real()->pMethods->xSync(at(file).real(), flags);
     }
     static int size(sqlite3_file *file, sqlite3_int64 *bytes) {
+        if (at(file).disk->fails()) {
+            return SQLITE_IOERR_FSTAT;
+        }
         return at(file).real()->pMethods->xFileSize(at(file).real(), bytes);
     }
     static int lock(sqlite3_file *file, int kind) {
+        if (at(file).disk->fails()) {
+            return SQLITE_IOERR_LOCK;
+        }
         return at(file).real()->pMethods->xLock(at(file).real(), kind);
     }
     static int unlock(sqlite3_file *file, int kind) {
+        if (at(file).disk->fails()) {
+            return SQLITE_IOERR_UNLOCK;
+        }
         return at(file).real()->pMethods->xUnlock(at(file).real(), kind);
     }
     static int locked(sqlite3_file *file, int *is_locked) {
@@ -210,6 +243,29 @@ TEST(StoreFailures, AStoreThatFailsWhileItIsOpenedIsWholeAfterwards) {
             break;
         }
     }
+}
+
+TEST(StoreFailures, AChangeThatCannotBeUndoneAtOnceIsUndoneBeforeTheNextOne) {
+    TemporaryFolder const folder;
+    std::string const path = folder / "store";
+    {
+        Store store(path);
+        store.addTrigger(1, "old");
+        // The same identifier twice, which is found when the first row is there already.
+        Store::Rows const rows{{}, {{7, 1, "new", ""}, {7, 1, "again", ""}}, {}};
+        rollback_fails = true;
+        EXPECT_THROW(store.replace(rows), StoreError);
+        EXPECT_FALSE(rollback_fails) << "nothing was undone";
+        rollback_fails = false;
+        EXPECT_EQ(store.addTrigger(1, "next"), 2U);
+    }
+    Store again(path);
+    std::vector<std::string> found;
+    again.readEntries(Store::Table::triggers,
+                      [&found](std::uint32_t, std::uint32_t, std::string_view settings, std::string_view) {
+                          found.emplace_back(settings);
+                      });
+    EXPECT_EQ(found, (std::vector<std::string>{"old", "next"}));
 }
 
 TEST(StoreFailures, ACatalogueIsReplacedAsAWholeOrNotAtAll) {
