@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "emulator/emulator.h"
+#include "live_blocks/live_blocks.h"
 #include "support/failing_service.h"
 #include "support/rounds.h"
 
@@ -83,7 +84,8 @@ class ServiceWithoutMemory : public ::testing::Test {
             if (!caller || question.of == Caller::Of::control) {
                 caller.emplace(question.of);
             }
-            std::optional<std::string> const answer = caller->ask(question.command);
+            std::optional<std::string> const answer =
+                caller->ask(question.command, count == live_blocks::for_ever ? &service : nullptr);
             EXPECT_TRUE(isDone(answer) || service.failed() != 0)
                 << question.command << ": " << answer.value_or("no answer");
             if (question.kept != nullptr && isDone(answer)) {
