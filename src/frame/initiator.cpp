@@ -20,14 +20,9 @@ IAction_engineInitiator::IAction_engineInitiator(void *messaging_handle, void *l
                                                  unsigned char subscribe_events, char const *initiator_name)
     : korvoInitiatorInterfaces(messaging_handle, logging_handle, protocol::major_version,
                                protocol::minor_version, initiator_name, bookkeeping_count) {
-    try {
-        initializeMethodStructures();
-        initializeEventStructures(subscribe_events);
-    } catch (...) {
-        // Events may arrive from here on; the tables must not go before the messages stop.
-        closeOwnedMessaging();
-        throw;
-    }
+    initializeMethodStructures();
+    // Last of all: once it has succeeded, events may arrive.
+    initializeEventStructures(subscribe_events);
 }
 
 IAction_engineInitiator::~IAction_engineInitiator() {

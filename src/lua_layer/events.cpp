@@ -43,6 +43,7 @@ struct Engine {
         if (core != nullptr) {
             core->close();
             core.reset();
+            queue->closed();
         }
     }
     ~Engine() { close(); }

@@ -75,6 +75,11 @@ std::unique_ptr<Event> Queue::takeEvent() noexcept {
     return event;
 }
 
+void Queue::closed() noexcept {
+    Lock const lock(bell().mutex);
+    ring();
+}
+
 double Queue::dropped() const noexcept {
     Lock const lock(bell().mutex);
     return dropped_;
@@ -120,6 +125,7 @@ void QueuedCall::abandon() noexcept {
         queue_->answerGone();
     }
     is_over_ = true;
+    ring();
 }
 
 }  // namespace korvo::lua_layer

@@ -59,6 +59,8 @@ class Queue {
     void putEvent(ActionCompleted const &event) noexcept;
     /// NULL when there is none.
     std::unique_ptr<Event> takeEvent() noexcept;
+    /// Nothing will come any more. Who waits for an event is woken.
+    void closed() noexcept;
     /// Since the queue was made.
     double dropped() const noexcept;
 
@@ -93,7 +95,7 @@ class QueuedCall final : public detail::TypedCall<Values> {
     /// The answer, which stays the call's; NULL when there is none yet, or it was taken.
     Result<Values> *take() noexcept;
     bool isAnswered() const noexcept;
-    /// Nobody will take the answer.
+    /// Nobody will take the answer. Who waits for it is woken.
     void abandon() noexcept;
 
   private:

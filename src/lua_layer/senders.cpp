@@ -24,14 +24,12 @@ InputOf<kind> inputOf(Value &value) {
     } else if constexpr (kind == Kind::text) {
         return value.text.c_str();
     } else if constexpr (kind == Kind::texts) {
-        value.text_pointers.clear();
         for (std::string &one : value.texts) {
             value.text_pointers.push_back(one.data());
         }
         value.text_pointers.push_back(nullptr);
         return value.text_pointers.data();
     } else {
-        value.number_pointers.clear();
         for (unsigned int &one : value.numbers) {
             value.number_pointers.push_back(&one);
         }

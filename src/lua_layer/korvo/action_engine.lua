@@ -142,13 +142,14 @@ end
 
 --- Gives what the call without `async` gives. After `seconds` without an answer nil and a message; the call goes on then.
 function Pending:wait(seconds)
+    -- Another coroutine may take the answer, or cancel the call, meanwhile.
+    if not waiting.await(function() return self.is_cancelled or self:ready() end, seconds) then
+        return nil, self.operation.name .. ": no answer yet"
+    end
     if self.is_cancelled then
         return fail(self.state, self.operation.name .. ": the call was cancelled", invalid)
     end
     if not self.status then
-        if not waiting.await(function() return self:ready() end, seconds) then
-            return nil, self.operation.name .. ": no answer yet"
-        end
         settle(self, self.call:take())
     end
     if self.status ~= 0 then
@@ -250,11 +251,8 @@ end
 --- for event in engine:events(seconds): until none has come for `seconds`, or the engine is closed.
 function methods:events(seconds)
     return function()
-        if self[STATE].is_closed then
-            return nil
-        end
         local event, message, status = self:next_event(seconds)
-        if not event and status then
+        if status and not self[STATE].is_closed then
             error(message, 2)
         end
         return event

@@ -192,6 +192,20 @@ function tests.opening_says_what_is_wrong()
     check.equal({engine, message, status}, {nil, "open: status 2 (allocation failed)", 2})
 end
 
+function tests.what_needs_a_second_connection_says_when_there_is_none()
+    with({name = "test"}, function(engine)
+        local function failure(name)
+            return {nil, name .. ": status 2 (allocation failed): cannot open the connection for events and answers", 2}
+        end
+        fake.fail("open", 8)
+        check.equal({engine.async:get_actions()}, failure("get_actions"))
+        fake.fail("open", 8)
+        check.equal({engine:subscribe()}, failure("subscribe"))
+        fake.script()
+        check.equal({engine:subscribe()}, {true})
+    end)
+end
+
 function tests.a_closed_engine_says_so()
     with({name = "test"}, function(engine)
         check.equal(engine:close(), true)
@@ -203,6 +217,77 @@ function tests.a_closed_engine_says_so()
         check.equal({engine:export()}, {nil, "get_actions: the engine is closed", 1})
         check.equal(engine:events()(), nil)
         check.equal(#fake.messages("send"), 0)
+    end)
+end
+
+function tests.the_iterator_of_events_raises_why_there_can_be_none()
+    with({name = "test"}, function(engine)
+        fake.fail("subscribe", 10)
+        local succeeded, message = pcall(engine:events(0))
+        check.equal({succeeded, message:match("subscribe: .*$")}, {false, "subscribe: status 2 (allocation failed)"})
+    end)
+end
+
+function tests.the_iterator_of_events_ends_when_its_engine_is_closed_meanwhile()
+    with({name = "test"}, function(engine)
+        local ended = false
+        local function wait()
+            for _ in engine:events(60) do
+                error("there was an event")
+            end
+            ended = true
+        end
+        -- Whoever is named last is asked first.
+        local succeeded, message = pcall(ae.run, function() engine:close() end, wait)
+        if host.flavour == "luajit" then
+            check.equal({succeeded, message}, {true})
+            check.equal(ended, true)
+        else
+            check.equal({succeeded, message:match("boundary ([^\n]*)")}, {false, "(on Lua 5.1 a function of run() cannot wait " ..
+                "inside pcall, nor in a for over events(): call next_event() in a loop)"})
+        end
+    end)
+end
+
+function tests.who_waits_for_an_event_is_woken_when_the_engine_is_closed()
+    with({name = "test"}, function(engine)
+        local outcome
+        ae.run(function() engine:close() end, function() outcome = {engine:next_event(60)} end)
+        check.equal(outcome, {nil, "next_event: the engine is closed", 1})
+    end)
+end
+
+function tests.a_call_that_is_cancelled_wakes_who_waits_for_it()
+    with({name = "test"}, function(engine)
+        local pending = engine.async:get_actions()
+        local outcome
+        ae.run(function() pending:cancel() end, function() outcome = {pending:wait(60)} end)
+        check.equal(outcome, {nil, "get_actions: the call was cancelled", 1})
+    end)
+end
+
+function tests.an_answer_is_there_for_all_who_wait_for_it()
+    with({name = "test"}, function(engine)
+        local pending = engine.async:get_actions()
+        local outcomes = {}
+        local function wait()
+            local outcome = {pending:wait(60)}
+            outcomes[#outcomes + 1] = outcome
+        end
+        ae.run(function() engine:close() end, wait, wait)
+        check.equal(#outcomes, 2)
+        check.equal(outcomes[1], outcomes[2])
+        check.equal(outcomes[1][3], 4)
+    end)
+end
+
+function tests.an_engine_makes_do_with_the_descriptor_of_a_closed_standard_input()
+    with({name = "test"}, function(engine)
+        check.equal({host.without_standard_input(function()
+            local descriptor = assert(engine:descriptor())
+            engine:close()
+            return descriptor
+        end)}, {true, 0})
     end)
 end
 

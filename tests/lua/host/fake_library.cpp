@@ -99,6 +99,9 @@ Function functionNamed(std::string const &name) {
     if (name == "send") {
         return Function::send_command;
     }
+    if (name == "subscribe") {
+        return Function::event_subscribe;
+    }
     return name == "receive" ? Function::receive_response : Function::response_receive_callback;
 }
 
@@ -174,7 +177,7 @@ int respondVersion(lua_State *L) {
     return 0;
 }
 
-/// fake.fail("open" | "send" | "receive" | "register", status) or, with a text, throw
+/// fake.fail("open" | "subscribe" | "send" | "receive" | "register", status) or, with a text, throw
 int fail(lua_State *L) {
     Function const function = functionNamed(lua_tostring(L, 1));
     if (lua_type(L, 2) == LUA_TNUMBER) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a script cannot do for itself.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 
@@ -128,6 +131,21 @@ int failNthBlock(lua_State *L) {
     return lua_gettop(L);
 }
 
+/// host.without_standard_input(function, ...): calls it while descriptor 0 is free, and gives what pcall() gives. Who took
+/// the descriptor has lost it afterwards.
+int withoutStandardInput(lua_State *L) {
+    int const kept = fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    (void)close(STDIN_FILENO);
+    bool const succeeded = lua_pcall(L, lua_gettop(L) - 1, LUA_MULTRET, 0) == 0;
+    if (kept >= 0) {
+        (void)dup2(kept, STDIN_FILENO);
+        (void)close(kept);
+    }
+    lua_pushboolean(L, succeeded);
+    lua_insert(L, 1);
+    return lua_gettop(L);
+}
+
 /// host.types(): the names of all types that are known
 int types(lua_State *L) {
     lua_newtable(L);
@@ -165,6 +183,7 @@ void openHostLibrary(lua_State *L) {
                                   {"set_text", setText},
                                   {"left_behind", leftBehind},
                                   {"fail_nth_block", failNthBlock},
+                                  {"without_standard_input", withoutStandardInput},
                                   {"types", types},
                                   {nullptr, nullptr}};
     luaL_register(L, "host", functions);

@@ -265,6 +265,17 @@ local function is_null(value)
     return kind ~= "string" and kind ~= "number" and kind ~= "boolean"
 end
 
+local function check(what, fields, given)
+    local fault = arguments.fault(what, fields, given)
+    if fault then
+        refuse("%s", fault)
+    end
+end
+
+local function check_filters(what, filters)
+    check(what, operations.set_action_filters.inputs, {action_id = 0, filters = filters})
+end
+
 -- The items of a document, checked as calls check their arguments. Passwords that are null are empty then; `hidden` has those items.
 local function read_items(noun, items, hidden)
     check_list("import: '" .. noun .. "s'", items)
@@ -289,16 +300,10 @@ local function read_items(noun, items, hidden)
             settings.password = ""
             hidden[found] = what
         end
-        local fault = arguments.fault(what, fields, settings)
-        if fault then
-            refuse("%s", fault)
-        end
+        check(what, fields, settings)
         if noun == "action" then
             found.filters = from_wire(what .. ": filters", filters_fields, item.filters).filters
-            fault = arguments.fault(what, operations.set_action_filters.inputs, {action_id = 0, filters = found.filters})
-            if fault then
-                refuse("%s", fault)
-            end
+            check_filters(what, found.filters)
         end
         read[place] = found
     end
@@ -406,15 +411,9 @@ local function item_of_rule(what, noun, given)
     if noun == "action" then
         filters = settings.filters or {}
         settings.filters = nil
-        local fault = arguments.fault(what, operations.set_action_filters.inputs, {action_id = 0, filters = filters})
-        if fault then
-            refuse("%s", fault)
-        end
+        check_filters(what, filters)
     end
-    local fault = arguments.fault(what, settings_fields(given.kind), settings)
-    if fault then
-        refuse("%s", fault)
-    end
+    check(what, settings_fields(given.kind), settings)
     return {kind = given.kind, settings = settings, filters = filters}
 end
 

@@ -48,7 +48,12 @@ function waiting.run(...)
             local thread = threads[place]
             local succeeded, deadline = coroutine.resume(thread)
             if not succeeded then
-                error(debug.traceback(thread, tostring(deadline)), 0)
+                local message = tostring(deadline)
+                if message:find("attempt to yield across", 1, true) then
+                    message = message .. " (on Lua 5.1 a function of run() cannot wait inside pcall, nor in a for over events(): " ..
+                        "call next_event() in a loop)"
+                end
+                error(debug.traceback(thread, message), 0)
             elseif coroutine.status(thread) == "dead" then
                 table.remove(threads, place)
             else
