@@ -2,6 +2,8 @@
 // The initiator's end of the messaging, while memory runs out at each place of its work in turn.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <thread>
@@ -177,6 +179,36 @@ TEST_F(MessagingWithoutMemory, EndsEveryCallOfALostConnectionAndWorksOnANewOne) 
         fault.stop();
         expectUsable(initiator);
         expectEvents(initiator, *peer_);
+    });
+}
+
+// The names of what appeared are told in one go with the folder's end, since nobody reads them before.
+TEST_F(MessagingWithoutMemory, FindsAServiceInAFolderThatIsMadeAgain) {
+    std::filesystem::path const folder = end_to_end::Workspace::ofThisProgram().runtimeFolder();
+    failEveryAllocation("a folder that was removed", [&](Fault &fault) {
+        Initiator initiator;
+        initiator.openOrDie();
+        {
+            live_blocks::Unnoticed const unnoticed;
+            peer_->close();
+            EXPECT_EQ(initiator.subscribe(), done);
+            std::ofstream(folder / "new");
+            std::filesystem::rename(folder / "new", folder / "a name that is too long to need no memory");
+            std::filesystem::remove_all(folder);
+        }
+        fault.start();
+        korvo_core_status const called = initiator.registerForEvents();
+        {
+            live_blocks::Unnoticed const unnoticed;
+            (void)processes::becomesTrue([&] { return fault.isOver() || std::filesystem::exists(folder); },
+                                         milliseconds(20));
+            peer_->open();
+        }
+        fault.stop();
+        EXPECT_TRUE(called == done || (fault.failed() != 0 && isShortage(called))) << called;
+        expectUsable(initiator);
+        expectEvents(initiator, *peer_);
+        expectToFindLaterServices(initiator);
     });
 }
 

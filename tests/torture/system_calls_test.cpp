@@ -223,6 +223,39 @@ class MessagingWhoseSystemCallsFail : public ::testing::TestWithParam<CallThatFa
         }
     }
 
+    /// The folder of the sockets is removed while one waits for a service there.
+    void loseTheFolder(FailingCall &failing) {
+        auto const folder = end_to_end::Workspace::ofThisProgram().runtimeFolder();
+        {
+            live_blocks::Unnoticed const unnoticed;
+            peer_->close();
+        }
+        Initiator waiting;
+        korvo_core_status const opened = waiting.open();
+        korvo_core_status const called = opened == done ? waiting.registerForEvents() : opened;
+        korvo_core_status const waits = opened == done ? waiting.subscribe() : opened;
+        {
+            live_blocks::Unnoticed const unnoticed;
+            std::filesystem::remove_all(folder);
+            // Whoever waits makes it again, unless that fails.
+            (void)processes::becomesTrue([&] { return std::filesystem::exists(folder); }, milliseconds(200));
+            peer_->open();
+        }
+        if (called == done && waits == done) {
+            expectToFind(failing, waiting);
+        }
+        failing.stop();
+        for (korvo_core_status const status : {opened, called, waits}) {
+            expectStatus(failing, status);
+        }
+        if (opened == done) {
+            expectUsable(waiting);
+        }
+        if (waits == done) {
+            expectToFindLaterServices(waiting);
+        }
+    }
+
     /// A refused connection says that nobody listens there any more: then only who starts anew is noticed.
     void expectToFind(FailingCall const &failing, Initiator &initiator) {
         constexpr milliseconds briefly{200};
@@ -263,6 +296,10 @@ TEST_P(MessagingWhoseSystemCallsFail, EndsWhatIsLeftToItsWriterOnce) {
 
 TEST_P(MessagingWhoseSystemCallsFail, FindsAServiceThatComesLater) {
     failEvery({"poll"}, [&](FailingCall &failing) { subscribeEarly(failing); });
+}
+
+TEST_P(MessagingWhoseSystemCallsFail, FindsAServiceInAFolderThatIsMadeAgain) {
+    failEvery({"poll", "setsockopt"}, [&](FailingCall &failing) { loseTheFolder(failing); });
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #define KORVO_TESTS_PROCESSES_LIMITS_H
 
 #include <chrono>
+#include <thread>
 
 namespace processes {
 
@@ -33,6 +34,18 @@ milliseconds timeOf(Work const &work) {
     auto const start = Clock::now();
     work();
     return std::chrono::duration_cast<milliseconds>(Clock::now() - start);
+}
+
+/// Asks every millisecond, for at most so long. Returns what `condition` gave last.
+template <typename Condition>
+bool becomesTrue(Condition const &condition, milliseconds limit = patience) {
+    auto const end = Clock::now() + limit;
+    bool is_true = condition();
+    while (!is_true && Clock::now() < end) {
+        std::this_thread::sleep_for(milliseconds(1));
+        is_true = condition();
+    }
+    return is_true;
 }
 
 }  // namespace processes

@@ -132,19 +132,28 @@ inline void expectUsable(Initiator &initiator) {
     EXPECT_EQ(initiator.responses("called back"), std::vector<std::string>{command});
 }
 /// Whether events arrive, or do again as soon as the subscription has been made again.
-inline bool eventsCome(Initiator &initiator, Peer const &peer, milliseconds limit = patience) {
+inline bool eventsCome(Initiator &initiator, Peer const &peer, milliseconds limit = patience,
+                       char const *event = "again") {
     live_blocks::Unnoticed const unnoticed;
     EXPECT_EQ(initiator.registerForEvents(), done);
     auto const end = processes::Clock::now() + limit;
     bool came = false;
     while (!came && processes::Clock::now() < end) {
-        (void)peer.publish("again");
-        came = initiator.waitForEvent("again", milliseconds(20));
+        (void)peer.publish(event);
+        came = initiator.waitForEvent(event, milliseconds(20));
     }
     return came;
 }
 inline void expectEvents(Initiator &initiator, Peer const &peer) {
     EXPECT_TRUE(eventsCome(initiator, peer)) << "no events afterwards";
+}
+/// Who is subscribed finds also services that are not there yet.
+inline void expectToFindLaterServices(Initiator &initiator) {
+    // One may be found because it is looked for just then; it stays, since that is also done when one goes.
+    Peer const second(Peer::Memory::safe, "second");
+    EXPECT_TRUE(eventsCome(initiator, second, patience, "second")) << "the second service is not found";
+    Peer const third(Peer::Memory::safe, "third");
+    EXPECT_TRUE(eventsCome(initiator, third, patience, "third")) << "the third service is not found";
 }
 
 }  // namespace torture

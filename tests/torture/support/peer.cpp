@@ -26,7 +26,7 @@ class Safely {
 
 }  // namespace
 
-Peer::Peer(Memory memory) : memory_(memory) {
+Peer::Peer(Memory memory, char const *target) : memory_(memory), target_(target) {
     open();
 }
 
@@ -36,7 +36,8 @@ Peer::~Peer() {
 
 void Peer::open() {
     Safely const safely(memory_);
-    if (korvo_core_ipc_target_init(nullptr, service, "", "torture", &handle_) != KORVO_CORE_STATUS_NO_ERROR ||
+    if (korvo_core_ipc_target_init(nullptr, service, target_, "torture", &handle_) !=
+            KORVO_CORE_STATUS_NO_ERROR ||
         korvo_core_ipc_target_command_receive_callback(handle_, take, this) != KORVO_CORE_STATUS_NO_ERROR) {
         if (handle_ != nullptr) {
             (void)korvo_core_ipc_deinit(std::exchange(handle_, nullptr));

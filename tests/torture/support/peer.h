@@ -16,7 +16,7 @@ class Peer {
     static constexpr char const *service = "torture";
 
     enum class Memory { safe, fails };
-    explicit Peer(Memory memory = Memory::safe);
+    explicit Peer(Memory memory = Memory::safe, char const *target = "");
     ~Peer();
     Peer(Peer const &) = delete;
     Peer &operator=(Peer const &) = delete;
@@ -35,6 +35,7 @@ class Peer {
     static void take(char **source, char **request_id, char **command, void *context);
 
     Memory const memory_;
+    char const *const target_;
     void *handle_ = nullptr;
     std::atomic<bool> is_silent_{false};
     std::atomic<unsigned int> commands_{0};

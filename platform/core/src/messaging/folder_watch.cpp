@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 namespace platform {
 
@@ -26,7 +27,7 @@ bool FolderWatch::start(RuntimeFolder const &folder, Log const &log) {
     return true;
 }
 
-FolderWatch::Change FolderWatch::look() {
+FolderWatch::Change FolderWatch::look() noexcept {
     Change change;
     alignas(inotify_event) std::array<char, 4096> buffer;
     for (;;) {
@@ -43,7 +44,11 @@ FolderWatch::Change FolderWatch::look() {
             } else if ((event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) != 0) {
                 change.is_over = true;
             } else if (event.len != 0) {
-                change.names.emplace_back(place + sizeof event);
+                try {
+                    change.names.emplace_back(place + sizeof event);
+                } catch (std::bad_alloc const &) {
+                    change.is_incomplete = true;
+                }
             }
             place += sizeof event + event.len;
         }

@@ -30,7 +30,7 @@ class FolderWatch {
     int descriptor() const { return inotify_.get(); }
 
     /// Never waits.
-    Change look();
+    Change look() noexcept;
 
   private:
     process::Descriptor inotify_;

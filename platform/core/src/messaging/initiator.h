@@ -201,7 +201,8 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     }
 
     // initiator_subscribing.cpp
-    bool startWatch(bool anew) KORVO_EXCLUDES(mutex_);
+    bool isWatching() const KORVO_REQUIRES(mutex_) { return watch_.descriptor() >= 0 && !watch_is_over_; }
+    bool startWatch() KORVO_EXCLUDES(mutex_);
     void scan(std::string const &service) noexcept KORVO_EXCLUDES(mutex_);
     /// False when it failed for a reason that may pass.
     bool attach(std::string const &service, std::string const &socket_name) KORVO_EXCLUDES(mutex_);

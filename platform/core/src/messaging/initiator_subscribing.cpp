@@ -11,7 +11,6 @@ namespace platform {
 korvo_core_status Initiator::subscribe(std::string_view service) {
     std::string const name(service);
     bool is_watching = false;
-    bool is_over = false;
     {
         Hold hold(mutex_, log_);
         if (is_closing_) {
@@ -20,11 +19,10 @@ korvo_core_status Initiator::subscribe(std::string_view service) {
         if (subscriptions_.count(name) != 0) {
             return KORVO_CORE_STATUS_NO_ERROR;
         }
-        is_over = watch_is_over_;
-        is_watching = watch_.descriptor() >= 0 && !is_over;
+        is_watching = isWatching();
     }
     // Watched before it is looked at, so that no service slips through in between.
-    if (!is_watching && !startWatch(is_over)) {
+    if (!is_watching && !startWatch()) {
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     {
@@ -60,13 +58,14 @@ korvo_core_status Initiator::unsubscribe(std::string_view service) {
     return KORVO_CORE_STATUS_NO_ERROR;
 }
 
-bool Initiator::startWatch(bool anew) {
+bool Initiator::startWatch() {
     FolderWatch watch;
     if (!watch.start(folder_, log_)) {
         return false;
     }
     Hold hold(mutex_, log_);
-    if (!anew && watch_.descriptor() >= 0) {
+    // Another thread's has been told of what came meanwhile, and stays.
+    if (isWatching()) {
         return true;
     }
     if (is_running_ && !listenTo(watch)) {
@@ -98,7 +97,7 @@ void Initiator::scan(std::string const &service) noexcept {
         return;
     }
     auto const subscription = subscriptions_.find(service);
-    if (subscription != subscriptions_.end()) {
+    if (subscription != subscriptions_.end() && isWatching()) {
         subscription->second.pause = limits::reconnect_pause;
     }
 }
@@ -160,7 +159,7 @@ void Initiator::handleFolderChange(Hold &hold) {
             }
         }
     } catch (std::bad_alloc const &) {
-        // Nobody knows what has changed.
+        // Nobody knows whose sockets have come.
         for (auto &entry : subscriptions_) {
             scanLater(entry.first);
         }
@@ -178,21 +177,20 @@ void Initiator::restoreSubscriptions(Hold &hold) {
     if (due.empty()) {
         return;
     }
+    bool is_watching = true;
     if (watch_is_over_) {
         // First, so that no service slips through in between.
         hold.unlock(mutex_);
-        bool const is_watching = startWatch(true);
+        is_watching = startWatch();
         hold.lock(mutex_);
-        for (std::string const &service : due) {
-            if (!is_watching) {
-                scanLater(service);
-            }
-        }
     }
     for (std::string const &service : due) {
         auto const subscription = subscriptions_.find(service);
         if (subscription != subscriptions_.end() && subscription->second.due <= now) {
             subscription->second.due = Clock::time_point::max();
+        }
+        if (!is_watching) {
+            scanLater(service);
         }
     }
     hold.unlock(mutex_);
