@@ -66,7 +66,9 @@ void Dispatcher::spoil(Fault const &fault) {
     if (!fault.missing.empty()) {
         boost::json::value response = boost::json::parse(response_);
         response.as_object().erase(fault.missing);
-        response_ = boost::json::serialize(response);
+        std::string const spoilt = boost::json::serialize(response);
+        // A copy, so that what was reserved stays.
+        response_ = spoilt;
     }
     if (fault.garble) {
         response_.resize(response_.size() / 2);

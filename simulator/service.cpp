@@ -92,12 +92,12 @@ void Service::stopListening(void *&messaging) noexcept {
 
 void Service::closeConnections() {
     if (messaging_ != nullptr) {
-        log_.notice("all connections are closed, as a fault has it");
+        log_.notice(std::string("all connections are closed: ") + close_why_.load());
         stopListening(messaging_);
     }
     // Where this throws, it is tried again.
     listen(protocol::service, onCommand, messaging_);
-    close_ = false;
+    close_why_ = nullptr;
 }
 
 Engine::Surroundings Service::surroundings(runners::Runner &runner) {
@@ -114,9 +114,11 @@ void Service::onCommand(char **source, char **request_id, char **command, void *
     try {
         service.takeCommand(*source, *request_id, *command);
     } catch (std::exception const &error) {
-        // No exception may enter the core. Out of memory is all that can bring us here.
-        service.tell("a command was not carried out", error);
-        answerWithoutMemory(service.messaging_, *source, *request_id);
+        // No exception may enter the core. Out of memory is all that can bring us here. An answer that does not name its
+        // command calls nobody back, but the end of the connection does.
+        service.tell("a command was not answered", error);
+        service.close_why_ = "memory was too short for an answer";
+        service.loop_.wake();
     }
 }
 
@@ -137,14 +139,15 @@ void Service::onControl(char **source, char **request_id, char **command, void *
                          control::Control::refusal(*command, too_much_asked));
         }
     } catch (std::exception const &error) {
-        service.tell("a command to the control service was not carried out", error);
-        answerWithoutMemory(service.control_messaging_, *source, *request_id);
+        service.answerWithoutMemory(*source, *request_id, error);
     }
 }
 
-void Service::answerWithoutMemory(void *messaging, char const *source, char const *request_id) noexcept {
+void Service::answerWithoutMemory(char const *source, char const *request_id,
+                                  std::exception const &error) const noexcept {
+    tell("a command to the control service was answered without memory", error);
     // Where not even this can be sent the core takes leave of the client, whose calls end with that.
-    (void)korvo_core_ipc_target_response_send(messaging, source, request_id, without_memory);
+    (void)korvo_core_ipc_target_response_send(control_messaging_, source, request_id, without_memory);
 }
 
 void Service::answerControl() {
@@ -166,8 +169,7 @@ void Service::answerControl() {
                 send(control_messaging_, source.c_str(), request_id.c_str(), response);
             });
         } catch (std::exception const &error) {
-            tell("a command to the control service was not answered", error);
-            answerWithoutMemory(control_messaging_, asked->source.c_str(), asked->request_id.c_str());
+            answerWithoutMemory(asked->source.c_str(), asked->request_id.c_str(), error);
         }
     }
 }
@@ -190,7 +192,7 @@ void Service::takeCommand(char const *source, char const *request_id, char const
         return;
     }
     if (made.close) {
-        close_ = true;
+        close_why_ = "a fault has it so";
         loop_.wake();
         return;
     }
@@ -320,7 +322,7 @@ void Service::run() noexcept {
     std::optional<Loop::Clock::time_point> until = Loop::Clock::now();
     while (loop_.wait(until)) {
         try {
-            if (close_) {
+            if (close_why_ != nullptr) {
                 closeConnections();
             }
             sendDue();

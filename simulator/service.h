@@ -83,14 +83,17 @@ class Service {
     /// Publishes what actions have done, unless clients are answered from a capture.
     void publishOwn(std::string const &event);
     void answerControl();
-    static void answerWithoutMemory(void *messaging, char const *source, char const *request_id) noexcept;
-    /// Closes all connections to the service, as a fault has it, and listens again.
+    /// Closes all connections to the service, and listens again.
     void closeConnections();
     void sendDue();
     std::optional<Loop::Clock::time_point> nextMoment();
     /// Lets traces come to the store, many at a time.
     void keepTraces();
 
+    // On any of them.
+    /// To a command to the control service.
+    void answerWithoutMemory(char const *source, char const *request_id,
+                             std::exception const &error) const noexcept;
     void note(void const *messaging, std::string_view peer, std::string_view request,
               Capture::Direction direction, std::string_view text) const noexcept;
     void tell(char const *what, std::exception const &error) const noexcept;
@@ -109,7 +112,8 @@ class Service {
     Dispatcher dispatcher_;
     control::Control control_;
     Guarded<std::deque<Asked>> asked_;
-    std::atomic<bool> close_{false};
+    /// Why all connections are to be closed; NULL when they are not.
+    std::atomic<char const *> close_why_{nullptr};
     void *logging_;
     std::string target_;
     void *messaging_ = nullptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "simulator/captures/tape.h"
 
+#include <new>
 #include <utility>
 
 #include "simulator/refused.h"
@@ -76,12 +77,16 @@ bool Tape::answer(std::string_view command, Replay::Time now, Outlets const &out
         for (Replay::Answer const &answer : reply.answers) {
             outlets.answer(answer);
         }
-        if (!reply.refusal.empty()) {
-            std::string const name = commandNameIn(command);
-            replaying.refusals.tell(name.empty() ? "a command" : quoted(name), reply.refusal);
-        }
-        if (!reply.note.empty()) {
-            log_.info("replay: " + reply.note);
+        try {
+            if (!reply.refusal.empty()) {
+                std::string const name = commandNameIn(command);
+                replaying.refusals.tell(name.empty() ? "a command" : quoted(name), reply.refusal);
+            }
+            if (!reply.note.empty()) {
+                log_.info("replay: " + reply.note);
+            }
+        } catch (std::bad_alloc const &) {
+            // The command is answered, and must not be answered again because nobody is told why.
         }
         return true;
     });

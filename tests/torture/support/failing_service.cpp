@@ -39,7 +39,7 @@ struct FailingService::Told {
 
 namespace {
 
-/// A start takes milliseconds.
+/// It takes milliseconds.
 constexpr unsigned int seconds_of_a_life = 60;
 
 constexpr int moment_ms = 300;
