@@ -3,12 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
+#include <atomic>
 #include <memory>
 #include <set>
 #include <string>
 #include <thread>
 
+#include "processes/limits.h"
 #include "support/ends.h"
 
 namespace {
@@ -16,11 +17,12 @@ namespace {
 constexpr korvo_core_status done = KORVO_CORE_STATUS_NO_ERROR;
 constexpr korvo_core_status closed = KORVO_CORE_STATUS_INVALID_PARAMS;
 
-/// Calls until the handle is closed, and gives the statuses before that.
+/// Calls until the handle is closed, and gives the statuses before that. After its first call it is one of those who are `calling`.
 template <typename Call>
-std::set<korvo_core_status> callUntilClosed(Call call) {
+std::set<korvo_core_status> callUntilClosed(Call call, std::atomic<unsigned int> &calling) {
     std::set<korvo_core_status> statuses;
     korvo_core_status status = call();
+    ++calling;
     while (status != closed) {
         statuses.insert(status);
         status = call();
@@ -40,10 +42,11 @@ TEST(HandleInUse, IsClosedAndEndsEachCallInAStatus) {
         void *const handle = client->handle();
         std::array<std::set<korvo_core_status>, 4> statuses;
         std::array<std::thread, 4> threads;
+        std::atomic<unsigned int> calling{0};
         std::size_t next = 0;
         auto const start = [&](auto call) {
-            threads.at(next) =
-                std::thread([&place = statuses.at(next), call] { place = callUntilClosed(call); });
+            threads.at(next) = std::thread(
+                [&place = statuses.at(next), &calling, call] { place = callUntilClosed(call, calling); });
             ++next;
         };
         start([handle] {
@@ -63,12 +66,13 @@ TEST(HandleInUse, IsClosedAndEndsEachCallInAStatus) {
             return status == done ? korvo_core_ipc_initiator_event_unsubscribe(handle, service_name.c_str())
                                   : status;
         });
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        EXPECT_TRUE(processes::becomesTrue([&] { return calling == threads.size(); }));
         client->close();
         for (std::thread &thread : threads) {
             thread.join();
         }
         for (auto const &seen : statuses) {
+            EXPECT_FALSE(seen.empty());
             for (korvo_core_status const status : seen) {
                 EXPECT_EQ(expected.count(status), 1U) << status;
             }
