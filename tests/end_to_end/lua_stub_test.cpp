@@ -96,6 +96,14 @@ TEST(LuaStubTexts, ExplainEveryFunctionInWords) {
     EXPECT_GT(functions, 7 * static_cast<int>(operations().size()));
 }
 
+TEST(LuaStubTexts, SayHowCSpellsAPointersType) {
+    std::ifstream stub(KORVO_LUA_STUB);
+    std::string before;
+    for (std::string line; std::getline(stub, line) && line != "---@class _p_int: userdata"; before = line) {
+    }
+    EXPECT_EQ(before, "---int *");
+}
+
 /// The comment in front of a function, and its declaration; empty when there is none.
 std::string entryOf(std::string const &function) {
     std::ifstream stub(KORVO_LUA_STUB);

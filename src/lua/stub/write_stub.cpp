@@ -3,6 +3,7 @@
 // The functions come from the rows, the explanations of operations from the headers' comments, and all others from
 // lua_texts.cpp.
 
+#include <cctype>
 #include <cstring>
 #include <exception>
 #include <fstream>
@@ -104,8 +105,8 @@ std::string typeOf(FunctionRow const &function, Parameter const &parameter) {
 // ---- Texts ----
 
 std::string capitalised(std::string text) {
-    if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
-        text.front() = static_cast<char>(text.front() - 'a' + 'A');
+    if (!text.empty()) {
+        text.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(text.front())));
     }
     return text;
 }

@@ -358,7 +358,7 @@ local options = {
     target = {"the name of an instance of the service",
         function(value) return type(value) == "string" and not value:find("\0", 1, true) end},
     timeout = {"seconds, 0.001 or more", is_timeout},
-    events = {"how many events may wait, 1 or more", function(value)
+    events = {"how many events may wait, from 1 to 1000000", function(value)
         return type(value) == "number" and value >= 1 and value <= 1e6 and value % 1 == 0
     end},
 }

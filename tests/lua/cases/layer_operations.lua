@@ -185,7 +185,12 @@ function tests.opening_says_what_is_wrong()
     check.equal({ae.open{naem = "x"}}, {nil, "open: there is no 'naem'; there are name, target, timeout, events", 1})
     check.equal({ae.open{name = 5}}, {nil, "open: 'name' wants a text without zero bytes", 1})
     check.equal({ae.open{timeout = 0}}, {nil, "open: 'timeout' wants seconds, 0.001 or more", 1})
-    check.equal({ae.open{events = 0.5}}, {nil, "open: 'events' wants how many events may wait, 1 or more", 1})
+    for _, events in ipairs {0, 0.5, 1.5, -1, 1e6 + 1, 1 / 0, "1"} do
+        check.equal({ae.open{events = events}}, {nil, "open: 'events' wants how many events may wait, from 1 to 1000000", 1})
+    end
+    for _, events in ipairs {1, 1e6} do
+        assert(ae.open{events = events}):close()
+    end
     check.equal({ae.open("x")}, {nil, "open: takes a table: ae.open{name = \"example\"}", 1})
     fake.fail("open", 8)
     local engine, message, status = ae.open{name = "x"}
@@ -218,6 +223,27 @@ function tests.a_closed_engine_says_so()
         check.equal(engine:events()(), nil)
         check.equal(#fake.messages("send"), 0)
     end)
+end
+
+function tests.an_event_tells_whose_action_ended_and_how()
+    with({name = "test"}, function(engine)
+        assert(engine:subscribe())
+        for _, success in ipairs {true, false} do
+            fake.complete(7, "wipe", success)
+            check.equal(engine:next_event(60),
+                {action_id = 7, action_name = "wipe", success = success, source = "camera-1", dropped = 0})
+        end
+        check.equal({engine:next_event(0)}, {nil, "next_event: no event"})
+    end)
+end
+
+function tests.waiting_takes_as_long_as_it_is_told()
+    local events = require "korvo_action_engine_events"
+    for _, wait in ipairs {ae.sleep, function(seconds) events.wait(events.changes(), seconds) end} do
+        local before = events.now()
+        wait(0.03)
+        check.equal(events.now() - before >= 0.03, true)
+    end
 end
 
 function tests.the_iterator_of_events_raises_why_there_can_be_none()

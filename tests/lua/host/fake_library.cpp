@@ -188,6 +188,17 @@ int fail(lua_State *L) {
     return 0;
 }
 
+/// fake.complete(identifier, name, success): delivers the event that an action of camera-1 has ended
+int complete(lua_State *L) {
+    json::Object event;
+    event["event"] = json::String("Action_completed");
+    event["action_id"] = json::Number(lua_tonumber(L, 1));
+    event["action_name"] = json::String(lua_tostring(L, 2));
+    event["success"] = json::Boolean(lua_toboolean(L, 3) != 0);
+    fake_platform::deliverEvent("camera-1", event);
+    return 0;
+}
+
 int commandFor(lua_State *L) {
     pushJson(L, commandOf(expectation(lua_tostring(L, 1))));
     return 1;
@@ -244,6 +255,7 @@ void openFakeLibrary(lua_State *L) {
                                   {"respond_with", respondWith},
                                   {"respond_version", respondVersion},
                                   {"fail", fail},
+                                  {"complete", complete},
                                   {"command_for", commandFor},
                                   {"operations", operations},
                                   {nullptr, nullptr}};
