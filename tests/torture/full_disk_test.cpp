@@ -11,7 +11,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "emulator/emulator.h"
@@ -306,10 +305,10 @@ TEST_F(FullDisk, ThatTheOutputGoesToKeepsNobodyFromTheService) {
     std::unique_ptr<Child> const service = startService(command);
     Client const client;
     korvo_core_status status = gone;
-    for (auto const end = Clock::now() + patience; status == gone && Clock::now() < end;) {
+    (void)becomesTrue([&] {
         status = operation("get_actions").send(client.handle(), nullptr, {}).status;
-        std::this_thread::sleep_for(milliseconds(1));
-    }
+        return status != gone;
+    });
     EXPECT_EQ(status, done);
     EXPECT_EQ(create(client, "create_washer_action", {"w"}), 1U);
     stop(*service);

@@ -16,7 +16,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -360,10 +359,7 @@ Life live(void *logging) {
         handle, nullptr,
         [](char *, korvo_core_status, unsigned int **, unsigned int **, void *) { ++callbacks; }, nullptr);
     // A response for whose reading there is no memory is told in the log alone.
-    auto const end = Clock::now() + milliseconds(1000);
-    while (life.sent == done && callbacks == 0 && Clock::now() < end) {
-        std::this_thread::sleep_for(milliseconds(1));
-    }
+    (void)becomesTrue([&] { return life.sent != done || callbacks != 0; }, milliseconds(1000));
     life.has_called_back = life.sent != done || callbacks == 1;
     EXPECT_EQ(korvo_api_action_engine_initiator_deinit(handle), done);
     return life;

@@ -237,6 +237,15 @@ function tests.an_event_tells_whose_action_ended_and_how()
     end)
 end
 
+function tests.subscribing_takes_no_longer_than_the_engine_allows()
+    with({name = "test", timeout = 2.5}, function(engine)
+        assert(engine:subscribe())
+        local received = fake.messages("receive")
+        check.equal(#received, 1)
+        check.equal(received[1].timeout, 2500)
+    end)
+end
+
 function tests.waiting_takes_as_long_as_it_is_told()
     local events = require "korvo_action_engine_events"
     for _, wait in ipairs {ae.sleep, function(seconds) events.wait(events.changes(), seconds) end} do

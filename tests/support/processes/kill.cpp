@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 
 #include <csignal>
-#include <thread>
 
 #include "processes/limits.h"
 
@@ -30,9 +29,7 @@ void kill(pid_t process) {
     // One that is stopped takes no other signal.
     (void)::kill(process, SIGCONT);
     // What cannot write them, since it is just busy with memory or with another signal, is killed without.
-    for (auto const end = Clock::now() + milliseconds(5'000); !hasEnded(process) && Clock::now() < end;) {
-        std::this_thread::sleep_for(milliseconds(1));
-    }
+    (void)becomesTrue([&] { return hasEnded(process); }, milliseconds(5'000));
 #endif
     (void)::kill(process, SIGKILL);
 }
