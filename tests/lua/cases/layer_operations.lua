@@ -2,6 +2,7 @@
 -- korvo.action_engine: each operation's command and result, by name.
 local ae = require "korvo.action_engine"
 local check = require "check"
+local json = require "korvo.action_engine.json"
 local layer = require "layer"
 
 local tests = {}
@@ -143,6 +144,10 @@ function tests.messages_say_what_is_wrong_and_what_is_wanted()
             "create_wiper_action: 'action_name' wants a text without zero bytes, and is a text with a zero byte")
         check.equal(message_of("create_wiper_action", "a\0b"),
             "create_wiper_action: 'action_name' wants a text without zero bytes, and is a text with a zero byte")
+        for _, one in ipairs {{{}, "a table"}, {json.null, "null"}, {print, "a function"}, {false, "false"}, {5, "5"}} do
+            check.equal(message_of("create_wiper_action", {action_name = one[1]}),
+                "create_wiper_action: 'action_name' wants a text without zero bytes, and is " .. one[2])
+        end
         local email = {action_name = "a", smtp_server = "s", to_addresses = {"a", 5}, cc_addresses = {}, from_address = "f",
             subject = "s", body = "b", attach_jpeg = true, include_event = false}
         check.equal(message_of("create_email_action", email),
