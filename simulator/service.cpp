@@ -95,9 +95,10 @@ void Service::closeConnections() {
         log_.notice(std::string("all connections are closed: ") + close_why_.load());
         stopListening(messaging_);
     }
+    // Here nobody listens: the first command of those who come may give the next reason.
+    close_why_ = nullptr;
     // Where this throws, it is tried again.
     listen(protocol::service, onCommand, messaging_);
-    close_why_ = nullptr;
 }
 
 Engine::Surroundings Service::surroundings(runners::Runner &runner) {
@@ -322,7 +323,7 @@ void Service::run() noexcept {
     std::optional<Loop::Clock::time_point> until = Loop::Clock::now();
     while (loop_.wait(until)) {
         try {
-            if (close_why_ != nullptr) {
+            if (close_why_ != nullptr || messaging_ == nullptr) {
                 closeConnections();
             }
             sendDue();

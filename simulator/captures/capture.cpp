@@ -2,8 +2,10 @@
 #include "simulator/captures/capture.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <boost/json/object.hpp>
 #include <boost/json/parse.hpp>
 #include <boost/json/serialize.hpp>
@@ -14,6 +16,7 @@
 #include <system_error>
 
 #include "simulator/values.h"
+#include "visible_text.h"
 
 namespace simulator {
 
@@ -46,8 +49,23 @@ bool mayHoldSecret(std::string_view text) {
     return text.find(secret_member) != std::string_view::npos || text.find("\\u") != std::string_view::npos;
 }
 
+/// JSON holds nothing else.
+json::string utf8(std::string_view text) {
+    json::string valid;
+    while (!text.empty()) {
+        std::size_t const bytes = platform::visible_text::firstOf(text).bytes;
+        if (bytes == 0) {
+            valid.append("\xef\xbf\xbd");
+        } else {
+            valid.append(text.data(), text.data() + bytes);
+        }
+        text.remove_prefix(std::max<std::size_t>(bytes, 1));
+    }
+    return valid;
+}
+
 json::value shown(std::string_view text, Capture::Secrets secrets) {
-    json::string const as_it_is(text.data(), text.size());
+    json::string const as_it_is = utf8(text);
     if (secrets == Capture::Secrets::shown) {
         return as_it_is;
     }
@@ -70,6 +88,18 @@ Capture::Capture(std::string const &path, Secrets secrets, Existing existing, Lo
     if (file_ < 0) {
         throw std::runtime_error("cannot write the capture " + quoted(path) + ": " +
                                  std::generic_category().message(errno));
+    }
+    // What is added to may be older than what it holds from now on.
+    struct stat found = {};
+    if (::fstat(file_, &found) == 0 && S_ISREG(found.st_mode) && (found.st_mode & 077) != 0) {
+        if (::fchmod(file_, 0600) != 0) {
+            int const reason = errno;
+            ::close(file_);
+            throw std::runtime_error(
+                "others can read the capture " + quoted(path) +
+                ", and its mode cannot be set: " + std::generic_category().message(reason));
+        }
+        log_.notice("others could read or change the capture " + quoted(path) + "; it has mode 0600 now");
     }
 }
 

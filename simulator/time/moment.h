@@ -23,9 +23,10 @@ struct LocalTime {
 
 inline constexpr std::uint32_t day_seconds = 24 * 60 * 60;
 
-/// Years from the first and before the second can be told and read.
+/// Years from the first and before the second can be told and read. A clock that is set to the last one can still be moved as far
+/// ahead as clocks can (clock.h) before Wall ends, in 2262.
 inline constexpr int first_year = 1970;
-inline constexpr int beyond_years = 2200;
+inline constexpr int beyond_years = 2160;
 
 /// What a clock in the time zone of the process (TZ) shows at this moment.
 LocalTime localTime(Wall moment);

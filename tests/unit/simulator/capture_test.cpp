@@ -6,6 +6,7 @@
 
 #include <boost/json/parse.hpp>
 #include <boost/json/value.hpp>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 
@@ -55,6 +56,25 @@ TEST(Captures, AreOneObjectALine) {
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
     EXPECT_TRUE(log.lines.empty());
+}
+
+TEST(Captures, CanBeReadWhateverBytesAMessageHas) {
+    EXPECT_EQ(textIn("{\"a\":\"gr\xc3\xbc\xc3"), "{\"a\":\"gr\xc3\xbc\xef\xbf\xbd");
+    EXPECT_EQ(textIn("\xff", Capture::Secrets::shown), "\xef\xbf\xbd");
+}
+
+TEST(Captures, AreMadeTheirOwnersAlone) {
+    TemporaryFolder const folder;
+    RecordedLog log;
+    std::string const path = folder / "c.jsonl";
+    std::ofstream(path) << "";
+    ASSERT_EQ(::chmod(path.c_str(), 0644), 0);
+    Capture const capture(path, Capture::Secrets::shown, added_to, log.log());
+    struct stat status {};
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    ASSERT_EQ(log.lines.size(), 1U);
+    EXPECT_NE(log.lines[0].find("it has mode 0600 now"), std::string::npos) << log.lines[0];
 }
 
 TEST(Captures, HoldNoPasswordsUnlessTheyShould) {

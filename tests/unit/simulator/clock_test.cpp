@@ -53,6 +53,16 @@ TEST_F(ClockTest, ThatIsVirtualStandsUntilItIsMoved) {
     EXPECT_EQ(clock.now(), begin + seconds(90)) << "never back";
 }
 
+TEST_F(ClockTest, ThatBeginsLatestOfAllIsMovedAsFarAsAnyOther) {
+    Wall const latest = readMoment("2159-12-31T23:59:59Z").value();
+    Clock clock = make({true, latest, 0});
+    Clock::Time const begin = clock.now();
+    clock.advanceTo(begin + Clock::farthest + hours(1));
+    EXPECT_EQ(clock.now(), begin + Clock::farthest);
+    EXPECT_EQ(clock.wall(), latest + Clock::farthest);
+    EXPECT_GT(clock.wall(), latest);
+}
+
 TEST_F(ClockTest, BeginsAtTheTimeOfDayWhereNoneIsGiven) {
     EXPECT_EQ(make({true, std::nullopt, 0}).wall(), real_wall);
 }
