@@ -3113,7 +3113,7 @@ typedef void (*korvo_api_action_engine_action_completed_event_callback_func_ptr)
  * untouched and stays valid until the handler is unregistered or the handle has ended.
  *
  * Waits for a delivery that is just under way on another thread. Fails inside a handler of the same handle,
- * and when memory runs out: it then changes nothing.
+ * and when memory runs out: it then changes nothing. The first one on a handle that subscribes to events needs no memory.
  *
  * Log lines (error)
  *   "Threw an exception in function korvo_api_action_engine_action_completed_register_event_handler"

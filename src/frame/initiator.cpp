@@ -48,9 +48,10 @@ void IAction_engineInitiator::initializeEventStructures(unsigned char subscribe_
     {
         MutexLock const lock(event_handlers_mutex_);
         event_handlers_.clear();
-    }
-    if (subscribe_events == 0) {
-        return;
+        if (subscribe_events == 0) {
+            return;
+        }
+        spare_event_handler_.emplace_back(nullptr, nullptr);
     }
     // Before the messaging layer knows the object: it may deliver at once, on a thread of its own.
     events_ = {{protocol::action_completed::event, &IAction_engineInitiator::action_engineAction_completed}};

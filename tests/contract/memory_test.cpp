@@ -152,3 +152,31 @@ TEST(MemoryRunsOutForAHandle, GivesStatus2AndLeavesNothingOpenOrBehind) {
     // The method table alone has 55 entries.
     EXPECT_GT(rounds, 55U);
 }
+
+// A second one needs memory, and says so when there is none.
+TEST(MemoryRunsOutForAnEventHandler, DoesNotKeepTheFirstOneFromEvents) {
+    if (!live_blocks::canFail()) {
+        GTEST_SKIP() << "allocations cannot be made to fail under this sanitizer";
+    }
+    fake_platform::script();
+    ClientHandle const client("contract tests", true);
+    static int events;
+    events = 0;
+    auto const count = [](unsigned int, char const *, unsigned char, char const *, void *) { ++events; };
+    for (bool const needs_memory : {false, true}) {
+        EXPECT_EQ(live_blocks::failNth(1,
+                                       [&] {
+                                           korvo_api_action_engine_action_completed_register_event_handler(
+                                               client.handle(), count, nullptr);
+                                       }),
+                  needs_memory);
+        json::Object event;
+        event["event"] = json::String("Action_completed");
+        event["action_id"] = json::Number(7);
+        event["action_name"] = json::String("door");
+        event["success"] = json::Boolean(true);
+        fake_platform::deliverEvent("camera-1", event);
+    }
+    EXPECT_EQ(events, 2);
+    fake_platform::reset();
+}
