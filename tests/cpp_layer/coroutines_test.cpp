@@ -109,6 +109,27 @@ TEST_F(Coroutines, GoOnWhenTheEngineEnds) {
     EXPECT_EQ(status, KORVO_CORE_STATUS_IPC_FAILED);
 }
 
+Task endAnother(korvo::ActionEngine const &engine, std::optional<Task> &other, Signal &done) {
+    (void)(co_await engine.get_actions_awaitable(patience));
+    other.reset();
+    done.give();
+}
+
+TEST_F(Coroutines, MayDestroyOthersWhenTheEngineEnds) {
+    std::optional<korvo_core_status> status;
+    Signal done;
+    Signal other_done;
+    std::optional<korvo::ActionEngine> engine = open();
+    std::optional<Task> other;
+    Task const first = endAnother(*engine, other, done);
+    // Its call has begun later, and is ended later.
+    other.emplace(create(*engine, status, other_done, nullptr, patience));
+    engine.reset();
+    EXPECT_EQ(done.given(), 1);
+    EXPECT_EQ(other_done.given(), 0);
+    EXPECT_FALSE(status);
+}
+
 TEST_F(Coroutines, GoOnWhenTheirExecutorNeverRuns) {
     std::vector<std::function<void()>> tasks;
     Signal posted;

@@ -81,7 +81,8 @@ constexpr char const *engine_head = R"cpp(
     /// It returns when the callable that is just running has returned, unless it is that callable which destroys the engine.
     ///
     /// _future, _async and _awaitable throw std::bad_alloc or std::system_error when there is no memory or no thread for the
-    /// call, and korvo::Error on an engine that was moved away; then nothing has begun. Everything else is told by the Result.
+    /// call, and korvo::Error on an engine that was moved away; then nothing has begun. on_action_completed throws the first two.
+    /// Everything else is told by the Result.
     class ActionEngine {
       public:
         /// Opens a client. The service need not run yet.
@@ -132,7 +133,8 @@ constexpr char const *engine_head = R"cpp(
         /// With the first one the service is asked something, within the engine's time-out: when this returns, a service that
         /// is there has the subscription.
         ///
-        /// At most 4096 events wait for slow callables; those that come then are dropped, and the log says so.
+        /// At most 4096 events wait for slow callables; those that come then are dropped, and the log says so. How many wait in
+        /// an executor is for it to bound.
         template <typename Callable>
         Result<Subscription> on_action_completed(Callable &&callable) const {
             static_assert(std::is_invocable_v<std::decay_t<Callable> &, ActionCompleted const &>,

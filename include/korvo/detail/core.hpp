@@ -101,6 +101,7 @@ class Core : public std::enable_shared_from_this<Core> {
     Slot *takeSlot(Lock &lock, Call &call);
     void leave(Session *session) noexcept;
     std::shared_ptr<Call> claim(Lock const &lock, Call &call) noexcept;
+    std::shared_ptr<Call> takeUnended() noexcept;
     void push(std::shared_ptr<Job> job) noexcept;
     bool isRunning(Recipient const *recipient, bool on_this_thread) const noexcept;
     void queueEvent(
@@ -157,8 +158,27 @@ inline korvo_core_status Core::open() {
     return korvo_api_action_engine_initiator_init(nullptr, logging_, &handle_, 0, options_.name.c_str());
 }
 
+/// A call that has not ended, for the end of the engine: it has ended with that. NULL when there is none, but for those whose
+/// callable runs.
+inline std::shared_ptr<Call> Core::takeUnended() noexcept {
+    Lock const lock(mutex_);
+    for (std::shared_ptr<Call> const &one : calls_) {
+        if (!one->is_running) {
+            std::shared_ptr<Call> const call = one;
+            if (call->is_waiting) {
+                (void)claim(lock, *call);
+                --claimed_;
+            }
+            call->is_over = true;
+            calls_.erase(call->place);
+            return call;
+        }
+    }
+    return nullptr;
+}
+
 inline void Core::close() noexcept {
-    std::list<std::shared_ptr<Call>> ended;
+    std::vector<std::shared_ptr<Listener>> listeners;
     std::shared_ptr<Job> queue;
     {
         Lock lock(mutex_);
@@ -168,26 +188,15 @@ inline void Core::close() noexcept {
         // Short: a response is being read, or a time-out told; or the callable that ends the engine has come before its own
         // call has returned.
         changed_.wait(lock, [this] { return claimed_ == 0 && starters_ == 0; });
-        for (auto place = calls_.begin(); place != calls_.end();) {
-            auto const next = std::next(place);
-            if (!(*place)->is_running) {
-                Call &call = **place;
-                if (call.is_waiting) {
-                    (void)claim(lock, call);
-                    --claimed_;
-                }
-                call.is_over = true;
-                ended.splice(ended.end(), calls_, place);
-            }
-            place = next;
-        }
-        for (std::shared_ptr<Listener> const &listener : listeners_) {
+        listeners.swap(listeners_);
+        for (std::shared_ptr<Listener> const &listener : listeners) {
             listener->is_over = true;
         }
         queue = std::move(first_);
         last_ = nullptr;
     }
-    for (std::shared_ptr<Call> const &call : ended) {
+    // One at a time: what one's end runs may cancel another.
+    while (std::shared_ptr<Call> const call = takeUnended()) {
         call->endWithEngine({KORVO_CORE_STATUS_IPC_FAILED, call->name(), engine_ended});
     }
     // One by one, or a long queue would be destroyed by as deep a recursion.
@@ -209,7 +218,7 @@ inline void Core::close() noexcept {
         }
     }
     sessions_.clear();
-    listeners_.clear();
+    listeners.clear();
     (void)korvo_api_action_engine_initiator_deinit(event_handle_);
     (void)korvo_api_action_engine_initiator_deinit(handle_);
     event_handle_ = nullptr;
@@ -378,7 +387,8 @@ inline std::shared_ptr<Call> Core::claim(Lock const &, Call &call) noexcept {
 
 inline std::shared_ptr<Call> Core::claim(Slot &slot) noexcept {
     Lock const lock(mutex_);
-    return slot.call != nullptr ? claim(lock, *slot.call) : nullptr;
+    // What comes after the end finds its call ended.
+    return slot.call != nullptr && !is_closed_ ? claim(lock, *slot.call) : nullptr;
 }
 
 inline void Core::deliver(std::shared_ptr<Call> const &call) noexcept {
@@ -614,6 +624,10 @@ inline void Core::execute(Job &job) noexcept {
     {
         Lock const lock(mutex_);
         if (is_closed_ || recipient.is_over) {
+            return;
+        }
+        // An executor that took it and threw behind that runs it itself.
+        if (job.isLast() && static_cast<Call &>(recipient).is_running) {
             return;
         }
         if (job.isLast()) {
