@@ -86,6 +86,9 @@ T &push(lua_State *L, char const *type) {
 template <typename T>
 int collect(lua_State *L) {
     static_cast<T *>(lua_touserdata(L, 1))->~T();
+    // Who is finalized later may still call it, and is refused like that.
+    lua_pushnil(L);
+    (void)lua_setmetatable(L, 1);
     return 0;
 }
 

@@ -199,35 +199,33 @@ function methods:get_initiator_version()
     return {initiator_major = major, initiator_minor = minor}
 end
 
+-- These three give nil, a message and, where that is a failure, a status.
+
 local function open_queue(state, name)
     if state.is_closed then
-        return fail(state, name .. ": the engine is closed", invalid)
+        return nil, name .. ": the engine is closed", invalid
     end
     local queue, message, status = queue_of(state)
     if not queue then
-        return fail(state, message_of(name, status) .. ": " .. message, status)
+        return nil, message_of(name, status) .. ": " .. message, status
     end
     return queue
 end
 
---- From now on events are queued. next_event() and events() do it by themselves.
-function methods:subscribe()
-    local state = self[STATE]
+local function subscribe(state)
     local queue, message, status = open_queue(state, "subscribe")
     if not queue then
         return nil, message, status
     end
     status = queue:subscribe()
     if status ~= 0 then
-        return fail(state, message_of("subscribe", status), status)
+        return nil, message_of("subscribe", status), status
     end
     return true
 end
 
---- The next event. Without one for `seconds` nil and a message; without `seconds` it waits as long as it takes.
-function methods:next_event(seconds)
-    local state = self[STATE]
-    local subscribed, message, status = self:subscribe()
+local function next_event(state, seconds)
+    local subscribed, message, status = subscribe(state)
     if not subscribed then
         return nil, message, status
     end
@@ -243,15 +241,32 @@ function methods:next_event(seconds)
         return nil, "next_event: no event"
     end
     if not event then
-        return fail(state, "next_event: the engine is closed", invalid)
+        return nil, "next_event: the engine is closed", invalid
     end
     return event
+end
+
+local function told(state, result, message, status)
+    if status then
+        return fail(state, message, status)
+    end
+    return result, message
+end
+
+--- From now on events are queued. next_event() and events() do it by themselves.
+function methods:subscribe()
+    return told(self[STATE], subscribe(self[STATE]))
+end
+
+--- The next event. Without one for `seconds` nil and a message; without `seconds` it waits as long as it takes.
+function methods:next_event(seconds)
+    return told(self[STATE], next_event(self[STATE], seconds))
 end
 
 --- for event in engine:events(seconds): until none has come for `seconds`, or the engine is closed.
 function methods:events(seconds)
     return function()
-        local event, message, status = self:next_event(seconds)
+        local event, message, status = next_event(self[STATE], seconds)
         if status and not self[STATE].is_closed then
             error(message, 2)
         end
@@ -261,17 +276,14 @@ end
 
 --- How many events were dropped because the queue was full.
 function methods:dropped_events()
-    local queue = self[STATE].queue
-    return queue and queue:dropped() or 0
+    local state = self[STATE]
+    return state.queue and not state.is_closed and state.queue:dropped() or 0
 end
 
 --- For poll(2): readable as long as an event or an answer can be taken.
 function methods:descriptor()
     local queue, message, status = open_queue(self[STATE], "descriptor")
-    if not queue then
-        return nil, message, status
-    end
-    return queue:descriptor()
+    return told(self[STATE], queue and queue:descriptor(), message, status)
 end
 
 -- ---- The catalogue ----
@@ -283,8 +295,11 @@ for name, method in pairs(document.methods) do
         local function ask(operation, given)
             local was_strict = state.is_strict
             state.is_strict = false
-            local result, message, status = call(state, operations[operation], given)
+            local succeeded, result, message, status = pcall(call, state, operations[operation], given)
             state.is_strict = was_strict
+            if not succeeded then
+                error(result, 0)
+            end
             if result == nil then
                 error({message = message, status = status})
             end
@@ -389,8 +404,13 @@ function ae.open(given)
         end
     end
     local guard = newproxy(true)
-    getmetatable(guard).__gc = close_handle
-    local state = {
+    local state
+    getmetatable(guard).__gc = function()
+        -- Finalizers of the script's own may come later, and ask the engine.
+        state.is_closed = true
+        close_handle()
+    end
+    state = {
         name = given.name or "lua", target = given.target, timeout = given.timeout or 5, most_events = given.events or 4096,
         handle = false, close_handle = close_handle, guard = guard,
     }

@@ -100,6 +100,9 @@ function tests.rules_are_checked_before_anything_is_asked_for()
     for _, given in ipairs{5, {trigger = timer}, {trigger = timer, actions = 5}, {trigger = timer, actions = {}}} do
         refused(takes, "rule", given)
     end
+    for _, actions in ipairs {{wiper "a", nil, wiper "c"}, {wiper "a", x = wiper "b"}} do
+        refused("rule: 'actions' must be a list, without holes or names", "rule", {trigger = timer, actions = actions})
+    end
     refused("rule: trigger must be a table", "rule", {trigger = 5, actions = {wiper "a"}})
     refused("rule: action 2 must be a table", "rule", {trigger = timer, actions = {wiper "a", "b"}})
     refused("rule: trigger: 'kind' wants one of onvif_trigger, stable_onvif_trigger, timer_trigger", "rule",
@@ -167,6 +170,27 @@ function tests.an_item_that_is_deleted_meanwhile_is_passed_over()
         return calls == 1 and before or after
     end
     check.equal(names_of(methods.list_actions(service(answers))), {"1 wiper_action a"})
+end
+
+function tests.a_trigger_that_is_deleted_before_its_bindings_are_read_is_passed_over()
+    local answers = having({{1, 7, {action_name = "a"}}}, {2, 3}, {[3] = {1}})
+    local bound_to = answers.get_trigger_associations
+    answers.get_trigger_associations = function(id)
+        if id == 2 then
+            error({message = "get_trigger_associations: status 9", status = 9})
+        end
+        return bound_to(id)
+    end
+    fails({message = "get_trigger_associations: status 9", status = 9}, "export", service(answers))
+    local before, after, calls = answers.get_triggers, {answers.get_triggers[2]}, 0
+    answers.get_triggers = function()
+        calls = calls + 1
+        return calls == 1 and before or after
+    end
+    local found = methods.export(service(answers))
+    check.equal(#found.triggers, 1)
+    check.equal(found.triggers[1].settings.trigger_name, "t3")
+    check.equal(found.associations, {{trigger_id = 1, action_id = 1}})
 end
 
 function tests.an_item_of_an_unknown_type_is_told()

@@ -289,6 +289,62 @@ function tests.the_iterator_of_events_ends_when_its_engine_is_closed_meanwhile()
     end)
 end
 
+function tests.the_iterator_of_events_ends_in_an_engine_that_raises_failures_too()
+    with({name = "test"}, function(engine)
+        engine:strict()
+        fake.script()
+        assert(engine:subscribe())
+        fake.complete(7, "wipe", true)
+        local seen = 0
+        for _ in engine:events(60) do
+            seen = seen + 1
+            engine:close()
+        end
+        check.equal(seen, 1)
+        check.equal({pcall(engine.next_event, engine)}, {false, "subscribe: the engine is closed"})
+        check.equal({pcall(engine.descriptor, engine)}, {false, "descriptor: the engine is closed"})
+    end)
+end
+
+function tests.finalizers_of_the_script_find_an_engine_closed()
+    for _, method in ipairs {"get_actions", "next_event", "descriptor", "dropped_events"} do
+        fake.script()
+        local outcome
+        do
+            local late = newproxy(true)
+            local engine = assert(ae.open{name = "test"})
+            assert(engine:subscribe())
+            -- The one that is made first is finalized last.
+            getmetatable(late).__gc = function() outcome = {pcall(engine[method], engine, 0)} end
+        end
+        collectgarbage()
+        collectgarbage()
+        check.equal(outcome, method == "dropped_events" and {true, 0} or
+            {true, nil, (method == "next_event" and "subscribe" or method) .. ": the engine is closed", 1}, method)
+    end
+end
+
+function tests.coroutines_run_others_in_themselves()
+    local order = {}
+    local done = false
+    ae.run(
+        function()
+            ae.run(function()
+                while not done do
+                    ae.sleep(0)
+                end
+                order[#order + 1] = "inner"
+            end)
+            order[#order + 1] = "outer"
+        end,
+        function()
+            ae.sleep(0.01)
+            done = true
+            order[#order + 1] = "done"
+        end)
+    check.equal(order, {"done", "inner", "outer"})
+end
+
 function tests.who_waits_for_an_event_is_woken_when_the_engine_is_closed()
     with({name = "test"}, function(engine)
         local outcome

@@ -78,18 +78,23 @@ local function read_item(ask, noun, entry)
     return item
 end
 
+local function is_gone(ask, noun, id)
+    for _, present in ipairs(ask("get_" .. noun .. "s")) do
+        if present[noun .. "_id"] == id then
+            return false
+        end
+    end
+    return true
+end
+
 local function list(ask, noun)
     local items = {}
     for _, entry in ipairs(ask("get_" .. noun .. "s")) do
         local succeeded, item = pcall(read_item, ask, noun, entry)
         if succeeded then
             items[#items + 1] = item
-        else
-            for _, present in ipairs(ask("get_" .. noun .. "s")) do
-                if present[noun .. "_id"] == entry[noun .. "_id"] then
-                    error(item, 0)
-                end
-            end
+        elseif not is_gone(ask, noun, entry[noun .. "_id"]) then
+            error(item, 0)
         end
     end
     table.sort(items, function(left, right) return left.id < right.id end)
@@ -176,10 +181,21 @@ local function whole_document(ask, name, given)
             refuse("%s: there is no '%s'; there is passwords", name, tostring(key))
         end
     end
+    local present = {action = list(ask, "action"), trigger = {}}
+    local bound = {}
+    for _, trigger in ipairs(list(ask, "trigger")) do
+        local succeeded, actions = pcall(ask, "get_trigger_associations", trigger.id)
+        if succeeded then
+            present.trigger[#present.trigger + 1] = trigger
+            bound[trigger.id] = actions
+        elseif not is_gone(ask, "trigger", trigger.id) then
+            error(actions, 0)
+        end
+    end
     local lists, numbers = {}, {}
     for _, noun in ipairs{"action", "trigger"} do
         lists[noun], numbers[noun] = {}, {}
-        for number, item in ipairs(canonical(noun, list(ask, noun))) do
+        for number, item in ipairs(canonical(noun, present[noun])) do
             numbers[noun][item.id] = number
             lists[noun][number] = json.members{
                 {"id", number}, {"kind", item.kind}, {"settings", settings_to_wire(item, given.passwords)},
@@ -189,7 +205,7 @@ local function whole_document(ask, name, given)
     end
     local associations = {}
     for trigger_id, trigger in pairs(numbers.trigger) do
-        for _, action in ipairs(ask("get_trigger_associations", trigger_id)) do
+        for _, action in ipairs(bound[trigger_id]) do
             -- One that was made meanwhile is not in the document.
             if numbers.action[action.action_id] then
                 associations[#associations + 1] = {trigger, numbers.action[action.action_id]}
@@ -427,6 +443,7 @@ function methods.rule(ask, given)
             refuse("rule: there is no '%s'; there are trigger and actions", tostring(key))
         end
     end
+    check_list("rule: 'actions'", given.actions)
     local trigger = item_of_rule("rule: trigger", "trigger", given.trigger)
     local actions = {}
     for place, action in ipairs(given.actions) do

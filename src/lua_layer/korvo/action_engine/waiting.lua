@@ -30,6 +30,11 @@ end
 
 --- Lets the script, or the coroutine of run() that calls it, rest.
 function waiting.sleep(seconds)
+    local thread = coroutine.running()
+    if thread and tasks[thread] then
+        -- Also for no time at all the others have their turn.
+        coroutine.yield(0)
+    end
     waiting.await(function() return false end, seconds)
 end
 
@@ -62,7 +67,12 @@ function waiting.run(...)
             end
         end
         if #threads > 0 then
-            events.wait(since, math.max(next_deadline - events.now(), 0))
+            local outer = coroutine.running()
+            if outer and tasks[outer] then
+                coroutine.yield(next_deadline)
+            else
+                events.wait(since, math.max(next_deadline - events.now(), 0))
+            end
         end
     end
 end
