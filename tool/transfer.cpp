@@ -131,27 +131,41 @@ json::object inOrder(Rows<Member> const &members, json::object const &object) {
     return ordered;
 }
 
-/// New identifiers by old ones.
-std::map<unsigned int, unsigned int> sortAndNumber(std::vector<Entry> &entries) {
-    for (Entry &entry : entries) {
+/// The members of both in their order. An entry of a kind that this program does not know has no order of its own.
+Entry inOrder(Entry entry) {
+    if (!entry.kind.empty()) {
         entry.settings = inOrder(operation("create_" + entry.kind).inputs, entry.settings);
-        if (entry.isAction()) {
-            entry.filters = inOrder(operation("set_action_filters").inputs, entry.filters);
-        }
     }
+    if (entry.isAction()) {
+        entry.filters = inOrder(operation("set_action_filters").inputs, entry.filters);
+    }
+    return entry;
+}
+
+/// The places of the entries in canonical order.
+std::vector<std::size_t> canonicalOrder(std::vector<Entry> const &entries) {
     std::vector<std::tuple<std::string, std::string, std::string, std::size_t>> order;
-    for (Entry const &entry : entries) {
-        json::object shown = entry.settings;
+    for (Entry const &one : entries) {
+        Entry entry = inOrder(one);
         // A document without passwords has the same order.
-        hideSecrets({}, shown);
-        order.emplace_back(entry.name(), entry.kind, json::serialize(shown) + json::serialize(entry.filters),
-                           order.size());
+        hideSecrets({}, entry.settings);
+        order.emplace_back(entry.name(), entry.kind,
+                           json::serialize(entry.settings) + json::serialize(entry.filters), order.size());
     }
     std::sort(order.begin(), order.end());
+    std::vector<std::size_t> places;
+    for (auto const &one : order) {
+        places.push_back(std::get<3>(one));
+    }
+    return places;
+}
+
+/// New identifiers by old ones.
+std::map<unsigned int, unsigned int> sortAndNumber(std::vector<Entry> &entries) {
     std::map<unsigned int, unsigned int> numbers;
     std::vector<Entry> sorted;
-    for (auto const &one : order) {
-        Entry &entry = entries[std::get<3>(one)];
+    for (std::size_t const place : canonicalOrder(entries)) {
+        Entry entry = inOrder(entries[place]);
         auto const number = static_cast<unsigned int>(sorted.size() + 1);
         numbers[entry.id] = number;
         entry.id = number;
@@ -227,11 +241,11 @@ Catalogue canonical(Catalogue const &catalogue) {
 
 std::vector<std::string> keysOf(std::vector<Entry> const &entries) {
     std::map<std::string, unsigned int> seen;
-    std::vector<std::string> keys;
-    for (Entry const &entry : entries) {
-        std::string const key = entry.kind + " \"" + entry.name() + "\"";
+    std::vector<std::string> keys(entries.size());
+    for (std::size_t const place : canonicalOrder(entries)) {
+        std::string const key = entries[place].kind + " \"" + entries[place].name() + "\"";
         unsigned int const number = ++seen[key];
-        keys.push_back(number == 1 ? key : key + " (" + std::to_string(number) + ")");
+        keys[place] = number == 1 ? key : key + " (" + std::to_string(number) + ")";
     }
     return keys;
 }

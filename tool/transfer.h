@@ -26,8 +26,8 @@ Catalogue chosenCatalogue(Context &context);
 /// The same in canonical order with new identifiers.
 Catalogue canonical(Catalogue const &catalogue);
 
-/// What an entry is called in messages and where catalogues are compared: its name, with " (2)" and so on where an earlier
-/// entry of the kind has the same.
+/// What an entry is called in messages and where catalogues are compared: its name, with " (2)" and so on where an
+/// entry of the kind that stands earlier in canonical order has the same, whatever order these stand in.
 std::vector<std::string> keysOf(std::vector<Entry> const &entries);
 
 }  // namespace tool

@@ -117,6 +117,26 @@ TEST(Import, TakesAHiddenPasswordFromAFile) {
     EXPECT_EQ(results({"export", "--show-secrets"}), documentWith("\"open sesame\""));
 }
 
+void makeUpload(std::string const &server, std::string const &password) {
+    (void)results({"create-ftp-action", "--action-name", "upload", "--server-name", server, "--username", "u",
+                   "--password-file", fileWith(password).string(), "--path", "/", "--filename", "f"});
+}
+
+TEST(Import, OfAnExportDoesNothingWhereSeveralHaveOneName) {
+    Service service;
+    // In canonical order the second one is the first.
+    makeUpload("z.example", "of z");
+    makeUpload("a.example", "of a");
+    std::string const before = results({"list", "--json", "--show-secrets"});
+    for (char const *secrets : {"--show-secrets=false", "--show-secrets"}) {
+        auto const file = fileWith(results({"export", secrets})).string();
+        for (char const *way : {"--replace", "--merge"}) {
+            EXPECT_EQ(results({"import", file, way}), "") << way;
+            EXPECT_EQ(results({"list", "--json", "--show-secrets"}), before) << way;
+        }
+    }
+}
+
 TEST(Import, UndoesAllWhenAStepFails) {
     Service service;
     (void)results({"rule", "add", "--timer", "5", "--name", "other", "--action",
