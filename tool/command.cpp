@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tool/command.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iostream>
-#include <sstream>
 
 #include "tool/failure.h"
 
@@ -36,20 +36,26 @@ std::vector<Parameter> const &commonParameters() {
 }
 
 std::string textOfFile(std::string const &parameter, std::string const &file) {
-    std::stringstream text;
-    if (file == "-") {
-        text << std::cin.rdbuf();
-        return text.str();
+    struct Close {
+        void operator()(std::FILE *stream) const {
+            if (stream != stdin) {
+                (void)std::fclose(stream);
+            }
+        }
+    };
+    std::string text;
+    std::unique_ptr<std::FILE, Close> const stream(file == "-" ? stdin : std::fopen(file.c_str(), "rbe"));
+    std::array<char, 4096> part{};
+    for (std::size_t size = part.size(); stream != nullptr && size == part.size();) {
+        size = std::fread(part.data(), 1, part.size(), stream.get());
+        text.append(part.data(), size);
     }
-    std::ifstream stream(file, std::ios::binary);
-    if (stream) {
-        text << stream.rdbuf();
-    }
-    if (!stream || stream.bad()) {
+    // A folder can be opened, and fails when it is read.
+    if (stream == nullptr || std::ferror(stream.get()) != 0) {
         throw Failure(Exit::usage, parameter + ": cannot read \"" + file + "\": " + std::strerror(errno),
                       "name a file that can be read, or - for standard input");
     }
-    return text.str();
+    return text;
 }
 
 std::string passwordIn(std::string const &parameter, std::string const &file) {

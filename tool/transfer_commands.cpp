@@ -41,16 +41,40 @@ std::map<std::string, Entry const *> byKey(std::vector<Entry> const &entries) {
     return found;
 }
 
+/// The password of the option's file, which is read when it is needed first, and once only.
+class PasswordFile {
+  public:
+    explicit PasswordFile(Arguments const &arguments) : arguments_(arguments) {}
+
+    bool isGiven() const { return arguments_.has("--password-file"); }
+
+    std::string const &password() {
+        if (password_.empty()) {
+            std::string const file = arguments_.text("--password-file");
+            password_ = passwordIn("--password-file", file);
+            if (password_.empty()) {
+                throw Failure(Exit::usage, "--password-file: the first line of \"" + file + "\" is empty",
+                              "write the password into its first line");
+            }
+        }
+        return password_;
+    }
+
+  private:
+    Arguments const &arguments_;
+    std::string password_;
+};
+
 /// In the place of a password that the document does not have: the present one, or that of the file.
-void fillSecrets(Context &context, std::string const &key, Entry &entry, Entry const *present) {
+void fillSecrets(PasswordFile &file, std::string const &key, Entry &entry, Entry const *present) {
     for (auto &setting : entry.settings) {
         if (!isSecret(std::string(setting.key())) || !setting.value().is_null()) {
             continue;
         }
-        if (context.arguments.has("--password-file")) {
-            setting.value() = passwordIn("--password-file", context.arguments.text("--password-file"));
-        } else if (present != nullptr && !present->settings.at(setting.key()).is_null()) {
+        if (present != nullptr && !present->settings.at(setting.key()).is_null()) {
             setting.value() = present->settings.at(setting.key());
+        } else if (file.isGiven()) {
+            setting.value() = file.password();
         } else {
             throw Failure(Exit::usage,
                           "FILE has no password for " + key + ", and the service has no such action",
@@ -68,11 +92,12 @@ class Import {
           present_(present),
           present_actions_(byKey(present_.actions)),
           present_triggers_(byKey(present_.triggers)) {
+        PasswordFile file(context_.arguments);
         for (auto *entries : {&wanted_.actions, &wanted_.triggers}) {
             auto const keys = keysOf(*entries);
             for (std::size_t place = 0; place < entries->size(); ++place) {
                 Entry &entry = (*entries)[place];
-                fillSecrets(context_, keys[place], entry, presentOf(entry, keys[place]));
+                fillSecrets(file, keys[place], entry, presentOf(entry, keys[place]));
             }
         }
     }
@@ -221,6 +246,10 @@ void importAll(Context &context) {
         throw Failure(Exit::usage, "an import either adds to what there is or replaces it",
                       "give --merge or --replace");
     }
+    if (context.arguments.text("FILE") == "-" && context.arguments.text("--password-file") == "-") {
+        throw Failure(Exit::usage, "FILE and --password-file cannot both be standard input",
+                      "name a file for one of them");
+    }
     Catalogue wanted = canonical(catalogueIn("FILE", textOfFile("FILE", context.arguments.text("FILE"))));
     Catalogue const present = readCatalogue(context.client());
     Import work(context, std::move(wanted), present);
@@ -322,14 +351,13 @@ void addTransferCommands(std::vector<Command> &commands) {
          group,
          "bring the service what a document holds; entries are told apart by kind and name",
          "Each step is shown. When one fails all before it are undone. A password that is null is the "
-         "present one, or "
-         "that of --password-file.",
+         "present one, or that of --password-file where there is none.",
          {file,
           {"--merge", "keep what the document does not name", false, Takes::flag},
           {"--replace", "remove what the document does not name", false, Takes::flag},
           {"--dry-run", "show what would be done, and do nothing", false, Takes::flag},
-          {"--password-file", "file whose first line is the password where the document has none", false,
-           Takes::one, "FILE", Completion::file}},
+          {"--password-file", "file whose first line is the password where document and service have none",
+           false, Takes::one, "FILE", Completion::file}},
          importAll});
     commands.push_back(
         {"diff",

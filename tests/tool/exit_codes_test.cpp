@@ -59,6 +59,7 @@ TEST(ExitCode, IsTwoForAWrongCommandLine) {
              {{"get-actions", "--require-version", "1"}, "--require-version is a version"},
              {{"call", "Get_nothing"}, "OPERATION: there is no operation \"Get_nothing\""},
              {{"call", "Get_actions", "@/nowhere"}, "INPUTS: cannot read \"/nowhere\": No such file"},
+             {{"call", "Get_actions", "@/"}, "INPUTS: cannot read \"/\": Is a directory"},
              {{"get-actions", "more"}, "one word too many"}}) {
         Finished const finished = tool(wrong.words);
         EXPECT_TRUE(finished.exit == exited(2)) << finished.errors;
@@ -66,6 +67,9 @@ TEST(ExitCode, IsTwoForAWrongCommandLine) {
         EXPECT_NE(finished.errors.find(wrong.what), std::string::npos) << finished.errors;
     }
     EXPECT_TRUE(tool({}).exit == exited(2));
+    EXPECT_EQ(shell("korvo-action-engine call Get_actions - 2>&1 < /").out,
+              "korvo-action-engine: INPUTS: cannot read \"-\": Is a directory\n"
+              "  name a file that can be read, or - for standard input\n");
 }
 
 TEST(ExitCode, IsThreeForATimeOut) {

@@ -117,6 +117,8 @@ TEST(Import, TakesAHiddenPasswordFromAFile) {
     EXPECT_EQ(results({"export", "--show-secrets"}), documentWith("\"open sesame\""));
 }
 
+std::string const no_actions = "{\"action_id\":[],\"action_type\":[]}\n";
+
 void makeUpload(std::string const &server, std::string const &password) {
     (void)results({"create-ftp-action", "--action-name", "upload", "--server-name", server, "--username", "u",
                    "--password-file", fileWith(password).string(), "--path", "/", "--filename", "f"});
@@ -135,6 +137,49 @@ TEST(Import, OfAnExportDoesNothingWhereSeveralHaveOneName) {
             EXPECT_EQ(results({"list", "--json", "--show-secrets"}), before) << way;
         }
     }
+}
+
+TEST(Import, TakesThePasswordOfAFileOnlyWhereTheServiceHasNone) {
+    Service service;
+    makeUpload("s", "present");
+    auto const file = fileWith(results({"export"})).string();
+    EXPECT_EQ(results({"import", file, "--merge", "--password-file", fileWith("other").string()}), "");
+    EXPECT_NE(results({"export", "--show-secrets"}).find("\"present\""), std::string::npos);
+    EXPECT_EQ(results({"import", file, "--merge", "--password-file", "/nowhere"}), "") << "it is not needed";
+}
+
+TEST(Import, ReadsStandardInputOnce) {
+    std::string file;
+    {
+        Service service;
+        makeUpload("s", "p");
+        makeUpload("t", "q");
+        file = fileWith(results({"export"})).string();
+    }
+    Service service;
+    EXPECT_EQ(
+        shell("echo 'open sesame' | korvo-action-engine import " + file + " --merge --password-file -").out,
+        "create ftp_action \"upload\"\ncreate ftp_action \"upload\" (2)\n");
+    EXPECT_EQ(processes::count(results({"export", "--show-secrets"}), "\"open sesame\""), 2U);
+
+    ShellOutcome const both = shell("korvo-action-engine import - --merge --password-file - 2>&1 < " + file);
+    EXPECT_EQ(both.code, 2);
+    EXPECT_EQ(both.out,
+              "korvo-action-engine: FILE and --password-file cannot both be standard input\n"
+              "  name a file for one of them\n");
+}
+
+TEST(Import, RefusesAnEmptyPasswordOfAFile) {
+    Service service;
+    auto const file = fileWith(documentWith("null")).string();
+    for (char const *text : {"", "\nsecond line\n"}) {
+        Finished const refused =
+            tool({"import", file, "--merge", "--password-file", fileWith(text).string()});
+        EXPECT_TRUE(refused.exit == exited(2)) << refused.errors;
+        EXPECT_NE(refused.errors.find("--password-file: the first line of \""), std::string::npos)
+            << refused.errors;
+    }
+    EXPECT_EQ(results({"get-actions", "--json"}), no_actions);
 }
 
 TEST(Import, UndoesAllWhenAStepFails) {
