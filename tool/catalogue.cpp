@@ -183,7 +183,14 @@ Catalogue readCatalogue(Client &client) {
                                       [](Entry const &entry) { return entry.id == 0; }),
                        entries->end());
     }
-    std::sort(read.associations.begin(), read.associations.end());
+    auto &associations = read.associations;
+    associations.erase(std::remove_if(associations.begin(), associations.end(),
+                                      [&](auto const &ids) {
+                                          return read.trigger(ids.first) == nullptr ||
+                                                 read.action(ids.second) == nullptr;
+                                      }),
+                       associations.end());
+    std::sort(associations.begin(), associations.end());
     return read;
 }
 

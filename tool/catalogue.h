@@ -38,7 +38,7 @@ struct Catalogue {
     std::vector<Entry const *> triggersOf(unsigned int action_id) const;
 };
 
-/// By calls that go out side by side. What is deleted meanwhile is left out.
+/// By calls that go out side by side. What is deleted meanwhile is left out, and its bindings are.
 Catalogue readCatalogue(Client &client);
 
 /// As docs/catalogue-format.md describes it.

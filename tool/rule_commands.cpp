@@ -3,6 +3,8 @@
 
 #include <boost/json/array.hpp>
 #include <boost/json/value.hpp>
+#include <set>
+#include <utility>
 
 #include "tool/catalogue.h"
 #include "tool/command.h"
@@ -72,6 +74,8 @@ void add(Context &context) {
     unsigned int trigger_id =
         trigger.kind.empty() ? findTrigger(catalogue, "--trigger", arguments.text("--trigger")) : 0;
 
+    std::set<std::pair<unsigned int, unsigned int>> bound(catalogue.associations.begin(),
+                                                          catalogue.associations.end());
     RuleSteps steps(client);
     json::array action_ids;
     steps.run([&] {
@@ -87,7 +91,10 @@ void add(Context &context) {
                 Entry const *const before = catalogue.action(id);
                 steps.setFilters(id, filtersOf(windows), before == nullptr ? filtersOf({}) : before->filters);
             }
-            steps.bind(trigger_id, id);
+            // What is bound already is no step, and stays when the steps are undone.
+            if (bound.insert({trigger_id, id}).second) {
+                steps.bind(trigger_id, id);
+            }
             action_ids.emplace_back(id);
         }
     });

@@ -236,6 +236,8 @@ Catalogue canonical(Catalogue const &catalogue) {
         action = actions.at(action);
     }
     std::sort(sorted.associations.begin(), sorted.associations.end());
+    sorted.associations.erase(std::unique(sorted.associations.begin(), sorted.associations.end()),
+                              sorted.associations.end());
     return sorted;
 }
 

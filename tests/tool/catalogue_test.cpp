@@ -80,6 +80,26 @@ TEST(RuleAdd, UndoesAllWhenAStepFails) {
     EXPECT_EQ(results({"get-triggers", "--json"}), "{\"trigger_id\":[],\"trigger_type\":[]}\n");
 }
 
+TEST(RuleAdd, LeavesTheBindingsThatWereThereWhenItIsUndone) {
+    Service service;
+    (void)results({"rule", "add", "--timer", "60", "--name", "minute", "--action", "wiper action_name=wipe"});
+    (void)results({"sim", "fault", "Create_washer_action", "--fail", "9"});
+    std::string const before = results({"list", "--json"});
+    Finished failed = tool(
+        {"rule", "add", "--trigger", "minute", "--action", "wipe", "--action", "washer action_name=wash"});
+    EXPECT_TRUE(failed.exit == exited(5)) << failed.errors;
+    EXPECT_EQ(failed.errors.find("undone"), std::string::npos) << failed.errors;
+    EXPECT_EQ(results({"list", "--json"}), before);
+
+    // One that is named twice is bound once.
+    failed = tool({"rule", "add", "--timer", "5", "--action", "wipe", "--action", "wipe", "--action",
+                   "washer action_name=wash"});
+    EXPECT_TRUE(failed.exit == exited(5)) << failed.errors;
+    EXPECT_NE(failed.errors.find("; undone: the binding of action 1, the new trigger 2\n"), std::string::npos)
+        << failed.errors;
+    EXPECT_EQ(results({"list", "--json"}), before);
+}
+
 TEST(RuleAdd, TellsWhatCouldNotBeUndone) {
     Service service({"--fail", "Create_association=9", "--fail", "Delete_action=9"});
     Finished const failed = tool(inside);
@@ -126,6 +146,29 @@ TEST(Names, ThatSeveralHaveAreNoIdentifiers) {
     EXPECT_NE(finished.errors.find("--action: 2 actions are called \"same\""), std::string::npos)
         << finished.errors;
     EXPECT_TRUE(tool({"show", "other"}).exit == exited(6));
+}
+
+TEST(List, LeavesOutWhatIsRefusedWithItsBindings) {
+    Service service;
+    (void)results(inside);
+    std::string const left =
+        "ACTION  KIND   NAME     TRIGGERS  RUNS                                      SETTINGS\n"
+        "2       wiper  wipe it  1         Mon-Fri 08:00-18:15; Sat,Sun 22:00-06:00\n";
+    auto const refuse_once = [](char const *method) {
+        (void)results({"sim", "fault", method, "--fail", "9", "--count", "1"});
+    };
+    refuse_once("Get_snapshot_action");
+    EXPECT_EQ(results({"list"}).find(left), 0U);
+    refuse_once("Get_snapshot_action");
+    std::string const listed = results({"list", "--json"});
+    EXPECT_NE(listed.find("\"associations\":[{\"trigger_id\":1,\"action_id\":2}]"), std::string::npos)
+        << listed;
+    refuse_once("Get_snapshot_action");
+    std::string const exported = results({"export"});
+    EXPECT_NE(exported.find("\"associations\": [{\"trigger_id\":1,\"action_id\":1}]"), std::string::npos)
+        << exported;
+    refuse_once("Get_onvif_trigger");
+    EXPECT_NE(results({"export"}).find("\"associations\": []"), std::string::npos);
 }
 
 /// Until this process has written something; events before its subscription are missed.

@@ -182,6 +182,15 @@ TEST(Import, RefusesAnEmptyPasswordOfAFile) {
     EXPECT_EQ(results({"get-actions", "--json"}), no_actions);
 }
 
+TEST(Import, BindsAPairOnceThatStandsTwice) {
+    Service service;
+    std::string twice = documentWith("\"p\"");
+    std::string const first = "{\"trigger_id\":1,\"action_id\":1},";
+    twice.insert(twice.find(first), first);
+    std::string const steps = results({"import", fileWith(twice).string(), "--merge"});
+    EXPECT_EQ(processes::count(steps, "bind "), 3U) << steps;
+}
+
 TEST(Import, UndoesAllWhenAStepFails) {
     Service service;
     (void)results({"rule", "add", "--timer", "5", "--name", "other", "--action",
