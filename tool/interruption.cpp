@@ -13,13 +13,15 @@
 namespace tool::interruption {
 namespace {
 
+/// How often; two are as good as many.
 volatile std::sig_atomic_t noticed = 0;
 int noticed_descriptor = -1;
 bool ignored = false;
+bool in_step = false;
 
 extern "C" void noticeSignal(int) {
     int const before = errno;
-    noticed = 1;
+    noticed = noticed == 0 ? 1 : 2;
     std::uint64_t const one = 1;
     [[maybe_unused]] auto const written = ::write(noticed_descriptor, &one, sizeof one);
     errno = before;
@@ -32,6 +34,8 @@ void prepare() {
     struct sigaction action = {};
     action.sa_handler = noticeSignal;
     action.sa_flags = SA_RESTART;
+    (void)::sigaddset(&action.sa_mask, SIGINT);
+    (void)::sigaddset(&action.sa_mask, SIGTERM);
     (void)::sigaction(SIGINT, &action, nullptr);
     (void)::sigaction(SIGTERM, &action, nullptr);
     // A reader of our output that is gone is an error of writing.
@@ -43,9 +47,23 @@ bool requested() {
 }
 
 void check() {
-    if (requested() && !ignored) {
-        throw Failure(Exit::interrupted, "interrupted");
+    if (ignored || noticed < (in_step ? 2 : 1)) {
+        return;
     }
+    if (in_step) {
+        throw Failure(Exit::interrupted, "interrupted; the service may still do it",
+                      "see what the service does");
+    }
+    throw Failure(Exit::interrupted, "interrupted");
+}
+
+Step::Step() {
+    check();
+    in_step = true;
+}
+
+Step::~Step() {
+    in_step = false;
 }
 
 void ignoreFromNowOn() {

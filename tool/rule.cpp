@@ -30,7 +30,7 @@ unsigned int RuleSteps::make(std::string const &kind, json::object const &settin
 }
 
 unsigned int RuleSteps::create(std::string const &kind, json::object const &settings) {
-    interruption::check();
+    interruption::Step const step;
     unsigned int const id = make(kind, settings);
     bool const is_action = isActionKind(kind);
     steps_.done(std::string(is_action ? "the new action " : "the new trigger ") + std::to_string(id),
@@ -42,7 +42,7 @@ unsigned int RuleSteps::create(std::string const &kind, json::object const &sett
 }
 
 void RuleSteps::modify(Entry const &before, json::object const &settings) {
-    interruption::check();
+    interruption::Step const step;
     char const *const member = before.isAction() ? "action_id" : "trigger_id";
     Operation const &modify = operation("modify_" + before.kind);
     (void)client_->call(modify, withMember(member, before.id, settings));
@@ -53,7 +53,7 @@ void RuleSteps::modify(Entry const &before, json::object const &settings) {
 }
 
 void RuleSteps::setFilters(unsigned int action_id, json::object const &filters, json::object const &before) {
-    interruption::check();
+    interruption::Step const step;
     (void)client_->call(operation("set_action_filters"), withMember("action_id", action_id, filters));
     steps_.done("the filters of action " + std::to_string(action_id),
                 [this, inputs = withMember("action_id", action_id, before)] {
@@ -62,7 +62,7 @@ void RuleSteps::setFilters(unsigned int action_id, json::object const &filters, 
 }
 
 void RuleSteps::bind(unsigned int trigger_id, unsigned int action_id) {
-    interruption::check();
+    interruption::Step const step;
     json::object const inputs = {{"trigger_id", trigger_id}, {"action_id", action_id}};
     (void)client_->call(operation("create_association"), inputs);
     steps_.done("the binding of action " + std::to_string(action_id),
@@ -70,7 +70,7 @@ void RuleSteps::bind(unsigned int trigger_id, unsigned int action_id) {
 }
 
 void RuleSteps::unbind(unsigned int trigger_id, unsigned int action_id) {
-    interruption::check();
+    interruption::Step const step;
     json::object const inputs = {{"trigger_id", trigger_id}, {"action_id", action_id}};
     (void)client_->call(operation("delete_association"), inputs);
     steps_.done("the end of the binding of action " + std::to_string(action_id),
@@ -78,7 +78,7 @@ void RuleSteps::unbind(unsigned int trigger_id, unsigned int action_id) {
 }
 
 void RuleSteps::remove(Catalogue const &catalogue, Entry const &entry) {
-    interruption::check();
+    interruption::Step const step;
     bool const is_action = entry.isAction();
     (void)client_->call(operation(is_action ? "delete_action" : "delete_trigger"),
                         withMember(is_action ? "action_id" : "trigger_id", entry.id));

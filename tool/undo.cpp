@@ -9,6 +9,8 @@ namespace tool {
 void Steps::run(std::function<void()> const &work) {
     try {
         work();
+        // Also who interrupts the last step wants none of them.
+        interruption::check();
     } catch (Failure const &failure) {
         std::string undone;
         std::string left;

@@ -100,6 +100,62 @@ TEST(RuleAdd, LeavesTheBindingsThatWereThereWhenItIsUndone) {
     EXPECT_EQ(results({"list", "--json"}), before);
 }
 
+std::string const no_triggers = "{\"trigger_id\":[],\"trigger_type\":[]}\n";
+
+/// Until the service has made what this process asks for; what it answers is still to come.
+void waitUntilListed(processes::Child const &child, std::string const &made) {
+    auto const limit = processes::Clock::now() + processes::patience;
+    while (processes::count(results({"list", "--json"}), made) == 0 && child.running() &&
+           processes::Clock::now() < limit) {
+    }
+}
+
+TEST(RuleAdd, UndoesAlsoTheStepThatWasInterrupted) {
+    // Where this process is slow the next steps wait for it as well.
+    Service service({"--delay", "Create_timer_trigger=2000", "--delay", "Create_wiper_action=2000", "--delay",
+                     "Create_association=2000"});
+    processes::Child child(
+        toolCommand({"rule", "add", "--timer", "60", "--action", "wiper action_name=wipe"}));
+    waitUntilListed(child, "\"timer_trigger\"");
+    child.signal(SIGINT);
+    EXPECT_TRUE(child.wait() == exited(130)) << child.errors().text();
+    std::string const errors = child.errors().text();
+    EXPECT_EQ(errors.find("korvo-action-engine: interrupted; undone: "), 0U) << errors;
+    EXPECT_NE(errors.find("the new trigger 1\n"), std::string::npos) << errors;
+    EXPECT_EQ(errors.find("could not be undone"), std::string::npos) << errors;
+    EXPECT_EQ(results({"get-triggers", "--json"}), no_triggers);
+}
+
+TEST(RuleAdd, UndoesAlsoTheLastStepThatWasInterrupted) {
+    Service service({"--delay", "Create_association=3000"});
+    (void)results({"create-wiper-action", "--action-name", "wipe"});
+    processes::Child child(toolCommand({"rule", "add", "--timer", "60", "--action", "wipe"}));
+    waitUntilListed(child, "{\"trigger_id\":1,\"action_id\":1}");
+    child.signal(SIGINT);
+    EXPECT_TRUE(child.wait() == exited(130)) << child.errors().text();
+    EXPECT_EQ(child.errors().text(),
+              "korvo-action-engine: interrupted; undone: the binding of action 1, the new trigger 1\n");
+    EXPECT_EQ(results({"get-triggers", "--json"}), no_triggers);
+}
+
+TEST(RuleAdd, EndsAStepThatIsInterruptedTwice) {
+    Service service({"--delay", "Create_timer_trigger=600000"});
+    processes::Child child(toolCommand(
+        {"rule", "add", "--timer", "60", "--action", "wiper action_name=wipe", "--timeout", "forever"}));
+    waitUntilListed(child, "\"timer_trigger\"");
+    // Signals that come before the last was seen are one.
+    auto exit = child.wait(processes::milliseconds(20));
+    for (auto const limit = processes::Clock::now() + processes::patience;
+         !exit && processes::Clock::now() < limit;) {
+        child.signal(SIGINT);
+        exit = child.wait(processes::milliseconds(20));
+    }
+    EXPECT_TRUE(exit == exited(130)) << child.errors().text();
+    EXPECT_EQ(child.errors().text(),
+              "korvo-action-engine: interrupted; the service may still do it\n"
+              "  see what the service does\n");
+}
+
 TEST(RuleAdd, TellsWhatCouldNotBeUndone) {
     Service service({"--fail", "Create_association=9", "--fail", "Delete_action=9"});
     Finished const failed = tool(inside);
