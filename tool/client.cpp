@@ -12,6 +12,7 @@
 #include <deque>
 #include <filesystem>
 #include <memory>
+#include <thread>
 
 #include "korvo_api_action_engine.h"
 #include "tool/failure.h"
@@ -129,39 +130,45 @@ void Client::send(Request &request, json::object const &inputs) {
     }
 }
 
-json::object Client::receive(Request &request) {
+korvo_core_status Client::await(std::string const &what, std::string const &late, Clock::time_point sent,
+                                std::function<korvo_core_status(milliseconds)> const &receive) const {
     for (;;) {
         auto const begin = Clock::now();
         auto wait = slice;
         if (settings_->timeout) {
-            auto const left =
-                std::chrono::duration_cast<milliseconds>(request.sent + *settings_->timeout - begin);
+            auto const left = std::chrono::duration_cast<milliseconds>(sent + *settings_->timeout - begin);
             wait = std::clamp(left, milliseconds(0), slice);
         }
-        Results results(*request.operation);
-        auto const status = request.operation->receive(handle_, target(), static_cast<int>(wait.count()),
-                                                       request.identifier, results.slots());
-        if (status == KORVO_CORE_STATUS_NO_ERROR) {
-            request.identifier = nullptr;
-            return results.members();
-        }
-        if (status != KORVO_CORE_STATUS_IPC_FAILED) {
-            fail(*request.operation, {}, status);
-        }
+        auto const status = receive(wait);
         auto const now = Clock::now();
-        bool const late = settings_->timeout && now >= request.sent + *settings_->timeout;
-        if (!late && now < begin + wait) {
-            fail(*request.operation, {}, status);
+        bool const is_late = settings_->timeout && now >= sent + *settings_->timeout;
+        if (status != KORVO_CORE_STATUS_IPC_FAILED || (!is_late && now < begin + wait)) {
+            return status;
         }
         interruption::check();
-        if (late) {
-            throw Failure(
-                Exit::time_out,
-                std::string(request.operation->method) + " was not answered within " +
-                    std::to_string(settings_->timeout->count()) + " ms; the service may still do it",
-                "wait longer with --timeout, or see what the service does", static_cast<int>(status));
+        if (is_late) {
+            throw Failure(Exit::time_out,
+                          what + " was not answered within " + std::to_string(settings_->timeout->count()) +
+                              " ms" + late,
+                          "wait longer with --timeout, or see what the service does",
+                          static_cast<int>(status));
         }
     }
+}
+
+json::object Client::receive(Request &request) {
+    std::optional<Results> results;
+    auto const status = await(
+        request.operation->method, "; the service may still do it", request.sent, [&](milliseconds wait) {
+            results.emplace(*request.operation);
+            return request.operation->receive(handle_, target(), static_cast<int>(wait.count()),
+                                              request.identifier, results->slots());
+        });
+    if (status != KORVO_CORE_STATUS_NO_ERROR) {
+        fail(*request.operation, {}, status);
+    }
+    request.identifier = nullptr;
+    return results->members();
 }
 
 json::object Client::call(Operation const &operation, json::object const &inputs) {
@@ -267,17 +274,57 @@ void Client::fail(Operation const &called, json::object const &inputs, korvo_cor
 }
 
 std::pair<unsigned int, unsigned int> Client::serviceVersion() {
+    using Identifier = std::unique_ptr<char, decltype(&korvo_api_action_engine_free_uuid)>;
+    std::vector<Identifier> asked;
+    auto const ask = [&] {
+        char *identifier = nullptr;
+        auto const status =
+            korvo_api_action_engine___get_target_version___non_blocking_send(handle_, target(), &identifier);
+        asked.emplace_back(identifier, korvo_api_action_engine_free_uuid);
+        return status;
+    };
     unsigned int major = 0;
     unsigned int minor = 0;
-    auto const status =
-        korvo_api_action_engine___get_target_version___send(handle_, target(), &major, &minor);
+    auto const sent = Clock::now();
+    auto again = slice;
+    // No form of the query waits for so long as is wanted, so it is looked for an answer again and again.
+    auto const look = [&](milliseconds wait) {
+        auto const end = Clock::now() + wait;
+        for (auto nap = milliseconds(1);; nap = std::min(2 * nap, milliseconds(20))) {
+            for (auto &identifier : asked) {
+                auto const status = korvo_api_action_engine___get_target_version___receive(
+                    handle_, 0, target(), identifier.get(), &major, &minor);
+                if (status == KORVO_CORE_STATUS_NO_ERROR) {
+                    (void)identifier.release();
+                }
+                if (status != KORVO_CORE_STATUS_IPC_FAILED) {
+                    return status;
+                }
+            }
+            auto const now = Clock::now();
+            if (now >= end) {
+                break;
+            }
+            std::this_thread::sleep_for(std::min(nap, std::chrono::ceil<milliseconds>(end - now)));
+        }
+        // This does not tell an answer that is late from one that is lost, which another query gets.
+        if (Clock::now() >= sent + again) {
+            again *= 2;
+            auto const status = ask();
+            return status == KORVO_CORE_STATUS_NO_ERROR ? KORVO_CORE_STATUS_IPC_FAILED : status;
+        }
+        return KORVO_CORE_STATUS_IPC_FAILED;
+    };
+    auto status = ask();
+    if (status == KORVO_CORE_STATUS_NO_ERROR) {
+        status = await("the query of the version", "", sent, look);
+    }
     if (status == KORVO_CORE_STATUS_DISABLED_TARGET) {
         failWithoutService(*settings_, "action_engine");
     }
     if (status != KORVO_CORE_STATUS_NO_ERROR) {
-        throw Failure(status == KORVO_CORE_STATUS_IPC_FAILED ? Exit::time_out : Exit::other,
-                      "the service does not tell its version: " + textOf(status), "-v shows the log",
-                      static_cast<int>(status));
+        throw Failure(Exit::other, "the service does not tell its version: " + textOf(status),
+                      "-v shows the log", static_cast<int>(status));
     }
     return {major, minor};
 }

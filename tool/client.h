@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -46,6 +47,11 @@ class Client {
     char const *target() const { return settings_->target.empty() ? nullptr : settings_->target.c_str(); }
     void send(Request &request, boost::json::object const &inputs);
     boost::json::object receive(Request &request);
+    /// The status of an answer to what was sent then, which `receive` waits for so long. Throws a Failure at an interruption,
+    /// and when the time is over, with `late` behind what was not answered.
+    korvo_core_status await(std::string const &what, std::string const &late,
+                            std::chrono::steady_clock::time_point sent,
+                            std::function<korvo_core_status(std::chrono::milliseconds)> const &receive) const;
     [[noreturn]] void fail(Operation const &operation, boost::json::object const &inputs,
                            korvo_core_status status);
     bool isListed(std::string const &member, unsigned int identifier);

@@ -13,8 +13,10 @@ namespace tool {
 
 Client &Context::client() {
     if (client_ == nullptr) {
-        client_ = std::make_unique<Client>(settings);
-        client_->requireVersion();
+        auto client = std::make_unique<Client>(settings);
+        // Before it is kept, so that a later try looks at the version again.
+        client->requireVersion();
+        client_ = std::move(client);
     }
     return *client_;
 }

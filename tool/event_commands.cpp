@@ -136,7 +136,8 @@ void waitService(Context &context) {
             (void)context.client().serviceVersion();
             return;
         } catch (Failure const &failure) {
-            if (failure.code() != Exit::no_service) {
+            // A service that is just ending may lose the query.
+            if (failure.code() != Exit::no_service && failure.status() != KORVO_CORE_STATUS_IPC_FAILED) {
                 throw;
             }
         }

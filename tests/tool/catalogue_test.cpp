@@ -286,6 +286,24 @@ TEST(WaitService, EndsWhenItIsThere) {
     EXPECT_TRUE(child.wait() == exited(0)) << child.errors().text();
 }
 
+TEST(WaitService, LooksAtTheVersionOfOneThatComesLater) {
+    processes::Child child(toolCommand({"wait-service", "--require-version", "2.0"}));
+    // So long that the first one has looked for the service too.
+    EXPECT_TRUE(tool({"wait-service", "--timeout", "200ms"}).exit == exited(3));
+    Service service;
+    EXPECT_TRUE(child.wait() == exited(7)) << child.errors().text();
+}
+
+TEST(WaitService, GoesOnAfterALostConnection) {
+    Service service;
+    (void)results({"sim", "fault", "__get_target_version__", "--close", "--count", "1"});
+    EXPECT_EQ(results({"wait-service", "--timeout", "1m"}), "");
+    (void)results({"sim", "fault", "__get_target_version__", "--drop"});
+    Finished const late = tool({"wait-service", "--timeout", "300ms"});
+    EXPECT_TRUE(late.exit == exited(3)) << late.errors;
+    EXPECT_NE(late.errors.find("the service did not come within 300 ms"), std::string::npos) << late.errors;
+}
+
 }  // namespace
 
 }  // namespace tool_tests

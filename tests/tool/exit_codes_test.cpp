@@ -75,6 +75,9 @@ TEST(ExitCode, IsTwoForAWrongCommandLine) {
 TEST(ExitCode, IsThreeForATimeOut) {
     Service service({"--drop", "Get_actions"});
     expectFailure(3, {"get-actions", "--timeout", "300ms"}, "Get_actions was not answered within 300 ms");
+    (void)results({"sim", "fault", "__get_target_version__", "--drop"});
+    expectFailure(3, {"get-triggers", "--timeout", "300ms", "--require-version", "1.19"},
+                  "the query of the version was not answered within 300 ms");
 }
 
 TEST(ExitCode, IsFourWithoutAService) {
@@ -148,12 +151,9 @@ bool catchesSigint(pid_t process) {
     return false;
 }
 
-TEST(Interruption, EndsAWaitingCall) {
-    if (emulator::present) {
-        GTEST_SKIP() << "an emulator catches signals itself";
-    }
-    Service service({"--drop", "Get_actions"});
-    processes::Child child(toolCommand({"get-actions", "--timeout", "forever"}));
+/// Of a command whose call is never answered.
+void expectItEndsWhenInterrupted(std::vector<std::string> words) {
+    processes::Child child(toolCommand(std::move(words)));
     auto const limit = processes::Clock::now() + processes::patience;
     while (!catchesSigint(child.pid()) && processes::Clock::now() < limit) {
         std::this_thread::yield();
@@ -161,6 +161,16 @@ TEST(Interruption, EndsAWaitingCall) {
     child.signal(SIGINT);
     EXPECT_TRUE(child.wait() == exited(130)) << child.errors().text();
     EXPECT_EQ(child.errors().text(), "korvo-action-engine: interrupted\n");
+}
+
+TEST(Interruption, EndsAWaitingCall) {
+    if (emulator::present) {
+        GTEST_SKIP() << "an emulator catches signals itself";
+    }
+    Service service({"--drop", "Get_actions"});
+    expectItEndsWhenInterrupted({"get-actions", "--timeout", "forever"});
+    (void)results({"sim", "fault", "__get_target_version__", "--drop"});
+    expectItEndsWhenInterrupted({"get-triggers", "--timeout", "forever", "--require-version", "1.19"});
 }
 
 TEST(ClosedPipe, IsNoError) {
