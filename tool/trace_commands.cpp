@@ -66,6 +66,11 @@ void trace(Context &context) {
         choice["limit"] = context.arguments.number("--count");
     }
     bool const follows = context.arguments.flag("--follow");
+    // None to begin with: the last one only tells which come after it.
+    bool is_shown = !follows || !choice.contains("limit") || choice.at("limit") != json::value(0U);
+    if (!is_shown) {
+        choice["limit"] = 1;
+    }
     Waiter waiter;
     Control control(context.settings);
     if (follows) {
@@ -77,12 +82,16 @@ void trace(Context &context) {
         for (bool more = true; more;) {
             auto const answer = control.ask("Get_traces", choice);
             for (auto const &entry : tracesIn(answer)) {
-                show(context, entry.as_object());
+                if (is_shown) {
+                    show(context, entry.as_object());
+                }
                 last = entry.as_object().at("id");
             }
             more = choice.contains("after") && !tracesIn(answer).empty() &&
                    answer.at("more") == json::value(true);
             choice["after"] = last;
+            choice.erase("limit");
+            is_shown = true;
         }
     };
     show_new();

@@ -77,6 +77,21 @@ TEST_F(Traces, AreFollowed) {
     EXPECT_TRUE(child.wait() == exited(0)) << child.errors().text();
 }
 
+TEST_F(Traces, AreFollowedWithoutThoseBefore) {
+    (void)results({"inject", topic, "IsInside=true"});
+    processes::Child child(toolCommand({"trace", "--follow", "--count", "0"}));
+    auto const limit = processes::Clock::now() + processes::patience;
+    while (!child.out().waitFor("no match", 0, processes::milliseconds(50)) && child.running() &&
+           processes::Clock::now() < limit) {
+        (void)results({"inject", topic, "IsInside=false"});
+    }
+    child.signal(SIGINT);
+    EXPECT_TRUE(child.wait() == exited(0)) << child.errors().text();
+    EXPECT_TRUE(contains(child.out().text(), "no match")) << child.out().text();
+    EXPECT_FALSE(contains(child.out().text(), "held back")) << child.out().text();
+    EXPECT_EQ(results({"trace", "--count", "0"}), "");
+}
+
 TEST_F(Traces, AreColouredOnATerminalOnly) {
     (void)results({"inject", topic, "IsInside=false"});
     std::string const yellow = "\x1b[33mno match\x1b[0m";
