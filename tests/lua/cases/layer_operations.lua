@@ -251,6 +251,23 @@ function tests.subscribing_takes_no_longer_than_the_engine_allows()
     end)
 end
 
+function tests.the_descriptor_tells_of_the_first_event()
+    if host.flavour ~= "luajit" then
+        return
+    end
+    local ffi = require "ffi"
+    ffi.cdef "struct pollfd {int fd; short events; short revents;}; int poll(struct pollfd *, unsigned long, int);"
+    with({name = "test"}, function(engine)
+        assert(engine:subscribe())
+        local polled = ffi.new("struct pollfd[1]", {{engine:descriptor(), 1}})
+        check.equal(ffi.C.poll(polled, 1, 0), 0)
+        fake.complete(7, "wipe", true)
+        check.equal(ffi.C.poll(polled, 1, 30000), 1)
+        assert(engine:next_event(0))
+        check.equal(ffi.C.poll(polled, 1, 0), 0)
+    end)
+end
+
 function tests.waiting_takes_as_long_as_it_is_told()
     local events = require "korvo_action_engine_events"
     for _, wait in ipairs {ae.sleep, function(seconds) events.wait(events.changes(), seconds) end} do
