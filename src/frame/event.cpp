@@ -29,7 +29,7 @@ void IAction_engineInitiator::action_engineAction_completed(char const *source, 
 
 void IAction_engineInitiator::registerEventHandler(EventHandler handler, void *context) noexcept {
     changeEventHandlers("korvo_api_action_engine_action_completed_register_event_handler",
-                        [=](EventHandlers &handlers) KORVO_REQUIRES(event_handlers_mutex_) {
+                        [=](EventHandlers &handlers) {
                             if (spare_event_handler_.empty()) {
                                 handlers.emplace_back(handler, context);
                             } else {

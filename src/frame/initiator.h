@@ -163,8 +163,9 @@ class IAction_engineInitiator : public korvoInitiatorInterfaces {
   private:
     std::map<std::string_view, EventMember> events_;
     EventHandlers event_handlers_ KORVO_GUARDED_BY(event_handlers_mutex_);
-    /// Who subscribes to events has a place for one handler, whatever memory there is when it comes.
-    EventHandlers spare_event_handler_ KORVO_GUARDED_BY(event_handlers_mutex_);
+    /// Who subscribes to events has a place for one handler, whatever memory there is when it comes. Touched where the handlers
+    /// are changed, under their mutex.
+    EventHandlers spare_event_handler_;
     Mutex event_handlers_mutex_;
 
     // Visits of threads that a child process does not have are not waited for there.

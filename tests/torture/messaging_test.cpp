@@ -192,7 +192,7 @@ TEST_F(MessagingWithoutMemory, FindsAServiceInAFolderThatIsMadeAgain) {
             live_blocks::Unnoticed const unnoticed;
             peer_->close();
             EXPECT_EQ(initiator.subscribe(), done);
-            std::ofstream(folder / "new");
+            std::ofstream const file(folder / "new");
             std::filesystem::rename(folder / "new", folder / "a name that is too long to need no memory");
             std::filesystem::remove_all(folder);
         }

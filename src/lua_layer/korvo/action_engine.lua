@@ -404,16 +404,15 @@ function ae.open(given)
         end
     end
     local guard = newproxy(true)
-    local state
+    local state = {
+        name = given.name or "lua", target = given.target, timeout = given.timeout or 5, most_events = given.events or 4096,
+        handle = false, close_handle = close_handle, guard = guard, is_closed = false,
+    }
     getmetatable(guard).__gc = function()
         -- Finalizers of the script's own may come later, and ask the engine.
         state.is_closed = true
         close_handle()
     end
-    state = {
-        name = given.name or "lua", target = given.target, timeout = given.timeout or 5, most_events = given.events or 4096,
-        handle = false, close_handle = close_handle, guard = guard,
-    }
     local engine = setmetatable({[STATE] = state, async = setmetatable({[STATE] = state}, Async)}, Engine)
     local status
     status, handle = api.korvo_api_action_engine_initiator_init(nil, nil, false, state.name)
