@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <csignal>
 #include <string>
 #include <utility>
 
@@ -44,6 +45,7 @@ class Ends {
     Ends &operator=(Ends const &) = delete;
 
     int writing() const { return ends_[1]; }
+    void closeReading() { (void)close(std::exchange(ends_[0], -1)); }
     /// All that is there.
     std::string read() const {
         std::string text;
@@ -67,6 +69,25 @@ void log(std::string const &text) {
 }  // namespace
 
 class LogOutput : public testing::TestWithParam<bool> {};
+
+TEST_P(LogOutput, IsLostWhereItsReaderIsGone) {
+    Ends ends(GetParam());
+    ends.closeReading();
+    {
+        StandardError const standard_error(ends.writing());
+        log("nobody reads this");
+        log("nor this");
+    }
+    sigset_t pending;
+    ASSERT_EQ(sigpending(&pending), 0);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+    Ends const others(GetParam());
+    {
+        StandardError const standard_error(others.writing());
+        log("somebody reads this");
+    }
+    EXPECT_NE(others.read().find("2 records before this one were lost"), std::string::npos);
+}
 
 TEST_P(LogOutput, NeverWaitsForItsReaderAndTellsHowMuchWasLost) {
     Ends const ends(GetParam());

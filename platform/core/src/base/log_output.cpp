@@ -8,9 +8,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
+#include <ctime>
 #include <string>
 
 #include "base/log_record.h"
@@ -40,13 +41,35 @@ std::size_t writeAll(std::string_view bytes, WriteSome write_some) {
     return written;
 }
 
+/// A write() that fails where the reader of a pipe is gone, and raises no signal, which would end the program.
+ssize_t writeWithoutSignal(int file, std::string_view bytes) {
+    sigset_t broken_pipe;
+    sigset_t before;
+    sigset_t pending;
+    (void)sigemptyset(&broken_pipe);
+    (void)sigaddset(&broken_pipe, SIGPIPE);
+    (void)sigpending(&pending);
+    bool const was_pending = sigismember(&pending, SIGPIPE) == 1;
+    (void)pthread_sigmask(SIG_BLOCK, &broken_pipe, &before);
+    ssize_t const count = ::write(file, bytes.data(), bytes.size());
+    int const failure = errno;
+    if (count < 0 && failure == EPIPE && !was_pending) {
+        timespec const at_once = {};
+        while (sigtimedwait(&broken_pipe, nullptr, &at_once) < 0 && errno == EINTR) {
+        }
+    }
+    (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    errno = failure;
+    return count;
+}
+
 /// For files that cannot be opened anew: no more at a time than a pipe takes whole when it takes anything.
 ssize_t writeWhenReady(std::string_view bytes) {
     pollfd watched = {STDERR_FILENO, POLLOUT, 0};
     if (poll(&watched, 1, 0) <= 0) {
         return -1;
     }
-    return ::write(STDERR_FILENO, bytes.data(), std::min<std::size_t>(bytes.size(), PIPE_BUF));
+    return writeWithoutSignal(STDERR_FILENO, bytes.substr(0, PIPE_BUF));
 }
 
 std::size_t writeNow(std::string_view bytes) {
@@ -69,7 +92,7 @@ std::size_t writeNow(std::string_view bytes) {
         return writeAll(bytes, writeWhenReady);
     }
     std::size_t const written =
-        writeAll(bytes, [own](std::string_view rest) { return ::write(own, rest.data(), rest.size()); });
+        writeAll(bytes, [own](std::string_view rest) { return writeWithoutSignal(own, rest); });
     ::close(own);
     return written;
 }
