@@ -299,6 +299,53 @@ TEST(SilentService, LeavesAThreadThatTakesOverReadingTheRestOfItsTime) {
     first.join();
 }
 
+TEST(SlowService, AnswersAThreadWhoseReaderGaveUp) {
+    FakeService const service;
+    Client client;
+    for (char const *const id : {"first", "second", "third"}) {
+        ASSERT_EQ(
+            korvo_core_private_command_send(client.handle(), "broken", "", id, "{}", 2, nullptr, nullptr),
+            KORVO_CORE_STATUS_NO_ERROR);
+    }
+    RawSocket const peer = service.accept();
+    auto const receive = [&](char const *id, int timeout) {
+        char *response = nullptr;
+        std::size_t length = 0;
+        korvo_core_status const status =
+            korvo_core_private_response_receive(client.handle(), timeout, id, &response, &length);
+        std::free(response);
+        return status;
+    };
+    constexpr int long_ms = 25'000;
+    // The first one reads for all; the second one's time is up as well before there is an answer to the third.
+    std::thread first([&] { EXPECT_EQ(receive("first", 300), KORVO_CORE_STATUS_IPC_FAILED); });
+    std::this_thread::sleep_for(Milliseconds(100));
+    std::thread second([&] { EXPECT_EQ(receive("second", 200), KORVO_CORE_STATUS_IPC_FAILED); });
+    std::this_thread::sleep_for(Milliseconds(50));
+    auto const start = std::chrono::steady_clock::now();
+    std::thread third([&] { EXPECT_EQ(receive("third", long_ms), KORVO_CORE_STATUS_NO_ERROR); });
+    first.join();
+    second.join();
+    EXPECT_TRUE(peer.send(frameOf(frame::Type::response, "third", "{}")));
+    third.join();
+    EXPECT_LT(since(start), Milliseconds(long_ms / 2));
+}
+
+TEST(LostService, IsToldToWhoReceivesLater) {
+    Client client;
+    {
+        Service const service;
+        ASSERT_EQ(client.send("lost", "{}"), KORVO_CORE_STATUS_NO_ERROR);
+    }
+    // This one notices the loss, before anybody receives.
+    ASSERT_EQ(client.send("never there", "{}"), KORVO_CORE_STATUS_DISABLED_TARGET);
+    Response response;
+    auto const start = std::chrono::steady_clock::now();
+    EXPECT_EQ(client.receive(response, 20'000), KORVO_CORE_STATUS_IPC_FAILED);
+    EXPECT_LT(since(start), Milliseconds(10'000)) << "it waited for what was lost";
+    EXPECT_EQ(client.receive(response, 0), KORVO_CORE_STATUS_IPC_FAILED);
+}
+
 TEST(BusyService, IsSubscribedToAsSoonAsItTakesConnections) {
     FakeService const service;
     std::vector<RawSocket> queue;

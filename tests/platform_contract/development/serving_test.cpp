@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <optional>
 #include <set>
@@ -13,6 +15,7 @@
 
 #include "development/raw_socket.h"
 #include "messaging/addressing.h"
+#include "processes/limits.h"
 #include "support/ends.h"
 
 namespace {
@@ -55,6 +58,44 @@ TEST(Serving, GoesFromTheCallbackToWhoPollsAndBack) {
         EXPECT_EQ(response.request_id, "left");
         ASSERT_EQ(korvo_core_ipc_target_command_receive_callback(service.handle(), nullptr, nullptr), done);
     }
+}
+
+TEST(Serving, TakesACallbackBackAlsoWhereAnotherOneIsRegisteredMeanwhile) {
+    struct Called {
+        std::atomic<bool> runs{false};
+        std::atomic<bool> may_return{false};
+        std::atomic<bool> has_returned{false};
+    } called;
+    Service const service;
+    ASSERT_EQ(korvo_core_ipc_target_command_receive_callback(
+                  service.handle(),
+                  [](char **, char **, char **, void *context) {
+                      auto &self = *static_cast<Called *>(context);
+                      self.runs = true;
+                      (void)processes::becomesTrue([&] { return self.may_return.load(); });
+                      self.has_returned = true;
+                  },
+                  &called),
+              done);
+    Client client;
+    ASSERT_EQ(client.send("one", "{}"), done);
+    ASSERT_TRUE(processes::becomesTrue([&] { return called.runs.load(); }));
+    std::atomic<bool> is_back{false};
+    std::thread taking_back([&] {
+        EXPECT_EQ(korvo_core_ipc_target_command_receive_callback(service.handle(), nullptr, nullptr), done);
+        EXPECT_TRUE(called.has_returned);
+        is_back = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    ASSERT_EQ(korvo_core_ipc_target_command_receive_callback(
+                  service.handle(), [](char **, char **, char **, void *) {}, nullptr),
+              done);
+    EXPECT_FALSE(is_back);
+    called.may_return = true;
+    EXPECT_TRUE(processes::becomesTrue([&] { return is_back.load(); }));
+    // Ends the wait of who is still there.
+    EXPECT_EQ(korvo_core_ipc_target_command_receive_callback(service.handle(), nullptr, nullptr), done);
+    taking_back.join();
 }
 
 TEST(Serving, GivesEachCommandToOneOfTheThreadsThatPoll) {

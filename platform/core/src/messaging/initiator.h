@@ -272,6 +272,7 @@ class Initiator final : public Messaging, public std::enable_shared_from_this<In
     std::condition_variable receivers_;
     bool receivers_have_reader_ KORVO_GUARDED_BY(mutex_) = false;
     unsigned int receiver_losses_ KORVO_GUARDED_BY(mutex_) = 0;
+    unsigned int told_losses_ KORVO_GUARDED_BY(mutex_) = 0;
     /// Made, with the mutex held, and drained by the one that reads; signalled with the mutex held while there is one.
     process::Descriptor receivers_wake_;
 

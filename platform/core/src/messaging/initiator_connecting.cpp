@@ -109,9 +109,12 @@ korvo_core_status Initiator::connectByName(std::string const &socket_name,
         return KORVO_CORE_STATUS_IPC_FAILED;
     }
     connections_.push_back(made);
-    if (subscribe) {
+    if (subscribe && subscriptions_.count(made->address->service) != 0) {
         made->is_subscribed = true;
         adoptSubscription(hold, *made);
+    } else if (subscribe) {
+        // It was taken back while the mutex was free.
+        writeControl(hold, *made, frame::Type::unsubscribe);
     }
     if (is_running_ && !made->is_polled && !watch(*made)) {
         ErrorText const reason(errno);

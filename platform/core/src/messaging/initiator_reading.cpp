@@ -117,7 +117,8 @@ Initiator::ReadResult Initiator::writeAndRead(Hold &hold, Connection &connection
 korvo_core_status Initiator::receiveAny(int timeout, Response &response) {
     Deadline const deadline(timeout);
     Hold hold(mutex_, log_);
-    unsigned int const losses = receiver_losses_;
+    // A loss that nobody has been told of yet counts as well.
+    unsigned int const losses = told_losses_;
     bool has_looked = false;
     for (;;) {
         if (Request *const request = requests_.firstForAnyone()) {
@@ -132,6 +133,7 @@ korvo_core_status Initiator::receiveAny(int timeout, Response &response) {
             return fail(hold, Phase::wait, nullptr, "the handle was closed");
         }
         if (losses != receiver_losses_) {
+            told_losses_ = receiver_losses_;
             return fail(hold, Phase::read, nullptr, "a connection was lost");
         }
         if (has_looked && deadline.hasPassed()) {

@@ -2,8 +2,23 @@
 #include "messaging/reader_role.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace platform {
+
+namespace {
+
+template <typename Waiters>
+void wakeFirst(Waiters const &waiters) {
+    for (auto *const waiter : waiters) {
+        if (waiter->state == std::remove_pointer_t<decltype(waiter)>::State::waiting) {
+            waiter->condition.notify_one();
+            break;
+        }
+    }
+}
+
+}  // namespace
 
 Initiator::ReaderRole::ReaderRole(Hold &hold, Initiator &initiator, Connection &connection,
                                   bool by_messaging_thread)
@@ -18,12 +33,7 @@ Initiator::ReaderRole::~ReaderRole() {
     hold_.ensureLocked();
     connection_.has_reader = false;
     initiator_.updateInterest(hold_, connection_);
-    for (Waiter *const waiter : connection_.waiters) {
-        if (waiter->state == Waiter::State::waiting) {
-            waiter->condition.notify_one();
-            break;
-        }
-    }
+    wakeFirst(connection_.waiters);
     if (initiator_.receivers_have_reader_) {
         initiator_.wakeReceivers();
     }
@@ -40,6 +50,10 @@ Initiator::RegisteredWaiter::~RegisteredWaiter() {
     auto const place = std::find(connection_.waiters.begin(), connection_.waiters.end(), &waiter);
     if (place != connection_.waiters.end()) {
         connection_.waiters.erase(place);
+    }
+    // Whose time is up, while it reads or as it is told to, was the first itself: another one reads now.
+    if (!connection_.has_reader) {
+        wakeFirst(connection_.waiters);
     }
     // Answered and lost requests are gone from the table; one that is still waited for is there.
     if (waiter.state == Waiter::State::waiting) {

@@ -40,6 +40,7 @@
 #include "base/text.h"
 #include "korvo_core.h"
 #include "messaging/addressing.h"
+#include "messaging/callback_fence.h"
 #include "messaging/epoll.h"
 #include "messaging/frame.h"
 #include "messaging/messaging.h"
@@ -222,6 +223,7 @@ class Target final : public Messaging, public std::enable_shared_from_this<Targe
     std::size_t command_bytes_ KORVO_GUARDED_BY(mutex_) = 0;
     CommandCallback callback_ KORVO_GUARDED_BY(mutex_) = nullptr;
     void *context_ KORVO_GUARDED_BY(mutex_) = nullptr;
+    CallbackFence fence_ KORVO_GUARDED_BY(mutex_);
     std::thread thread_ KORVO_GUARDED_BY(mutex_);
     std::thread::id thread_id_ KORVO_GUARDED_BY(mutex_);
     bool is_running_ KORVO_GUARDED_BY(mutex_) = false;

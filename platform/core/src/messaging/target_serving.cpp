@@ -62,6 +62,8 @@ korvo_core_status Target::setCommandCallback(CommandCallback callback, void *con
     if (callback != nullptr) {
         callback_ = callback;
         context_ = context;
+        // Who takes the one before back does not wait for the thread to end: it goes on.
+        served_.notify_all();
         startThread(hold);
         return KORVO_CORE_STATUS_NO_ERROR;
     }
@@ -71,6 +73,8 @@ korvo_core_status Target::setCommandCallback(CommandCallback callback, void *con
         signalWake(wake_);
         served_.wait(hold.mutex(),
                      [&]() KORVO_REQUIRES(mutex_) { return !is_running_ || callback_ != nullptr; });
+        // Where another thread has registered one meanwhile, the old one may still run.
+        fence_.wait(hold, nullptr);
     }
     return KORVO_CORE_STATUS_NO_ERROR;
 }
@@ -252,6 +256,10 @@ void Target::serve(int timeout) {
 }
 
 void Target::acceptPeers() {
+    // A callback has closed the handle.
+    if (claim_.listener() < 0) {
+        return;
+    }
     for (unsigned int accepted = 0; accepted < limits::accepted_at_once; ++accepted) {
         auto connected = process::Descriptor::madeBy(
             [&] { return accept4(claim_.listener(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK); });
@@ -397,19 +405,19 @@ void Target::call(Hold &hold, std::string_view source, std::string_view request_
                   std::string_view command) {
     CommandCallback const callback = callback_;
     void *const context = context_;
-    hold.unlock(mutex_);
     char **const lent_source = lent_source_.lend(source);
     char **const lent_request_id = lent_request_id_.lend(request_id);
     char **const lent_command = lent_command_.lend(command);
-    try {
-        callback(lent_source, lent_request_id, lent_command, context);
-    } catch (std::exception const &error) {
-        log_.error("a command callback threw an exception: %s", wordsOf(error));
-    } catch (...) {
-        log_.error("a command callback threw something that is no exception");
-    }
-    process::endOrphan(generation_);
-    hold.lock(mutex_);
+    fence_.run(hold, mutex_, context, [&] {
+        try {
+            callback(lent_source, lent_request_id, lent_command, context);
+        } catch (std::exception const &error) {
+            log_.error("a command callback threw an exception: %s", wordsOf(error));
+        } catch (...) {
+            log_.error("a command callback threw something that is no exception");
+        }
+        process::endOrphan(generation_);
+    });
 }
 
 void Target::subscribe(PeerPointer const &peer) {
