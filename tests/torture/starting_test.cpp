@@ -84,7 +84,7 @@ class ServiceWithoutMemory : public ::testing::Test {
         control_listener.subscribe();
         std::optional<Caller> caller;
         std::vector<std::string> created;
-        for (Question const &question : questions) {
+        for (Question const &question : questions_) {
             if (!caller || question.of == Caller::Of::control) {
                 caller.emplace(question.of);
             }
@@ -127,7 +127,7 @@ class ServiceWithoutMemory : public ::testing::Test {
     /// More than all that the questions below have to tell.
     static constexpr long most_lines = 40;
 
-    std::vector<Question> const questions = {
+    std::vector<Question> const questions_ = {
         {Caller::Of::service, R"({"command":"Create_wiper_action","action_name":"first"})", "first"},
         {Caller::Of::service, R"({"command":"Create_wiper_action","action_name":"second"})", "second"},
         {Caller::Of::service,

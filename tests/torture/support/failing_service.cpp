@@ -217,15 +217,15 @@ void Caller::subscribe() const {
     (void)socket_.send(frame(subscribe_type, ""));
 }
 
-std::optional<std::string> Caller::ask(std::string const &command, FailingService *relents) const {
+std::optional<std::string> Caller::ask(std::string const &command, FailingService *failing_service) const {
     std::string const payload = number(1) + "r" + number(command.size()) + command;
     if (!socket_.isOpen() || !socket_.send(frame(command_type, payload))) {
         return std::nullopt;
     }
     std::string answer;
     while (answer.size() < header_size || answer.size() < sizeOf(answer)) {
-        if (relents != nullptr && !socket_.comes(moment_ms)) {
-            relents->relent();
+        if (failing_service != nullptr && !socket_.comes(moment_ms)) {
+            failing_service->relent();
         }
         if (!socket_.comes(answered_within_ms)) {
             ADD_FAILURE() << "nobody tells what became of " << command;

@@ -81,8 +81,9 @@ class Caller {
     /// Has events sent, and never reads one.
     void subscribe() const;
     /// The answer, or nothing where the connection ends. It is a failure when neither comes. While memory fails without end
-    /// a service may be unable to read; with `relents` that ends when nothing comes for a moment.
-    std::optional<std::string> ask(std::string const &command, FailingService *relents = nullptr) const;
+    /// a service may be unable to read; with `failing_service` that ends when nothing comes for a moment.
+    std::optional<std::string> ask(std::string const &command,
+                                   FailingService *failing_service = nullptr) const;
 
   private:
     RawSocket socket_;
